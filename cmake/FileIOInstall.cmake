@@ -1,0 +1,21 @@
+# Install rules: the shared library, the public headers, a CMake package config
+# (find_package(FileIO CONFIG) gives FileIO::FileIO) and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS FileIO EXPORT FileIOTargets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/fileio DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(FILEIO_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/FileIO)
+install(EXPORT FileIOTargets NAMESPACE FileIO:: DESTINATION ${FILEIO_CMAKE_DIR})
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/FileIOConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/FileIOConfig.cmake INSTALL_DESTINATION ${FILEIO_CMAKE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/FileIOConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/FileIOConfig.cmake ${PROJECT_BINARY_DIR}/FileIOConfigVersion.cmake
+    DESTINATION ${FILEIO_CMAKE_DIR})
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/fileio.pc.in ${PROJECT_BINARY_DIR}/fileio.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/fileio.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

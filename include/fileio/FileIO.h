@@ -1,0 +1,8 @@
+// FileIO.h - the umbrella header: includes every public header of the library.
+#pragma once
+
+#include "fileio/Export.h"
+#include "fileio/core/String.h"
+#include "fileio/core/Vectors.h"
+#include "fileio/memory/NamedPools.h"
+#include "fileio/memory/Pool.h"

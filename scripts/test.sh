@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Builds FileIO and runs every test: the Linux debug build, the same tests under
+# AddressSanitizer + UndefinedBehaviorSanitizer, the pool tests under ThreadSanitizer, the
+# fuzz targets for a bounded time, and the Windows cross build's tests under Wine.
+# Any failure stops the run with a non-zero exit.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+bash scripts/install-deps.sh
+
+jobs=$(nproc)
+step() { echo; echo "==== $* ===="; }
+
+run_preset() {
+    local preset=$1
+    step "$preset: configure"
+    cmake --preset "$preset" > "build/$preset.configure.log" 2>&1 || { cat "build/$preset.configure.log"; exit 1; }
+    step "$preset: build"
+    cmake --build --preset "$preset" -j "$jobs"
+    step "$preset: test"
+    ctest --preset "$preset" -j "$jobs"
+}
+
+mkdir -p build
+run_preset debug
+run_preset asan
+run_preset tsan
+run_preset fuzz
+
+# Wine builds its prefix on first use; do it once here rather than inside parallel tests.
+export WINEPREFIX="$PWD/build/wineprefix" WINEDEBUG=-all
+wine=$(command -v /usr/lib/wine/wine64 wine64 wine 2>/dev/null | head -n 1)
+"$wine" wineboot --init > /dev/null 2>&1 || true
+run_preset windows

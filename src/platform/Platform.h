@@ -1,0 +1,67 @@
+// Platform.h - the one internal interface between the library and the operating system.
+//
+// Nothing outside src/platform/ includes a system header (<windows.h>, <unistd.h>, ...);
+// subsystem code asks this layer instead. Two implementations exist, chosen by the build:
+// posix/ for Linux and win32/ for Windows. Each service has the same meaning on both.
+//
+// Thread safety: every function here may be called from any thread unless its comment says
+// otherwise. The layer is internal: it is never installed and none of it is exported.
+#pragma once
+
+#include <cstddef>
+
+namespace fileio::platform {
+
+// ---------------------------------------------------------------------------------------
+// System memory
+// ---------------------------------------------------------------------------------------
+
+/// Returns `bytes` bytes of system memory, aligned for any fundamental type. The contents
+/// are unspecified. Never returns null: when the system cannot supply the memory the
+/// process ends (see Fatal). A request of 0 bytes returns a unique non-null pointer.
+void* AllocateSystemMemory(unsigned long long bytes);
+
+/// Gives back memory from AllocateSystemMemory. Null is ignored.
+void ReleaseSystemMemory(void* p) noexcept;
+
+/// Ends the process at once after writing `why` to the standard error stream (and to the
+/// debugger trace on Windows). Used for conditions the library does not report: exhausted
+/// memory and a pool asked to free a pointer it never handed out.
+[[noreturn]] void Fatal(const char* why) noexcept;
+
+// ---------------------------------------------------------------------------------------
+// Mutual exclusion
+// ---------------------------------------------------------------------------------------
+
+/// A non-recursive lock: a critical section on Windows (spin count 0), a pthread mutex on
+/// POSIX. Not copyable. Constructing one cannot fail in a way the caller sees: a system
+/// refusal ends the process.
+class Mutex {
+public:
+    Mutex() noexcept;
+    ~Mutex();
+    Mutex(const Mutex&) = delete;
+    Mutex& operator=(const Mutex&) = delete;
+
+    void Lock() noexcept;
+    void Unlock() noexcept;
+
+private:
+    // Large and aligned enough for a CRITICAL_SECTION (40 bytes) or a pthread_mutex_t (40
+    // bytes on x86-64 glibc); each implementation checks this with a static_assert.
+    alignas(8) unsigned char storage_[64];
+};
+
+/// Holds a Mutex for the lifetime of the guard.
+class MutexGuard {
+public:
+    explicit MutexGuard(Mutex& m) noexcept : mutex_(m) { mutex_.Lock(); }
+    ~MutexGuard() { mutex_.Unlock(); }
+    MutexGuard(const MutexGuard&) = delete;
+    MutexGuard& operator=(const MutexGuard&) = delete;
+
+private:
+    Mutex& mutex_;
+};
+
+} // namespace fileio::platform

@@ -1,0 +1,33 @@
+// Mutex.cpp - the library's lock, POSIX implementation (a default pthread mutex).
+
+#include "platform/Platform.h"
+
+#include <new>
+#include <pthread.h>
+
+namespace fileio::platform {
+
+namespace {
+pthread_mutex_t* Native(unsigned char* storage) {
+    return std::launder(reinterpret_cast<pthread_mutex_t*>(storage));
+}
+} // namespace
+
+Mutex::Mutex() noexcept {
+    static_assert(sizeof(pthread_mutex_t) <= sizeof(storage_), "pthread_mutex_t does not fit");
+    static_assert(alignof(pthread_mutex_t) <= 8, "pthread_mutex_t needs stronger alignment");
+    auto* m = new (storage_) pthread_mutex_t;
+    if (pthread_mutex_init(m, nullptr) != 0)
+        Fatal("FileIO: cannot create a mutex");
+}
+
+Mutex::~Mutex() { pthread_mutex_destroy(Native(storage_)); }
+
+void Mutex::Lock() noexcept {
+    if (pthread_mutex_lock(Native(storage_)) != 0)
+        Fatal("FileIO: cannot take a mutex");
+}
+
+void Mutex::Unlock() noexcept { pthread_mutex_unlock(Native(storage_)); }
+
+} // namespace fileio::platform

@@ -1,0 +1,29 @@
+// Mutex.cpp - the library's lock, Win32 implementation (a critical section, spin count 0).
+
+#include "platform/Platform.h"
+
+#include <new>
+#include <windows.h>
+
+namespace fileio::platform {
+
+namespace {
+CRITICAL_SECTION* Native(unsigned char* storage) {
+    return std::launder(reinterpret_cast<CRITICAL_SECTION*>(storage));
+}
+} // namespace
+
+Mutex::Mutex() noexcept {
+    static_assert(sizeof(CRITICAL_SECTION) <= sizeof(storage_), "CRITICAL_SECTION does not fit");
+    auto* cs = new (storage_) CRITICAL_SECTION;
+    if (!InitializeCriticalSectionAndSpinCount(cs, 0))
+        Fatal("FileIO: cannot create a critical section");
+}
+
+Mutex::~Mutex() { DeleteCriticalSection(Native(storage_)); }
+
+void Mutex::Lock() noexcept { EnterCriticalSection(Native(storage_)); }
+
+void Mutex::Unlock() noexcept { LeaveCriticalSection(Native(storage_)); }
+
+} // namespace fileio::platform
