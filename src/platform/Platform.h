@@ -6,6 +6,14 @@
 //
 // Thread safety: every function here may be called from any thread unless its comment says
 // otherwise. The layer is internal: it is never installed and none of it is exported.
+//
+// Replacing services in tests: each group of services that touches the outside world (files,
+// the settings hive, dialogs, names and folders, network forms of paths) is reached through
+// a table of function pointers, `XxxServices& Xxx()`, filled with the system's functions at
+// start-up. A test overwrites entries of the table (to make the K-th write fail, a rename
+// fail, the disk fill up, or a drive table or mount table hold what it needs) and puts the
+// saved table back when it ends; ScopedServices<T> below does both. Memory and the mutex are
+// called directly: a test has no reason to replace them.
 #pragma once
 
 #include <cstddef>
@@ -63,5 +71,40 @@ public:
 private:
     Mutex& mutex_;
 };
+
+/// Replaces a service table for the lifetime of the guard and restores the saved one after.
+/// Usage: `ScopedServices<FileServices> guard(Files()); Files().write = FailingWrite;`
+template <class Table>
+class ScopedServices {
+public:
+    explicit ScopedServices(Table& table) : table_(table), saved_(table) {}
+    ~ScopedServices() { table_ = saved_; }
+    ScopedServices(const ScopedServices&) = delete;
+    ScopedServices& operator=(const ScopedServices&) = delete;
+
+private:
+    Table& table_;
+    Table saved_;
+};
+
+// ---------------------------------------------------------------------------------------
+// Files and folders
+// ---------------------------------------------------------------------------------------
+
+// ---------------------------------------------------------------------------------------
+// Settings hive
+// ---------------------------------------------------------------------------------------
+
+// ---------------------------------------------------------------------------------------
+// Dialogs
+// ---------------------------------------------------------------------------------------
+
+// ---------------------------------------------------------------------------------------
+// Names, folders and traces of the system
+// ---------------------------------------------------------------------------------------
+
+// ---------------------------------------------------------------------------------------
+// Network forms of paths
+// ---------------------------------------------------------------------------------------
 
 } // namespace fileio::platform
