@@ -17,6 +17,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 namespace fileio::platform {
 
@@ -106,5 +107,34 @@ private:
 // ---------------------------------------------------------------------------------------
 // Network forms of paths
 // ---------------------------------------------------------------------------------------
+
+// ---------------------------------------------------------------------------------------
+// Icons
+// ---------------------------------------------------------------------------------------
+
+/// An icon's pixels, as the streams store them: the colour image at 32 bits a pixel (blue,
+/// green, red, alpha) and the mask at 1 bit a pixel (set where the icon is transparent),
+/// each bottom row first, mask rows padded to 32 bits.
+struct IconImage {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> color; ///< width x height x 4 bytes
+    std::vector<unsigned char> mask;  ///< ((width + 31) / 32) x 4 x height bytes
+};
+
+/// Icons exist only on Windows: elsewhere every entry reports that it cannot.
+struct IconServices {
+    /// The pixels of an icon (an HICON). False for a null or invalid icon, or where icons
+    /// do not exist.
+    bool (*iconToImage)(void* icon, IconImage& image);
+    /// A new icon made of the pixels, owned by the caller (destroyIcon); null when it
+    /// cannot be made.
+    void* (*imageToIcon)(const IconImage& image);
+    /// Destroys an icon made by imageToIcon. Null is ignored.
+    void (*destroyIcon)(void* icon);
+};
+
+/// The process's icon services.
+IconServices& Icons();
 
 } // namespace fileio::platform
