@@ -1,0 +1,559 @@
+// Encoding.cpp - the text and binary forms of every value type.
+
+#include "fileio/stream/VarnStream.h"
+
+#include "core/StringAscii.h"
+#include "core/StringNumbers.h"
+#include "stream/StreamBytes.h"
+
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+using namespace fileio::detail;
+
+namespace {
+
+constexpr long long kInt32Min = INT32_MIN;
+constexpr long long kInt32Max = INT32_MAX;
+
+} // namespace
+
+// ---- scalars: shared pieces ----------------------------------------------------------------------
+
+template <class T> void VarnStream::WriteDecimal(T value) {
+    char text[24];
+    const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
+    Write(text, static_cast<std::size_t>(end.ptr - text));
+}
+
+// The text readers of every integer type up to 32 bits read the token as a 32-bit strtol
+// does; the narrower types keep the low bits of the result.
+long long VarnStream::ReadTextInt32() {
+    char scratch[256];
+    return ParseSigned(ParseScalarToken(scratch), kInt32Min, kInt32Max);
+}
+
+// The integers that are their own bytes in binary and a 32-bit strtol in text.
+template <class T> VarnStream& VarnStream::WriteInteger(T value) {
+    if (IsBinary())
+        WriteBinary(value);
+    else
+        WriteDecimal(static_cast<long long>(value));
+    return *this;
+}
+
+template <class T> VarnStream& VarnStream::ReadInteger(T& value) {
+    if (IsBinary())
+        ReadBinary(value);
+    else
+        value = static_cast<T>(ReadTextInt32());
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(signed char value) { return WriteInteger(value); }
+VarnStream& VarnStream::operator>>(signed char& value) { return ReadInteger(value); }
+VarnStream& VarnStream::operator<<(unsigned char value) { return WriteInteger(value); }
+VarnStream& VarnStream::operator>>(unsigned char& value) { return ReadInteger(value); }
+VarnStream& VarnStream::operator<<(short value) { return WriteInteger(value); }
+VarnStream& VarnStream::operator>>(short& value) { return ReadInteger(value); }
+VarnStream& VarnStream::operator<<(unsigned short value) { return WriteInteger(value); }
+VarnStream& VarnStream::operator>>(unsigned short& value) { return ReadInteger(value); }
+VarnStream& VarnStream::operator<<(int value) { return WriteInteger(value); }
+VarnStream& VarnStream::operator>>(int& value) { return ReadInteger(value); }
+VarnStream& VarnStream::operator<<(unsigned int value) { return WriteInteger(value); }
+VarnStream& VarnStream::operator>>(unsigned int& value) { return ReadInteger(value); }
+
+// ---- char: the raw byte in both forms ---------------------------------------------------------------
+
+VarnStream& VarnStream::operator<<(char value) {
+    Write(&value, 1);
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(char& value) {
+    ReadC(&value, 1);
+    return *this;
+}
+
+// ---- long: four bytes in a file on every platform ----------------------------------------------------
+
+VarnStream& VarnStream::operator<<(long value) {
+    if (IsBinary())
+        WriteBinary(static_cast<std::int32_t>(value));
+    else
+        WriteDecimal(value);
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(long& value) {
+    if (IsBinary()) {
+        std::int32_t stored = 0;
+        ReadBinary(stored);
+        value = stored;
+    } else {
+        value = static_cast<long>(ReadTextInt32());
+    }
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(unsigned long value) {
+    if (IsBinary())
+        WriteBinary(static_cast<std::uint32_t>(value));
+    else
+        WriteDecimal(value);
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(unsigned long& value) {
+    if (IsBinary()) {
+        std::uint32_t stored = 0;
+        ReadBinary(stored);
+        value = stored;
+    } else {
+        char scratch[256];
+        value = static_cast<unsigned long>(ParseUnsigned(ParseScalarToken(scratch), UINT32_MAX));
+    }
+    return *this;
+}
+
+// ---- 64-bit integers ----------------------------------------------------------------------------------
+
+VarnStream& VarnStream::operator<<(long long value) {
+    if (IsBinary())
+        WriteBinary(value);
+    else
+        WriteDecimal(value);
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(long long& value) {
+    if (IsBinary()) {
+        ReadBinary(value);
+    } else {
+        char scratch[256];
+        value = ParseSigned(ParseScalarToken(scratch), INT64_MIN, INT64_MAX);
+    }
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(unsigned long long value) {
+    if (IsBinary())
+        WriteBinary(value);
+    else
+        WriteDecimal(value);
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(unsigned long long& value) {
+    if (IsBinary()) {
+        ReadBinary(value);
+    } else {
+        char scratch[256];
+        value = ParseUnsigned(ParseScalarToken(scratch), UINT64_MAX);
+    }
+    return *this;
+}
+
+// ---- floating point -------------------------------------------------------------------------------------
+
+VarnStream& VarnStream::operator<<(float value) {
+    if (IsBinary()) {
+        WriteBinary(value);
+    } else {
+        char text[kNumberTextSize];
+        Write(text, FormatGeneral(text, value, 9));
+    }
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(float& value) {
+    if (IsBinary()) {
+        ReadBinary(value);
+    } else {
+        char scratch[256];
+        value = ParseFloat(ParseScalarToken(scratch));
+    }
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(double value) {
+    if (IsBinary()) {
+        WriteBinary(value);
+    } else {
+        char text[kNumberTextSize];
+        Write(text, FormatGeneral(text, value, 17));
+    }
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(double& value) {
+    if (IsBinary()) {
+        ReadBinary(value);
+    } else {
+        char scratch[256];
+        value = ParseDouble(ParseScalarToken(scratch));
+    }
+    return *this;
+}
+
+// ---- bool ---------------------------------------------------------------------------------------------------
+
+VarnStream& VarnStream::operator<<(bool value) {
+    if (IsBinary()) {
+        const unsigned char byte = value ? 1 : 0;
+        WriteBinary(byte);
+    } else if (value) {
+        Write("TRUE", 4);
+    } else {
+        Write("FALSE", 5);
+    }
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(bool& value) {
+    if (IsBinary()) {
+        unsigned char byte = 0;
+        ReadBinary(byte);
+        value = byte != 0;
+    } else {
+        char scratch[256];
+        const char* token = ParseScalarToken(scratch);
+        value = CompareNoCase(token, "on") == 0 || CompareNoCase(token, "true") == 0 ||
+                std::strcmp(token, "1") == 0;
+    }
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(StreamBOOL value) { return *this << (value.value != 0); }
+
+VarnStream& VarnStream::operator>>(StreamBOOL& value) {
+    bool flag = false;
+    *this >> flag;
+    value.value = flag ? 1 : 0;
+    return *this;
+}
+
+// ---- strings ------------------------------------------------------------------------------------------------
+
+void VarnStream::WriteBinaryCount(std::size_t length) {
+    WriteBinary(static_cast<std::uint16_t>(length));
+}
+
+// With `escape`, every "&" is written as "&#38;".
+void VarnStream::WriteCharacters(const char* text, std::size_t length, bool escape) {
+    const char* rest = text;
+    std::size_t left = length;
+    while (escape && left != 0) {
+        const auto* amp = static_cast<const char*>(std::memchr(rest, '&', left));
+        if (amp == nullptr)
+            break;
+        const auto before = static_cast<std::size_t>(amp - rest);
+        Write(rest, before);
+        Write("&#38;", 5);
+        rest = amp + 1;
+        left -= before + 1;
+    }
+    Write(rest, left);
+}
+
+VarnStream& VarnStream::operator<<(const String& value) {
+    const auto length = static_cast<std::size_t>(value.GetLength());
+    const bool counted = IsBinary() && m_writeStringCounts;
+    if (counted)
+        WriteBinaryCount(length);
+    WriteCharacters(value.Get(), length, !counted);
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(const char* value) {
+    const std::size_t length = value != nullptr ? std::strlen(value) : 0;
+    if (IsBinary() && m_writeStringCounts)
+        WriteBinaryCount(length);
+    Write(value, length);
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(const std::string& value) {
+    if (IsBinary() && m_writeStringCounts)
+        WriteBinaryCount(value.size());
+    Write(value.data(), value.size());
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(String& value) {
+    if (IsAscii()) {
+        ParseString(value);
+        if (value.Get() != nullptr && std::strchr(value.Get(), '&') != nullptr)
+            value.ContractXMLEscapes();
+        return *this;
+    }
+    std::uint16_t count = 0;
+    if (ReadC(&count, sizeof count) != sizeof count) {
+        value = String();
+        OnFailed();
+        return *this;
+    }
+    if (count == 0) {
+        value = String();
+        return *this;
+    }
+    String text(static_cast<int>(count), 0);
+    if (ReadC(text.Get(), count) != count) {
+        value = String();
+        OnFailed();
+        return *this;
+    }
+    value = text.Get()[0] != '\0' ? text : String();
+    return *this;
+}
+
+// ---- composites of floats --------------------------------------------------------------------------------
+
+void VarnStream::WriteFloats(const float* values, int count) {
+    if (IsBinary()) {
+        Write(values, sizeof(float) * static_cast<std::size_t>(count));
+        return;
+    }
+    for (int i = 0; i < count; ++i) {
+        if (i != 0)
+            Write(" ", 1);
+        *this << values[i];
+    }
+}
+
+void VarnStream::ReadFloats(float* values, int count) {
+    if (IsBinary()) {
+        Read(values, static_cast<long>(sizeof(float)) * count);
+        return;
+    }
+    for (int i = 0; i < count; ++i)
+        *this >> values[i];
+}
+
+// The float composites are their floats in member order, without padding.
+template <class T> VarnStream& VarnStream::WriteFloatComposite(const T& value) {
+    static_assert(sizeof(T) % sizeof(float) == 0);
+    WriteFloats(reinterpret_cast<const float*>(&value), sizeof(T) / sizeof(float));
+    return *this;
+}
+
+template <class T> VarnStream& VarnStream::ReadFloatComposite(T& value) {
+    ReadFloats(reinterpret_cast<float*>(&value), sizeof(T) / sizeof(float));
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(const Vector2& value) { return WriteFloatComposite(value); }
+VarnStream& VarnStream::operator>>(Vector2& value) { return ReadFloatComposite(value); }
+VarnStream& VarnStream::operator<<(const Vector& value) { return WriteFloatComposite(value); }
+VarnStream& VarnStream::operator>>(Vector& value) { return ReadFloatComposite(value); }
+VarnStream& VarnStream::operator<<(const Rotate& value) { return WriteFloatComposite(value); }
+VarnStream& VarnStream::operator>>(Rotate& value) { return ReadFloatComposite(value); }
+VarnStream& VarnStream::operator<<(const Vector4& value) { return WriteFloatComposite(value); }
+VarnStream& VarnStream::operator>>(Vector4& value) { return ReadFloatComposite(value); }
+VarnStream& VarnStream::operator<<(const Quaternion& value) { return WriteFloatComposite(value); }
+VarnStream& VarnStream::operator>>(Quaternion& value) { return ReadFloatComposite(value); }
+VarnStream& VarnStream::operator<<(const RGBFloat& value) { return WriteFloatComposite(value); }
+VarnStream& VarnStream::operator>>(RGBFloat& value) { return ReadFloatComposite(value); }
+VarnStream& VarnStream::operator<<(const Matrix33& value) { return WriteFloatComposite(value); }
+VarnStream& VarnStream::operator>>(Matrix33& value) { return ReadFloatComposite(value); }
+VarnStream& VarnStream::operator<<(const Matrix34& value) { return WriteFloatComposite(value); }
+VarnStream& VarnStream::operator>>(Matrix34& value) { return ReadFloatComposite(value); }
+VarnStream& VarnStream::operator<<(const Matrix44& value) { return WriteFloatComposite(value); }
+VarnStream& VarnStream::operator>>(Matrix44& value) { return ReadFloatComposite(value); }
+
+// ---- composites of integers ---------------------------------------------------------------------------------
+
+// Components in member order, one " " between them in text.
+template <class T> static void WriteComponents(VarnStream& stream, const T* values, int count) {
+    for (int i = 0; i < count; ++i) {
+        if (i != 0 && stream.IsAscii())
+            stream.Write(" ", 1);
+        stream << values[i];
+    }
+}
+
+template <class T> static void ReadComponents(VarnStream& stream, T* values, int count) {
+    for (int i = 0; i < count; ++i)
+        stream >> values[i];
+}
+
+VarnStream& VarnStream::operator<<(const ColorBuf& value) {
+    const unsigned char channels[4] = {value.red, value.green, value.blue, value.alpha};
+    WriteComponents(*this, channels, 4);
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(ColorBuf& value) {
+    unsigned char channels[4] = {value.red, value.green, value.blue, value.alpha};
+    ReadComponents(*this, channels, 4);
+    value = ColorBuf{channels[0], channels[1], channels[2], channels[3]};
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(const PatchID& value) {
+    WriteComponents(*this, value.word, 4);
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(PatchID& value) {
+    ReadComponents(*this, value.word, 4);
+    return *this;
+}
+
+// ---- times ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr unsigned long long kTicksPerFrame = 4500;
+constexpr unsigned long long kFramesPerSecond = 30;
+constexpr unsigned long long kTicksPerSecond = kTicksPerFrame * kFramesPerSecond;
+constexpr unsigned long long kTicksPerMinute = kTicksPerSecond * 60;
+
+/// The tick count a time is stored with: the two sentinels are stored as 0.
+long long StoredTicks(const Time& time) {
+    return time.IsMin() || time.IsMax() ? 0 : time.GetTicks();
+}
+
+char* AppendDecimal(char* out, unsigned long long value) {
+    return std::to_chars(out, out + 20, value).ptr;
+}
+
+} // namespace
+
+VarnStream& VarnStream::operator<<(const Time& value) {
+    const long long ticks = StoredTicks(value);
+    if (IsBinary()) {
+        WriteBinary(ticks);
+        return *this;
+    }
+    char text[96];
+    char* out = text;
+    unsigned long long rest = static_cast<unsigned long long>(ticks);
+    if (ticks < 0) {
+        *out++ = '-';
+        rest = 0 - rest;
+    }
+    const bool minutes = rest >= kTicksPerMinute;
+    if (minutes) {
+        out = AppendDecimal(out, rest / kTicksPerMinute);
+        *out++ = ':';
+        rest %= kTicksPerMinute;
+    }
+    if (minutes || rest >= kTicksPerSecond) {
+        out = AppendDecimal(out, rest / kTicksPerSecond);
+        *out++ = ':';
+        rest %= kTicksPerSecond;
+    }
+    out = AppendDecimal(out, rest / kTicksPerFrame);
+    rest %= kTicksPerFrame;
+    if (rest != 0) {
+        *out++ = '.';
+        out = AppendDecimal(out, rest);
+    }
+    Write(text, static_cast<std::size_t>(out - text));
+    return *this;
+}
+
+// The numbers between ":" and "." fill minutes:seconds:frames.ticks from the right.
+VarnStream& VarnStream::operator>>(Time& value) {
+    if (IsBinary()) {
+        long long ticks = 0;
+        ReadBinary(ticks);
+        value = Time(ticks);
+        return *this;
+    }
+    char scratch[256];
+    std::string_view text(ParseScalarToken(scratch));
+    const bool negative = !text.empty() && text.front() == '-';
+    if (negative)
+        text.remove_prefix(1);
+
+    // fields[0..3] = minutes, seconds, frames, ticks; filled from the right.
+    unsigned long long numbers[4] = {0, 0, 0, 0};
+    int count = 0;
+    bool dot = false;
+    for (std::size_t begin = 0;;) {
+        const std::size_t end = text.find_first_of(":.", begin);
+        const std::string_view piece = text.substr(begin, end - begin);
+        // Only the last four numbers can land in a field.
+        numbers[0] = numbers[1];
+        numbers[1] = numbers[2];
+        numbers[2] = numbers[3];
+        numbers[3] = static_cast<unsigned long long>(ParseSigned(piece, INT64_MIN, INT64_MAX));
+        ++count;
+        if (end == std::string_view::npos)
+            break;
+        dot = dot || text[end] == '.';
+        begin = end + 1;
+    }
+    unsigned long long minutes = 0, seconds = 0, frames = 0, ticks = 0;
+    const unsigned long long* last = numbers + 3;
+    if (dot) {
+        ticks = *last--;
+        --count;
+    }
+    if (count > 0)
+        frames = *last--, --count;
+    if (count > 0)
+        seconds = *last--, --count;
+    if (count > 0)
+        minutes = *last;
+    if (!dot && static_cast<long long>(frames) >= static_cast<long long>(kFramesPerSecond)) {
+        ticks = frames;
+        frames = 0;
+    }
+    unsigned long long total =
+        ((minutes * 60 + seconds) * kFramesPerSecond + frames) * kTicksPerFrame + ticks;
+    if (negative)
+        total = 0 - total;
+    value = Time(static_cast<long long>(total));
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(const TimeRange& value) {
+    *this << value.start;
+    if (IsAscii())
+        Write(" ", 1);
+    return *this << value.end;
+}
+
+VarnStream& VarnStream::operator>>(TimeRange& value) { return *this >> value.start >> value.end; }
+
+// ---- dates --------------------------------------------------------------------------------------------------------
+
+VarnStream& VarnStream::operator<<(const COleDateTime& value) {
+    *this << static_cast<int>(value.m_status);
+    if (IsAscii())
+        Write(" ", 1);
+    return *this << value.m_dt;
+}
+
+VarnStream& VarnStream::operator>>(COleDateTime& value) {
+    int status = value.m_status;
+    *this >> status >> value.m_dt;
+    value.m_status = static_cast<COleDateTime::DateTimeStatus>(status);
+    return *this;
+}
+
+VarnStream& VarnStream::operator<<(const CTime& value) {
+    if (IsBinary())
+        WriteBinary(static_cast<std::uint32_t>(value.GetTime()));
+    else
+        WriteDecimal(value.GetTime());
+    return *this;
+}
+
+VarnStream& VarnStream::operator>>(CTime& value) {
+    if (IsBinary()) {
+        std::uint32_t seconds = 0;
+        ReadBinary(seconds);
+        value = CTime(static_cast<long long>(seconds));
+    } else {
+        long long seconds = 0;
+        *this >> seconds;
+        value = CTime(seconds);
+    }
+    return *this;
+}
