@@ -1,0 +1,500 @@
+// Headers, end headers and labels: the worked example byte for byte, reading both bracket
+// generations and the binary id words, peeks, and skipping sections.
+
+#include "StreamTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace streamtest;
+
+namespace {
+
+constexpr int kModelFile = 336; // "MODELFILE"
+constexpr int kMesh = 335;      // "MESH"
+constexpr int kActive = 4046;   // "Active"
+constexpr int kName = 4007;     // "Name"
+constexpr int kPluginProperties = 2693;
+constexpr int kEnd = 0x20000000;
+
+/// The worked example: a model section with one bool label.
+void WriteWorkedExample(VarnStream& stream) {
+    stream << Header(kModelFile) << nl << Label(kActive) << StreamBOOL(1) << nl
+           << EndHeader(kModelFile) << nl;
+}
+
+} // namespace
+
+TEST(StreamTokens, WorkedExampleInText) {
+    MemoryStream stream;
+    stream.Open(FM_VARN);
+    WriteWorkedExample(stream);
+    EXPECT_EQ(Bytes(stream), "<MODELFILE>\nActive=TRUE\n</MODELFILE>\n");
+}
+
+TEST(StreamTokens, WorkedExampleInBinary) {
+    MemoryStream stream;
+    stream.Open(FM_VARN | FM_BINARY);
+    WriteWorkedExample(stream);
+    EXPECT_EQ(Hex(Bytes(stream)), "42 50 01 00 80 CE 0F 00 40 01 50 01 00 A0");
+}
+
+TEST(StreamTokens, WorkedExampleReadsBackInBothForms) {
+    for (bool binary : {false, true}) {
+        SCOPED_TRACE(binary ? "binary" : "text");
+        MemoryStream writer;
+        writer.Open(binary ? FM_VARN | FM_BINARY : FM_VARN);
+        WriteWorkedExample(writer);
+
+        MemoryStream reader;
+        reader.Open(writer.GetData(), writer.GetLength(), FM_LOADING | FM_VARN);
+        EXPECT_EQ(reader.IsBinary(), binary);
+        EXPECT_EQ(reader.GetVersion(), binary ? 5.0f : 13.0f);
+        EXPECT_EQ(reader.GetPos(), 0u);
+        if (binary) {
+            char marker = 0;
+            reader >> marker;
+            EXPECT_EQ(marker, 'B');
+        }
+        ASSERT_TRUE(reader.IsHeader());
+        Header header;
+        reader >> header;
+        EXPECT_STREQ(header.text, "MODELFILE");
+        EXPECT_EQ(header.id, kModelFile);
+        ASSERT_TRUE(reader.IsLabel());
+        Label label;
+        StreamBOOL active;
+        reader >> label >> active;
+        EXPECT_STREQ(label.text, "Active");
+        EXPECT_EQ(label.id, kActive);
+        EXPECT_EQ(active.value, 1);
+        ASSERT_TRUE(reader.IsHeader());
+        reader >> header;
+        EXPECT_EQ(header.id, kModelFile | kEnd);
+        EXPECT_TRUE(reader.VirtualEof());
+        EXPECT_FALSE(reader.IsFailed());
+    }
+}
+
+TEST(StreamTokens, TokenWritersUseAngleBracketsAndIdBits) {
+    struct Row {
+        const char* name;
+        void (*write)(VarnStream&);
+        const char* text;
+        const char* binary;
+    };
+    const Row rows[] = {
+        {"header", [](VarnStream& s) { s << Header(kMesh); }, "<MESH>", "4F 01 00 80"},
+        {"end header", [](VarnStream& s) { s << EndHeader(kMesh); }, "</MESH>", "4F 01 00 A0"},
+        {"label", [](VarnStream& s) { s << Label(kName); }, "Name=", "A7 0F 00 40"},
+        {"label word as header", [](VarnStream& s) { s << Header(kPluginProperties, "Plugin Properties"); },
+         "<Plugin Properties>", "85 0A 00 80"},
+        {"unknown label", [](VarnStream& s) { s << Label("NoSuchLabel"); }, "NoSuchLabel=",
+         "FF FF FF FF"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        // The version does not choose the writer's form: square brackets are never written.
+        MemoryStream text, binary;
+        text.Open(FM_STORING);
+        binary.Open(FM_BINARY);
+        row.write(text);
+        row.write(binary);
+        EXPECT_EQ(Bytes(text), row.text);
+        EXPECT_EQ(Hex(Bytes(binary)), row.binary);
+    }
+}
+
+TEST(StreamTokens, TextHeadersOfBothGenerations) {
+    struct Row {
+        float version;
+        std::string data;
+        std::string text;
+        int id;
+        unsigned long long position;
+    };
+    const std::string a79(79, 'A');
+    const Row rows[] = {
+        {13.0f, "<MODELFILE>\n  X", "MODELFILE", kModelFile, 14},
+        {13.0f, "</MODELFILE>", "/MODELFILE", kModelFile | kEnd, 12},
+        {13.0f, "<Plugin Properties>", "Plugin Properties", kPluginProperties, 19},
+        {13.0f, "<Active>", "Active", kActive, 8},
+        {13.0f, "</Active>", "/Active", kActive | kEnd, 9},
+        {13.0f, "<modelfile>", "modelfile", -1, 11},
+        {13.0f, "</NOSUCHWORD>", "/NOSUCHWORD", -1, 13},
+        {13.0f, "<MESH", "MESH", kMesh, 5},
+        {5.0f, "[MODELFILE]\r\nX", "MODELFILE", kModelFile, 13},
+        {5.0f, "[ENDMODELFILE]", "ENDMODELFILE", kModelFile | kEnd, 14},
+        {12.0f, "[ENDActive]", "ENDActive", kActive | kEnd, 11},
+        {5.0f, "[END]", "END", -1, 5},
+        {5.0f, "[EN]", "EN", -1, 4},
+        {5.0f, "[EndMODELFILE]", "EndMODELFILE", -1, 14},
+        // A header text keeps 79 characters. The angle form reads at most 255 bytes, the
+        // square form reads to its bracket.
+        {13.0f, "<" + std::string(100, 'A') + ">\nX", a79, -1, 103},
+        {13.0f, "<" + std::string(300, 'A') + ">X", a79, -1, 256},
+        {5.0f, "[" + std::string(300, 'A') + "]X", a79, -1, 302},
+    };
+    for (const Row& row : rows) {
+        for (bool byteWise : {false, true}) {
+            SCOPED_TRACE((byteWise ? "byte-wise " : "memory ") + row.data.substr(0, 20));
+            std::unique_ptr<MemoryStream> stream =
+                byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
+            Load(*stream, row.data, FM_LOADING, row.version);
+            Header header(kMesh);
+            *stream >> header;
+            EXPECT_EQ(std::string(header.text), row.text);
+            EXPECT_EQ(header.id, row.id);
+            EXPECT_EQ(stream->GetPos(), row.position);
+        }
+    }
+}
+
+TEST(StreamTokens, BinaryHeaderWords) {
+    struct Row {
+        unsigned int word;
+        const char* text;
+        int id;
+        bool label;
+    };
+    const Row rows[] = {
+        {0x80000150, "MODELFILE", kModelFile, false},
+        {0xA0000150, "MODELFILE", kModelFile | kEnd, false},
+        // A label word in header position: its text, and no id.
+        {0xC0000FCE, "Active", -1, true},
+        {0xFFFFFFFF, "HeaderNotFound: -1", -1, false},
+        // A label id with only bit 31: the header table misses, the label table names it.
+        {0x80000A85, "Plugin Properties", kPluginProperties, false},
+        {0xA0000A85, "Plugin Properties", kPluginProperties | kEnd, false},
+        {0x80000200, "LabelNotFound: 512", 512, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        MemoryStream stream;
+        const std::string data = "xx" + std::string(reinterpret_cast<const char*>(&row.word), 4);
+        Load(stream, data, FM_BINARY);
+        stream.Seek(2, SM_BEGIN);
+        Header header;
+        stream >> header;
+        EXPECT_STREQ(header.text, row.text);
+        EXPECT_EQ(header.id, row.id);
+        EXPECT_TRUE(stream.WasLastTokenHeader());
+        EXPECT_EQ(stream.WasLastTokenLabel(), row.label);
+        EXPECT_EQ(stream.GetHeaderPosition(), 2u);
+        EXPECT_EQ(stream.GetPos(), 6u);
+    }
+}
+
+TEST(StreamTokens, LabelsInBothForms) {
+    struct Row {
+        const char* name;
+        std::string data;
+        FileMode mode;
+        const char* text;
+        int id;
+        unsigned long long position;
+    };
+    const Row rows[] = {
+        {"text", "Active=TRUE", FM_LOADING, "Active", kActive, 7},
+        {"text with a blank in the word", "Back Distance=3", FM_LOADING, "Back Distance", 1207, 14},
+        {"text after white space", " \n\tName=x", FM_LOADING, "Name", kName, 8},
+        {"text unknown", "Nonsense=1", FM_LOADING, "Nonsense", -1, 9},
+        {"binary", Raw({0xCE, 0x0F, 0x00, 0x40, 0x01}), FM_BINARY, "Active", kActive, 4},
+        {"binary no id", Raw({0xFF, 0xFF, 0xFF, 0xFF}), FM_BINARY, "LabelNotFound: -1", -1, 4},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        MemoryStream stream;
+        Load(stream, row.data, row.mode);
+        Label label;
+        stream >> label;
+        EXPECT_STREQ(label.text, row.text);
+        EXPECT_EQ(label.id, row.id);
+        EXPECT_EQ(stream.GetPos(), row.position);
+        if (stream.IsBinary()) {
+            EXPECT_FALSE(stream.WasLastTokenHeader());
+            EXPECT_TRUE(stream.WasLastTokenLabel());
+        }
+    }
+}
+
+TEST(StreamTokens, HeaderPeeksByVersion) {
+    struct Row {
+        float version;
+        const char* data;
+        bool isHeader;
+        bool anyVersion;
+    };
+    const Row rows[] = {
+        {5.0f, "<MESH>", false, true},  {5.0f, "[MESH]", true, true},
+        {13.0f, "<MESH>", true, true},  {13.0f, "[MESH]", false, false},
+        {7.0f, "<MESH>", false, false}, {13.0f, "MESH=1", false, false},
+        {13.0f, "", false, false},
+    };
+    for (const Row& row : rows) {
+        for (bool byteWise : {false, true}) {
+            SCOPED_TRACE(std::string(byteWise ? "byte-wise " : "memory ") + row.data + " at " +
+                         std::to_string(row.version));
+            std::unique_ptr<MemoryStream> stream =
+                byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
+            Load(*stream, row.data, FM_LOADING, row.version);
+            EXPECT_EQ(stream->IsHeader(), row.isHeader);
+            EXPECT_EQ(stream->IsHeaderFromAnyVersion(), row.anyVersion);
+            EXPECT_EQ(stream->GetPos(), 0u);
+        }
+    }
+}
+
+TEST(StreamTokens, AMarkerOpenSettlesTheGeneration) {
+    MemoryStream stream;
+    const std::string data = "<MESH>\n[MESH]";
+    stream.Open(data.data(), data.size(), FM_LOADING | FM_VARN);
+    EXPECT_EQ(stream.GetVersion(), 13.0f);
+    EXPECT_TRUE(stream.IsHeader());
+    Header header;
+    stream >> header;
+    EXPECT_FALSE(stream.IsHeader());
+    EXPECT_FALSE(stream.IsHeaderFromAnyVersion());
+}
+
+TEST(StreamTokens, HeaderPeeksAfterWhiteSpace) {
+    // The base peeks skip white space first; the memory stream's IsHeader looks at the byte
+    // at the position as it is.
+    ByteWiseStream byteWise;
+    MemoryStream memory;
+    Load(byteWise, "  \n<MESH>");
+    Load(memory, "  \n<MESH>");
+    EXPECT_TRUE(byteWise.IsHeader());
+    EXPECT_EQ(byteWise.GetPos(), 3u);
+    EXPECT_FALSE(memory.IsHeader());
+    EXPECT_EQ(memory.GetPos(), 0u);
+    EXPECT_TRUE(memory.IsHeaderFromAnyVersion());
+    EXPECT_EQ(memory.GetPos(), 3u);
+}
+
+TEST(StreamTokens, LabelPeeks) {
+    struct Row {
+        std::string data;
+        FileMode mode;
+        bool expected;
+    };
+    const Row rows[] = {
+        {"Active=TRUE", FM_LOADING, true},
+        {"  \r\n Active=TRUE", FM_LOADING, true},
+        {"Active\n=TRUE", FM_LOADING, false},
+        {"Active\r=TRUE", FM_LOADING, false},
+        {"<MESH>", FM_LOADING, false},
+        {"", FM_LOADING, false},
+        {std::string(1000, 'x') + "=", FM_LOADING, true},
+        {Raw({0xCE, 0x0F, 0x00, 0x40}), FM_BINARY, true},
+        {Raw({0x50, 0x01, 0x00, 0x80}), FM_BINARY, false},
+        {Raw({0xCE, 0x0F, 0x00}), FM_BINARY, false},
+    };
+    for (const Row& row : rows) {
+        for (bool byteWise : {false, true}) {
+            SCOPED_TRACE((byteWise ? "byte-wise " : "memory ") + Hex(row.data.substr(0, 12)));
+            std::unique_ptr<MemoryStream> stream =
+                byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
+            Load(*stream, row.data, row.mode);
+            EXPECT_EQ(stream->IsLabel(), row.expected);
+            const unsigned long long afterWhite = row.data.find_first_not_of(" \r\n");
+            EXPECT_EQ(stream->GetPos(),
+                      row.mode == FM_BINARY || afterWhite == std::string::npos ? 0 : afterWhite);
+        }
+    }
+}
+
+// ---- skipping ------------------------------------------------------------------------------
+
+namespace {
+
+/// A model section (whose header the caller has read) with a nested model section inside a
+/// mesh, then one more label after the section's end.
+const char* const kNestedText =
+    "<MESH>\n"
+    "<MODELFILE>\n"
+    "Active=TRUE\n"
+    "</MODELFILE>\n"
+    "  </MODELFILE>\n" // indented: not a header line
+    "</MESH>\n"
+    "</modelfile>\n" // the end word matches ignoring case
+    "Name=after\n";
+
+} // namespace
+
+TEST(StreamTokens, SkipHeaderInTextCountsNestedSectionsOfTheSameName) {
+    for (bool byteWise : {false, true}) {
+        SCOPED_TRACE(byteWise ? "byte-wise" : "memory");
+        std::unique_ptr<MemoryStream> stream =
+            byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
+        Load(*stream, kNestedText);
+        EXPECT_TRUE(stream->SkipHeader(Header(kModelFile)));
+        Label label;
+        String value;
+        *stream >> label >> value;
+        EXPECT_STREQ(label.text, "Name");
+        EXPECT_EQ(value.View(), "after");
+    }
+}
+
+TEST(StreamTokens, SkipHeaderInTheSquareGeneration) {
+    MemoryStream stream;
+    Load(stream, "[MODELFILE]\r\nX=1\r\n[ENDMODELFILE]\r\n[endmodelfile]\r\nName=after", FM_LOADING,
+         5.0f);
+    EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
+    Label label;
+    stream >> label;
+    EXPECT_STREQ(label.text, "Name");
+}
+
+TEST(StreamTokens, SkipHeaderWithoutItsEndGoesBackAndFails) {
+    for (bool binary : {false, true}) {
+        SCOPED_TRACE(binary ? "binary" : "text");
+        MemoryStream writer;
+        Store(writer, binary);
+        writer << Label(kActive) << true << nl << Header(kMesh) << nl << EndHeader(kMesh) << nl;
+        MemoryStream stream;
+        Load(stream, Bytes(writer), binary ? FM_BINARY : FM_LOADING);
+        stream.Seek(2, SM_BEGIN);
+        EXPECT_FALSE(stream.SkipHeader(Header(kModelFile)));
+        EXPECT_EQ(stream.GetPos(), 2u);
+    }
+}
+
+TEST(StreamTokens, SkipHeaderInBinaryStopsAtTheFirstEndOfItsId) {
+    MemoryStream writer;
+    Store(writer, true);
+    writer << Label(kActive) << -2.0f << Header(kModelFile) << Label(kName) << String("x")
+           << EndHeader(kModelFile) << Label(kName) << String("inner end") << EndHeader(kModelFile)
+           << Label(kName) << String("outer end");
+    MemoryStream stream;
+    Load(stream, Bytes(writer), FM_BINARY);
+    // No nesting in binary: the first end of the id ends the skip. A negative float (whose
+    // word has bits 31 and 30) does not end it.
+    EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
+    Label label;
+    String value;
+    stream >> label >> value;
+    EXPECT_EQ(value.View(), "inner end");
+    EXPECT_TRUE(stream.WasLastTokenLabel());
+}
+
+TEST(StreamTokens, SkipHeaderInBinaryFindsAnEndHiddenInValueBytes) {
+    // The scan goes byte by byte, so an end word that begins inside a value is taken.
+    MemoryStream writer;
+    Store(writer, true);
+    writer << Label(kName) << static_cast<unsigned char>(7)
+           << static_cast<unsigned int>(0xA0000150) << Label(kName);
+    MemoryStream stream;
+    Load(stream, Bytes(writer), FM_BINARY);
+    EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
+    EXPECT_EQ(stream.GetPos(), 9u);
+}
+
+TEST(StreamTokens, SkipHeaderOfPluginPropertiesEndsAtItsPlainWord) {
+    MemoryStream writer;
+    Store(writer, true);
+    // An ordinary end header of the id does not end this section; the word 0xC0000A85 does.
+    writer << Label(kName) << String("a") << EndHeader(kPluginProperties)
+           << static_cast<unsigned int>(0xC0000A85) << Label(kActive) << true;
+    MemoryStream stream;
+    Load(stream, Bytes(writer), FM_BINARY);
+    EXPECT_TRUE(stream.SkipHeader(Header(kPluginProperties)));
+    EXPECT_EQ(stream.GetPos(), 15u);
+    EXPECT_TRUE(stream.WasLastTokenLabel());
+    Label label;
+    stream >> label;
+    EXPECT_EQ(label.id, kActive);
+}
+
+TEST(StreamTokens, SkipPastFindsLabelsAndHeadersByIdLineByLine) {
+    struct Row {
+        unsigned int id;
+        bool found;
+        const char* next;
+    };
+    const char* const data = "<MODELFILE>\nName=model\n<MESH>\nActive=TRUE\n</MESH>\nName=last\n";
+    const Row rows[] = {
+        {kActive, true, "</MESH>\n"},
+        {kMesh | kEnd, true, "Name=last\n"},
+        {kMesh, true, "Active=TRUE\n"},
+        {kName, true, "<MESH>\n"},
+        {1207, false, ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.id);
+        MemoryStream stream;
+        Load(stream, data);
+        EXPECT_EQ(stream.SkipPast(row.id), row.found);
+        String line;
+        stream.ReadLine(line);
+        EXPECT_EQ(line.View(), row.next);
+    }
+}
+
+TEST(StreamTokens, SkipPastInBinaryStopsAfterTheTokenWord) {
+    MemoryStream writer;
+    Store(writer, true);
+    writer << Header(kModelFile) << Label(kName) << String("m") << Header(kMesh) << Label(kActive)
+           << true << EndHeader(kMesh);
+    struct Row {
+        unsigned int id;
+        bool found;
+        unsigned long long position;
+    };
+    const Row rows[] = {
+        {kActive, true, 19},
+        {kMesh | kEnd, true, 24},
+        {kModelFile, true, 4},
+        {1207, false, 24},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.id);
+        MemoryStream stream;
+        Load(stream, Bytes(writer), FM_BINARY);
+        EXPECT_EQ(stream.SkipPast(row.id), row.found);
+        EXPECT_EQ(stream.GetPos(), row.position);
+    }
+}
+
+TEST(StreamTokens, LineEndsOfEveryKindReadAlike) {
+    // The same project with LF, CR LF and CR line ends, and with blank runs. A blank run
+    // leaves the stream at white space, where only the peeks that skip it see the header.
+    const std::vector<std::string> endings = {"\n", "\r\n", "\r", "\n\n  \t\r\n"};
+    for (const std::string& end : endings) {
+        for (bool byteWise : {false, true}) {
+            SCOPED_TRACE((byteWise ? "byte-wise " : "memory ") + Hex(end));
+            const std::string data = "<MODELFILE>" + end + "Active=TRUE" + end + "Name=model" +
+                                     end + "Position=1 2.5 -3" + end + "</MODELFILE>" + end;
+            std::unique_ptr<MemoryStream> stream =
+                byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
+            stream->Open(data.data(), data.size(), FM_LOADING | FM_VARN);
+            Header header;
+            Label label;
+            bool active = false;
+            String name;
+            Vector position;
+            ASSERT_TRUE(stream->IsHeaderFromAnyVersion());
+            *stream >> header;
+            ASSERT_TRUE(stream->IsLabel());
+            *stream >> label >> active;
+            ASSERT_TRUE(stream->IsLabel());
+            *stream >> label >> name;
+            ASSERT_TRUE(stream->IsLabel());
+            *stream >> label >> position;
+            ASSERT_TRUE(stream->IsHeaderFromAnyVersion());
+            *stream >> header;
+            EXPECT_TRUE(active);
+            EXPECT_EQ(name.View(), "model");
+            EXPECT_EQ(position.x, 1.0f);
+            EXPECT_EQ(position.y, 2.5f);
+            EXPECT_EQ(position.z, -3.0f);
+            EXPECT_EQ(header.id, kModelFile | kEnd);
+            stream->SkipWhite();
+            EXPECT_TRUE(stream->VirtualEof());
+        }
+    }
+}
