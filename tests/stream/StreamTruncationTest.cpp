@@ -1,0 +1,236 @@
+// The truncation sweep: every prefix of sample files in each form is read with the typed
+// readers, skipped with SkipHeader and searched with SkipPast. Each read must end in the
+// failed bit or a clean end: never a crash, an endless loop or a read outside the data (the
+// sanitizer builds check the last).
+
+#include "StreamTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+
+using namespace streamtest;
+
+namespace {
+
+enum class Kind { Bool, Int, Float, Double, Text, Vector, Matrix, Time, Range, Color, Date };
+
+constexpr int kModelFile = 336, kMesh = 335;
+
+/// The labels of the sample files and the kind of value each carries.
+const std::map<int, Kind>& Schema() {
+    static const std::map<int, Kind> schema = {
+        {4007, Kind::Text},  {4046, Kind::Bool},   {4702, Kind::Vector}, {1837, Kind::Time},
+        {4024, Kind::Matrix}, {4028, Kind::Float}, {4011, Kind::Double}, {4010, Kind::Int},
+        {4023, Kind::Range}, {4020, Kind::Color},  {4041, Kind::Date},
+    };
+    return schema;
+}
+
+void WriteValue(VarnStream& stream, Kind kind, int seed) {
+    switch (kind) {
+    case Kind::Bool: stream << (seed % 2 == 0); break;
+    case Kind::Int: stream << -seed * 1000; break;
+    case Kind::Float: stream << seed * 0.1f; break;
+    case Kind::Double: stream << seed / 3.0; break;
+    case Kind::Text: stream << String(seed % 2 == 0 ? "robot&arm" : "x"); break;
+    case Kind::Vector: stream << Vector{1.5f, -2.0f, static_cast<float>(seed)}; break;
+    case Kind::Matrix: {
+        Matrix44 m;
+        m.row[0].x = m.row[1].y = m.row[2].z = m.row[3].w = -2.0f;
+        stream << m;
+        break;
+    }
+    case Kind::Time: stream << Time(static_cast<long long>(seed) * 4501); break;
+    case Kind::Range: stream << TimeRange{Time(4500LL), Time(8104500LL + seed)}; break;
+    case Kind::Color: stream << ColorBuf{10, 20, 30, static_cast<unsigned char>(seed)}; break;
+    case Kind::Date: stream << COleDateTime{45000.25 + seed, COleDateTime::valid}; break;
+    }
+}
+
+void ReadValue(VarnStream& stream, Kind kind) {
+    switch (kind) {
+    case Kind::Bool: { bool v; stream >> v; break; }
+    case Kind::Int: { int v; stream >> v; break; }
+    case Kind::Float: { float v; stream >> v; break; }
+    case Kind::Double: { double v; stream >> v; break; }
+    case Kind::Text: { String v; stream >> v; break; }
+    case Kind::Vector: { Vector v; stream >> v; break; }
+    case Kind::Matrix: { Matrix44 v; stream >> v; break; }
+    case Kind::Time: { Time v; stream >> v; break; }
+    case Kind::Range: { TimeRange v; stream >> v; break; }
+    case Kind::Color: { ColorBuf v; stream >> v; break; }
+    case Kind::Date: { COleDateTime v; stream >> v; break; }
+    }
+}
+
+void WriteFields(VarnStream& stream, int seed) {
+    for (const auto& [id, kind] : Schema()) {
+        stream << Label(id);
+        WriteValue(stream, kind, seed++);
+        stream << nl;
+    }
+}
+
+/// A project: a model holding fields, a mesh holding fields and a nested mesh, then fields.
+std::string SampleFile(bool binary) {
+    MemoryStream stream;
+    stream.Open(binary ? FM_VARN | FM_BINARY : FM_VARN);
+    stream << Header(kModelFile) << nl;
+    WriteFields(stream, 1);
+    stream << Header(kMesh) << nl;
+    WriteFields(stream, 20);
+    stream << Header(kMesh) << nl;
+    WriteFields(stream, 40);
+    stream << EndHeader(kMesh) << nl << EndHeader(kMesh) << nl;
+    WriteFields(stream, 60);
+    stream << EndHeader(kModelFile) << nl;
+    return Bytes(stream);
+}
+
+/// The same text file in the square-bracket generation.
+std::string SquareFile() {
+    std::string text = SampleFile(false);
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text.compare(i, 2, "</") == 0) {
+            out += "[END";
+            ++i;
+        } else if (text[i] == '<') {
+            out += '[';
+        } else if (text[i] == '>') {
+            out += ']';
+        } else {
+            out += text[i];
+        }
+    }
+    return out;
+}
+
+struct Outcome {
+    bool finished = false; // the loop ended within its step limit
+    bool failed = false;
+    bool atEnd = false;
+    int labels = 0;
+};
+
+/// Reads a whole file with the typed readers, driven by the schema.
+Outcome ReadTyped(MemoryStream& stream, float version) {
+    Outcome outcome;
+    stream.SetVersion(version);
+    if (stream.IsBinary())
+        stream.Seek(1, SM_CURRENT); // the marker
+    // Every step consumes at least one byte, so the data's length bounds the steps.
+    const unsigned long long limit = stream.GetLength() + 2;
+    for (unsigned long long step = 0; step <= limit; ++step) {
+        if ((stream.GetMode() & FM_FAILED) != 0 || stream.VirtualEof()) {
+            outcome.finished = true;
+            break;
+        }
+        const bool header = stream.IsBinary() ? stream.IsHeader() : stream.IsHeaderFromAnyVersion();
+        if (header) {
+            Header token;
+            stream >> token;
+            continue;
+        }
+        Label label;
+        stream >> label;
+        const auto kind = Schema().find(label.id);
+        if (kind != Schema().end()) {
+            ReadValue(stream, kind->second);
+            ++outcome.labels;
+        }
+    }
+    outcome.failed = stream.IsFailed();
+    outcome.atEnd = stream.VirtualEof();
+    return outcome;
+}
+
+struct Sample {
+    const char* name;
+    std::string bytes;
+    float version;
+    /// The bytes that make the model's end header readable: an end header cut before its
+    /// closing bracket still reads, since a header's text runs to the end of the data.
+    std::string end;
+};
+
+std::vector<Sample> Samples() {
+    return {{"angle text", SampleFile(false), 13.0f, "</MODELFILE"},
+            {"square text", SquareFile(), 5.0f, "[ENDMODELFILE"},
+            {"binary", SampleFile(true), 5.0f, Raw({0x50, 0x01, 0x00, 0xA0})}};
+}
+
+std::unique_ptr<MemoryStream> Transport(bool byteWise) {
+    if (byteWise)
+        return std::make_unique<ByteWiseStream>();
+    return std::make_unique<MemoryStream>();
+}
+
+} // namespace
+
+TEST(StreamTruncation, WholeSamplesReadEveryField) {
+    for (const Sample& sample : Samples()) {
+        for (bool byteWise : {false, true}) {
+            SCOPED_TRACE(std::string(sample.name) + (byteWise ? " byte-wise" : ""));
+            auto stream = Transport(byteWise);
+            Load(*stream, sample.bytes, FM_LOADING | FM_VARN, sample.version);
+            const Outcome outcome = ReadTyped(*stream, sample.version);
+            EXPECT_TRUE(outcome.finished);
+            EXPECT_FALSE(outcome.failed);
+            EXPECT_EQ(outcome.labels, 4 * static_cast<int>(Schema().size()));
+        }
+    }
+}
+
+TEST(StreamTruncation, EveryPrefixEndsInFailureOrACleanEnd) {
+    for (const Sample& sample : Samples()) {
+        for (bool byteWise : {false, true}) {
+            SCOPED_TRACE(std::string(sample.name) + (byteWise ? " byte-wise" : ""));
+            for (std::size_t length = 0; length <= sample.bytes.size(); ++length) {
+                const std::string prefix = sample.bytes.substr(0, length);
+                auto stream = Transport(byteWise);
+                Load(*stream, prefix, FM_LOADING | FM_VARN, sample.version);
+                const Outcome outcome = ReadTyped(*stream, sample.version);
+                ASSERT_TRUE(outcome.finished) << "prefix of " << length << " bytes";
+                ASSERT_TRUE(outcome.failed || outcome.atEnd) << "prefix of " << length << " bytes";
+            }
+        }
+    }
+}
+
+TEST(StreamTruncation, SkipsOnEveryPrefixEndAndGoBackWhenNothingIsFound) {
+    for (const Sample& sample : Samples()) {
+        for (bool byteWise : {false, true}) {
+            SCOPED_TRACE(std::string(sample.name) + (byteWise ? " byte-wise" : ""));
+            for (std::size_t length = 0; length <= sample.bytes.size(); ++length) {
+                const std::string prefix = sample.bytes.substr(0, length);
+                auto stream = Transport(byteWise);
+                Load(*stream, prefix, FM_LOADING | FM_VARN, sample.version);
+                stream->SetVersion(sample.version);
+                // Stand after the first header, as a reader that decided to skip would.
+                if (stream->IsBinary())
+                    stream->Seek(1, SM_CURRENT);
+                const unsigned long long start = stream->GetPos();
+                if (stream->IsHeaderFromAnyVersion()) {
+                    Header header;
+                    *stream >> header;
+                }
+                const unsigned long long after = stream->GetPos();
+                const bool complete = prefix.find(sample.end) != std::string::npos;
+                const bool skipped = stream->SkipHeader(Header(kModelFile));
+                EXPECT_EQ(skipped, complete) << "prefix of " << length << " bytes";
+                if (skipped)
+                    EXPECT_TRUE(stream->VirtualEof()) << "the end header is the last token";
+                else
+                    EXPECT_EQ(stream->GetPos(), after) << "prefix of " << length << " bytes";
+
+                stream->Seek(static_cast<long long>(start), SM_BEGIN);
+                const bool found = stream->SkipPast(static_cast<unsigned>(kModelFile) | 0x20000000u);
+                EXPECT_EQ(found, complete) << "prefix of " << length << " bytes";
+            }
+        }
+    }
+}
