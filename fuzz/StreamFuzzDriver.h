@@ -1,12 +1,13 @@
 // StreamFuzzDriver.h - drives a stream reader over fuzzer input: tokens, peeks, skips and
 // every typed value, in an order chosen by the input.
 //
-// Input layout: the first byte chooses the transport (the memory stream's own readers or the
-// base class's byte-by-byte ones), the text generation and the seed of the operation order;
+// Input layout: the first byte chooses the transport (the memory stream, or the byte-wise
+// stream that runs the base class's readers), the text generation and the seed of the operation order;
 // the rest is the stream's data. Every step either consumes a byte or the driver reads one,
 // so an input of n bytes takes at most n steps and finishes quickly.
 #pragma once
 
+#include "../tests/support/ByteWiseStream.h"
 #include "fileio/FileIO.h"
 
 #include <cstddef>
@@ -14,24 +15,6 @@
 #include <vector>
 
 namespace streamfuzz {
-
-/// A memory stream that reads through the base class's byte-by-byte token readers and peeks.
-class ByteWiseStream : public MemoryStream {
-public:
-    bool ReadLine(MemoryStream& line) override { return VarnStream::ReadLine(line); }
-    bool ReadLine(String& line) override { return VarnStream::ReadLine(line); }
-    void ParseString(String& out) override { VarnStream::ParseString(out); }
-    void ParseToken(char* out, char delimiter) override { VarnStream::ParseToken(out, delimiter); }
-    void ParseToken(String& out) override { VarnStream::ParseToken(out); }
-    bool IsHeader() override { return VarnStream::IsHeader(); }
-    bool IsHeaderFromAnyVersion() override { return VarnStream::IsHeaderFromAnyVersion(); }
-    bool IsLabel() override { return VarnStream::IsLabel(); }
-
-protected:
-    const char* ParseScalarToken(char (&scratch)[256]) override {
-        return VarnStream::ParseScalarToken(scratch);
-    }
-};
 
 /// Reads one value of the kind `kind` chooses.
 inline void ReadTypedValue(VarnStream& stream, unsigned kind) {
@@ -77,10 +60,13 @@ inline void Drive(const std::uint8_t* data, std::size_t size, bool binary) {
     --size;
     ByteWiseStream byteWise;
     MemoryStream memory;
-    MemoryStream& stream = (selector & 1) != 0 ? byteWise : memory;
+    VarnStream& stream = (selector & 1) != 0 ? static_cast<VarnStream&>(byteWise) : memory;
     const FileMode mode = FM_LOADING | (binary ? FM_BINARY : FM_STORING) |
                           ((selector & 2) != 0 ? FM_VARN : FM_STORING);
-    stream.Open(data, size, mode);
+    if ((selector & 1) != 0)
+        byteWise.OpenOn(std::string_view(reinterpret_cast<const char*>(data), size), mode);
+    else
+        memory.Open(data, size, mode);
     if (!binary && (selector & 2) == 0)
         stream.SetVersion((selector & 4) != 0 ? 13.0f : 5.0f);
 

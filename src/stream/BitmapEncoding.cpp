@@ -40,7 +40,7 @@ constexpr std::int32_t kMaxIconSide = 256;
 void WriteFields(VarnStream& stream, const unsigned char* bytes, std::span<const Field> fields) {
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (i != 0 && stream.IsAscii())
-            stream.Write(" ", 1);
+            stream << ' ';
         const Field field = fields[i];
         if (field.width == 1) {
             stream << bytes[0];
@@ -88,7 +88,7 @@ void ReadFields(VarnStream& stream, unsigned char* bytes, std::span<const Field>
 
 void WriteSeparator(VarnStream& stream) {
     if (stream.IsAscii())
-        stream.Write(" ", 1);
+        stream << ' ';
 }
 
 /// The fields of an info header as numbers, and back.
@@ -122,7 +122,7 @@ void WriteByteRun(VarnStream& stream, const unsigned char* bytes, std::size_t co
     }
     for (std::size_t i = 0; i < count; ++i) {
         if (i != 0)
-            stream.Write(" ", 1);
+            stream << ' ';
         stream << bytes[i];
     }
 }

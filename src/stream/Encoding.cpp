@@ -25,7 +25,7 @@ constexpr long long kInt32Max = INT32_MAX;
 template <class T> void VarnStream::WriteDecimal(T value) {
     char text[24];
     const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
-    Write(text, static_cast<std::size_t>(end.ptr - text));
+    PutBytes(text, static_cast<std::size_t>(end.ptr - text));
 }
 
 // The text readers of every integer type up to 32 bits read the token as a 32-bit strtol
@@ -68,7 +68,7 @@ VarnStream& VarnStream::operator>>(unsigned int& value) { return ReadInteger(val
 // ---- char: the raw byte in both forms ---------------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(char value) {
-    Write(&value, 1);
+    PutBytes(&value, 1);
     return *this;
 }
 
@@ -163,7 +163,7 @@ VarnStream& VarnStream::operator<<(float value) {
         WriteBinary(value);
     } else {
         char text[kNumberTextSize];
-        Write(text, FormatGeneral(text, value, 9));
+        PutBytes(text, FormatGeneral(text, value, 9));
     }
     return *this;
 }
@@ -183,7 +183,7 @@ VarnStream& VarnStream::operator<<(double value) {
         WriteBinary(value);
     } else {
         char text[kNumberTextSize];
-        Write(text, FormatGeneral(text, value, 17));
+        PutBytes(text, FormatGeneral(text, value, 17));
     }
     return *this;
 }
@@ -205,9 +205,9 @@ VarnStream& VarnStream::operator<<(bool value) {
         const unsigned char byte = value ? 1 : 0;
         WriteBinary(byte);
     } else if (value) {
-        Write("TRUE", 4);
+        PutBytes("TRUE", 4);
     } else {
-        Write("FALSE", 5);
+        PutBytes("FALSE", 5);
     }
     return *this;
 }
@@ -250,12 +250,12 @@ void VarnStream::WriteCharacters(const char* text, std::size_t length, bool esca
         if (amp == nullptr)
             break;
         const auto before = static_cast<std::size_t>(amp - rest);
-        Write(rest, before);
-        Write("&#38;", 5);
+        PutBytes(rest, before);
+        PutBytes("&#38;", 5);
         rest = amp + 1;
         left -= before + 1;
     }
-    Write(rest, left);
+    PutBytes(rest, left);
 }
 
 VarnStream& VarnStream::operator<<(const String& value) {
@@ -271,14 +271,14 @@ VarnStream& VarnStream::operator<<(const char* value) {
     const std::size_t length = value != nullptr ? std::strlen(value) : 0;
     if (IsBinary() && m_writeStringCounts)
         WriteBinaryCount(length);
-    Write(value, length);
+    PutBytes(value, length);
     return *this;
 }
 
 VarnStream& VarnStream::operator<<(const std::string& value) {
     if (IsBinary() && m_writeStringCounts)
         WriteBinaryCount(value.size());
-    Write(value.data(), value.size());
+    PutBytes(value.data(), value.size());
     return *this;
 }
 
@@ -313,19 +313,19 @@ VarnStream& VarnStream::operator>>(String& value) {
 
 void VarnStream::WriteFloats(const float* values, int count) {
     if (IsBinary()) {
-        Write(values, sizeof(float) * static_cast<std::size_t>(count));
+        PutBytes(values, sizeof(float) * static_cast<std::size_t>(count));
         return;
     }
     for (int i = 0; i < count; ++i) {
         if (i != 0)
-            Write(" ", 1);
+            PutBytes(" ", 1);
         *this << values[i];
     }
 }
 
 void VarnStream::ReadFloats(float* values, int count) {
     if (IsBinary()) {
-        Read(values, static_cast<long>(sizeof(float)) * count);
+        GetBytes(values, sizeof(float) * static_cast<std::size_t>(count));
         return;
     }
     for (int i = 0; i < count; ++i)
@@ -335,12 +335,12 @@ void VarnStream::ReadFloats(float* values, int count) {
 // The float composites are their floats in member order, without padding.
 template <class T> VarnStream& VarnStream::WriteFloatComposite(const T& value) {
     static_assert(sizeof(T) % sizeof(float) == 0);
-    WriteFloats(reinterpret_cast<const float*>(&value), sizeof(T) / sizeof(float));
+    WriteFloats(reinterpret_cast<const float*>(&value), static_cast<int>(sizeof(T) / sizeof(float)));
     return *this;
 }
 
 template <class T> VarnStream& VarnStream::ReadFloatComposite(T& value) {
-    ReadFloats(reinterpret_cast<float*>(&value), sizeof(T) / sizeof(float));
+    ReadFloats(reinterpret_cast<float*>(&value), static_cast<int>(sizeof(T) / sizeof(float)));
     return *this;
 }
 
@@ -369,7 +369,7 @@ VarnStream& VarnStream::operator>>(Matrix44& value) { return ReadFloatComposite(
 template <class T> static void WriteComponents(VarnStream& stream, const T* values, int count) {
     for (int i = 0; i < count; ++i) {
         if (i != 0 && stream.IsAscii())
-            stream.Write(" ", 1);
+            stream << ' ';
         stream << values[i];
     }
 }
@@ -452,7 +452,7 @@ VarnStream& VarnStream::operator<<(const Time& value) {
         *out++ = '.';
         out = AppendDecimal(out, rest);
     }
-    Write(text, static_cast<std::size_t>(out - text));
+    PutBytes(text, static_cast<std::size_t>(out - text));
     return *this;
 }
 
@@ -515,7 +515,7 @@ VarnStream& VarnStream::operator>>(Time& value) {
 VarnStream& VarnStream::operator<<(const TimeRange& value) {
     *this << value.start;
     if (IsAscii())
-        Write(" ", 1);
+        PutBytes(" ", 1);
     return *this << value.end;
 }
 
@@ -526,7 +526,7 @@ VarnStream& VarnStream::operator>>(TimeRange& value) { return *this >> value.sta
 VarnStream& VarnStream::operator<<(const COleDateTime& value) {
     *this << static_cast<int>(value.m_status);
     if (IsAscii())
-        Write(" ", 1);
+        PutBytes(" ", 1);
     return *this << value.m_dt;
 }
 

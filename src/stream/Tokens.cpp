@@ -34,6 +34,9 @@ bool EqualsIgnoringCase(const char* a, const char* b) {
     }
 }
 
+/// The start of the text the header table gives for an id without a word.
+constexpr char kHeaderNotFound[] = "HeaderNotFound: ";
+
 /// The id that reading `word` as a header gives (see ReadHeaderBinary).
 int HeaderIdOfWord(unsigned int word) {
     if (word == kNoIdWord || (word & kLabelTokenBit) != 0)
@@ -49,9 +52,9 @@ VarnStream& VarnStream::operator<<(const Header& header) {
     if (IsBinary()) {
         WriteBinary(static_cast<unsigned int>(header.id) | kHeaderTokenBit);
     } else {
-        Write("<", 1);
-        Write(header.text, std::strlen(header.text));
-        Write(">", 1);
+        PutBytes("<", 1);
+        PutBytes(header.text, std::strlen(header.text));
+        PutBytes(">", 1);
     }
     return *this;
 }
@@ -60,9 +63,9 @@ VarnStream& VarnStream::operator<<(const EndHeader& header) {
     if (IsBinary()) {
         WriteBinary(static_cast<unsigned int>(header.id) | kHeaderTokenBit | kEndTokenBit);
     } else {
-        Write("</", 2);
-        Write(header.text, std::strlen(header.text));
-        Write(">", 1);
+        PutBytes("</", 2);
+        PutBytes(header.text, std::strlen(header.text));
+        PutBytes(">", 1);
     }
     return *this;
 }
@@ -71,8 +74,8 @@ VarnStream& VarnStream::operator<<(const Label& label) {
     if (IsBinary()) {
         WriteBinary(static_cast<unsigned int>(label.id) | kLabelTokenBit);
     } else {
-        Write(label.text, std::strlen(label.text));
-        Write("=", 1);
+        PutBytes(label.text, std::strlen(label.text));
+        PutBytes("=", 1);
     }
     return *this;
 }
@@ -90,7 +93,7 @@ VarnStream& VarnStream::operator>>(Header& header) {
 void VarnStream::ReadHeaderText(Header& header) {
     char bracket;
     ReadC(&bracket, 1);
-    char word[kTokenBufferSize + 1] = {};
+    char word[kTokenBufferSize + 1];
     const char* lookup = word;
     bool end = false;
     if (m_version < kAngleVersion) {
@@ -100,13 +103,13 @@ void VarnStream::ReadHeaderText(Header& header) {
             lookup = word + 3;
     } else {
         // At most 255 bytes are read, the closing ">" among them.
-        std::size_t kept = 0;
-        for (std::size_t n = 0; n < kTokenBufferSize; ++n) {
-            char c;
-            if (ReadC(&c, 1) != 1 || c == '>')
-                break;
-            word[kept++] = c;
-        }
+        char scratch[kTokenBufferSize];
+        const std::string_view bytes = Peek(scratch, kTokenBufferSize);
+        const std::size_t close = bytes.find('>');
+        const std::size_t length = close != std::string_view::npos ? close : bytes.size();
+        std::memcpy(word, bytes.data(), length);
+        word[length] = '\0';
+        Advance(close != std::string_view::npos ? close + 1 : length);
         SetStatusMeter();
         end = word[0] == '/';
         if (end)
@@ -120,7 +123,7 @@ void VarnStream::ReadHeaderText(Header& header) {
 }
 
 void VarnStream::ReadHeaderBinary(Header& header) {
-    m_headerPosition = GetPos();
+    m_headerPosition = Position();
     unsigned int word = 0;
     ReadBinary(word);
     m_lastTokenWasHeader = true;
@@ -140,13 +143,13 @@ void VarnStream::ReadHeaderBinary(Header& header) {
     }
     header.id = static_cast<int>(word);
     GetHeaderTextFromID(header.id, header.text);
-    if (GetHeaderIDFromText(header.text) == -1)
+    if (std::strncmp(header.text, kHeaderNotFound, sizeof kHeaderNotFound - 1) == 0)
         GetLabelTextFromID(static_cast<int>(word & ~kEndTokenBit), header.text);
 }
 
 VarnStream& VarnStream::operator>>(Label& label) {
     if (IsBinary()) {
-        m_headerPosition = GetPos();
+        m_headerPosition = Position();
         unsigned int word = 0;
         ReadBinary(word);
         m_lastTokenWasHeader = false;
@@ -168,20 +171,18 @@ VarnStream& VarnStream::operator>>(Label& label) {
 // ---- peeking -------------------------------------------------------------------------------------
 
 bool VarnStream::PeekWord(unsigned int& word) {
-    const unsigned long long at = GetPos();
+    char scratch[sizeof word];
+    const std::string_view bytes = Peek(scratch, sizeof word);
     word = 0;
-    const unsigned long long n = ReadC(&word, sizeof word);
-    Seek(static_cast<long long>(at), SM_BEGIN);
-    return n == sizeof word;
+    std::memcpy(&word, bytes.data(), bytes.size());
+    return bytes.size() == sizeof word;
 }
 
 bool VarnStream::IsTextHeaderNext(bool anyVersion) {
     SkipWhite();
-    const unsigned long long at = GetPos();
-    char c;
-    const bool read = ReadC(&c, 1) == 1;
-    Seek(static_cast<long long>(at), SM_BEGIN);
-    return read && IsHeaderBracket(c, m_version, anyVersion);
+    char scratch[1];
+    const std::string_view bytes = Peek(scratch, 1);
+    return !bytes.empty() && IsHeaderBracket(bytes[0], m_version, anyVersion);
 }
 
 bool VarnStream::IsHeader() {

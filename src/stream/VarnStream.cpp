@@ -162,53 +162,64 @@ String VarnStream::ReadString(char delimiter) {
     return String(text.c_str());
 }
 
+// ---- looking ahead ----------------------------------------------------------------------------
+
+std::string_view VarnStream::Peek(char* scratch, std::size_t count) {
+    if (m_block.data != nullptr) {
+        const unsigned long long available =
+            m_block.position < m_block.length ? m_block.length - m_block.position : 0;
+        return std::string_view(reinterpret_cast<const char*>(m_block.data + m_block.position),
+                                static_cast<std::size_t>(available < count ? available : count));
+    }
+    const unsigned long long at = GetPos();
+    const unsigned long long n = ReadC(scratch, count);
+    Seek(static_cast<long long>(at), SM_BEGIN);
+    return std::string_view(scratch, static_cast<std::size_t>(n));
+}
+
+void VarnStream::Advance(std::size_t count) {
+    if (m_block.data != nullptr)
+        m_block.position += count;
+    else
+        Seek(static_cast<long long>(count), SM_CURRENT);
+}
+
 // ---- white space and lines ---------------------------------------------------------------------
 
 void VarnStream::SkipWhite() {
-    if (VirtualEof())
-        return;
-    unsigned long long mark = GetPos();
-    for (std::size_t n = 0; n < kTokenBufferSize; ++n) {
-        mark = GetPos();
-        char c;
-        if (!ReadByte(*this, c) || !IsTokenSpace(c))
-            break;
-    }
-    Seek(static_cast<long long>(mark), SM_BEGIN);
+    char scratch[kTokenBufferSize];
+    const std::string_view bytes = Peek(scratch, kTokenBufferSize);
+    std::size_t skip = 0;
+    while (skip < bytes.size() && IsTokenSpace(bytes[skip]))
+        ++skip;
+    // After 255 white bytes the scan stops and the last of them is read again.
+    Advance(skip == kTokenBufferSize ? skip - 1 : skip);
 }
 
 void VarnStream::ReadPastEOL() {
-    if (VirtualEof())
+    char scratch[kTokenBufferSize];
+    const std::string_view bytes = Peek(scratch, kTokenBufferSize);
+    std::size_t end = 0;
+    while (end < bytes.size() && !IsLineEnd(bytes[end]))
+        ++end;
+    if (end == bytes.size()) {
+        // No line end within the bytes looked at: the stream stays after them.
+        Advance(end);
         return;
-    std::size_t n = 0;
-    char c = '\0';
-    bool found = false;
-    while (n < kTokenBufferSize && ReadByte(*this, c)) {
-        ++n;
-        if (IsLineEnd(c)) {
-            found = true;
-            break;
-        }
     }
-    if (!found)
-        return;
-    unsigned long long mark = GetPos();
-    while (n < kTokenBufferSize && ReadByte(*this, c)) {
-        ++n;
-        if (!IsLineEnd(c))
-            break;
-        mark = GetPos();
-    }
-    Seek(static_cast<long long>(mark), SM_BEGIN);
+    // Any run of CR and LF is one line end; the limit counts both runs together.
+    while (end < bytes.size() && IsLineEnd(bytes[end]))
+        ++end;
+    Advance(end);
 }
 
 void VarnStream::WriteLine(const String& line) {
     const std::size_t length = static_cast<std::size_t>(line.GetLength());
     if (IsBinary())
         WriteBinaryCount(length);
-    Write(line.Get(), length);
+    PutBytes(line.Get(), length);
     if (IsAscii())
-        Write("\n", 1);
+        PutBytes("\n", 1);
 }
 
 // ---- the suite-file marker -------------------------------------------------------------------
@@ -226,7 +237,7 @@ void VarnStream::HandleVarnMarker(bool markerStaysInData) {
                 Seek(static_cast<long long>(start), SM_BEGIN);
         }
     } else if (IsBinary()) {
-        Write("B", 1);
+        PutBytes("B", 1);
     }
     OffFailed();
     if (IsAppend())
@@ -237,20 +248,20 @@ void VarnStream::HandleVarnMarker(bool markerStaysInData) {
 
 namespace {
 
-VarnStream& WriteSeparator(VarnStream& stream, const char* separator, bool alsoBinary) {
+VarnStream& WriteSeparator(VarnStream& stream, char separator, bool alsoBinary) {
     if (stream.IsAscii() || alsoBinary)
-        stream.Write(separator, 1);
+        stream << separator;
     return stream;
 }
 
 } // namespace
 
-VarnStream& nl(VarnStream& stream) { return WriteSeparator(stream, "\n", false); }
+VarnStream& nl(VarnStream& stream) { return WriteSeparator(stream, '\n', false); }
 VarnStream& nlb(VarnStream& stream) { return nl(stream); }
-VarnStream& sp(VarnStream& stream) { return WriteSeparator(stream, " ", false); }
-VarnStream& spb(VarnStream& stream) { return WriteSeparator(stream, " ", true); }
-VarnStream& tab(VarnStream& stream) { return WriteSeparator(stream, "\t", false); }
-VarnStream& tabb(VarnStream& stream) { return WriteSeparator(stream, "\t", true); }
+VarnStream& sp(VarnStream& stream) { return WriteSeparator(stream, ' ', false); }
+VarnStream& spb(VarnStream& stream) { return WriteSeparator(stream, ' ', true); }
+VarnStream& tab(VarnStream& stream) { return WriteSeparator(stream, '\t', false); }
+VarnStream& tabb(VarnStream& stream) { return WriteSeparator(stream, '\t', true); }
 
 // ---- class identities ---------------------------------------------------------------------------
 
@@ -280,7 +291,7 @@ void VarnStream::StoreRuntimeClass(const RuntimeClass& runtimeClass) {
     const std::size_t length = runtimeClass.name != nullptr ? std::strlen(runtimeClass.name) : 0;
     const auto counted = static_cast<unsigned short>(length);
     *this << static_cast<unsigned short>(runtimeClass.schema) << counted;
-    Write(runtimeClass.name, counted);
+    PutBytes(runtimeClass.name, counted);
 }
 
 // ---- the shared scratch token ---------------------------------------------------------------------

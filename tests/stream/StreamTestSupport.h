@@ -1,12 +1,13 @@
-// StreamTestSupport.h - helpers for the stream tests: streams over literal bytes, the bytes
-// a stream holds, and a transport that reads through the base class's byte-by-byte token
-// readers.
+// StreamTestSupport.h - helpers for the stream tests: streams over literal bytes and the
+// bytes a stream holds, on the memory stream or on the byte-wise transport.
 #pragma once
 
 #include "fileio/stream/MemoryStream.h"
+#include "support/ByteWiseStream.h"
 
 #include <cstdio>
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -37,11 +38,16 @@ inline std::string Hex(std::string_view bytes) {
     return out;
 }
 
-/// Opens `stream` for loading on a copy of `bytes`.
-inline void Load(MemoryStream& stream, std::string_view bytes, FileMode mode = FM_LOADING,
+/// Opens `stream` for loading on a copy of `bytes`, with the version given. A memory stream
+/// keeps a binary file's "B" at position 0; the byte-wise stream, like a file, reads it.
+inline void Load(VarnStream& stream, std::string_view bytes, FileMode mode = FM_LOADING,
                  float version = 13.0f) {
-    stream.Open(bytes.data(), bytes.size(), mode | FM_LOADING);
-    stream.SetVersion(version);
+    if (auto* memory = dynamic_cast<MemoryStream*>(&stream))
+        memory->Open(bytes.data(), bytes.size(), mode | FM_LOADING);
+    else
+        static_cast<ByteWiseStream&>(stream).OpenOn(bytes, mode | FM_LOADING);
+    if ((mode & FM_VARN) == 0)
+        stream.SetVersion(version);
 }
 
 /// A storing stream in the text form (version 13.0) or the binary form.
@@ -50,24 +56,13 @@ inline void Store(MemoryStream& stream, bool binary) {
     stream.SetVersion(13.0f);
 }
 
-/// A memory stream whose token readers are the base class's byte-by-byte definitions, as a
-/// transport without a faster way would use them; its peeks are the base class's too.
-class ByteWiseStream : public MemoryStream {
-public:
-    bool ReadLine(MemoryStream& line) override { return VarnStream::ReadLine(line); }
-    bool ReadLine(String& line) override { return VarnStream::ReadLine(line); }
-    void ParseString(String& out) override { VarnStream::ParseString(out); }
-    void ParseToken(char* out, char delimiter) override { VarnStream::ParseToken(out, delimiter); }
-    void ParseToken(String& out) override { VarnStream::ParseToken(out); }
-    bool IsHeader() override { return VarnStream::IsHeader(); }
-    bool IsHeaderFromAnyVersion() override { return VarnStream::IsHeaderFromAnyVersion(); }
-    bool IsLabel() override { return VarnStream::IsLabel(); }
-    using VarnStream::ParseToken;
+/// A memory stream, or a byte-wise stream that runs the base class's readers.
+inline std::unique_ptr<VarnStream> Transport(bool byteWise) {
+    if (byteWise)
+        return std::make_unique<ByteWiseStream>();
+    return std::make_unique<MemoryStream>();
+}
 
-protected:
-    const char* ParseScalarToken(char (&scratch)[256]) override {
-        return VarnStream::ParseScalarToken(scratch);
-    }
-};
+inline const char* TransportName(bool byteWise) { return byteWise ? "byte-wise" : "memory"; }
 
 } // namespace streamtest

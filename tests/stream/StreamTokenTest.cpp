@@ -141,8 +141,7 @@ TEST(StreamTokens, TextHeadersOfBothGenerations) {
     for (const Row& row : rows) {
         for (bool byteWise : {false, true}) {
             SCOPED_TRACE((byteWise ? "byte-wise " : "memory ") + row.data.substr(0, 20));
-            std::unique_ptr<MemoryStream> stream =
-                byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
+            auto stream = Transport(byteWise);
             Load(*stream, row.data, FM_LOADING, row.version);
             Header header(kMesh);
             *stream >> header;
@@ -238,8 +237,7 @@ TEST(StreamTokens, HeaderPeeksByVersion) {
         for (bool byteWise : {false, true}) {
             SCOPED_TRACE(std::string(byteWise ? "byte-wise " : "memory ") + row.data + " at " +
                          std::to_string(row.version));
-            std::unique_ptr<MemoryStream> stream =
-                byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
+            auto stream = Transport(byteWise);
             Load(*stream, row.data, FM_LOADING, row.version);
             EXPECT_EQ(stream->IsHeader(), row.isHeader);
             EXPECT_EQ(stream->IsHeaderFromAnyVersion(), row.anyVersion);
@@ -296,8 +294,7 @@ TEST(StreamTokens, LabelPeeks) {
     for (const Row& row : rows) {
         for (bool byteWise : {false, true}) {
             SCOPED_TRACE((byteWise ? "byte-wise " : "memory ") + Hex(row.data.substr(0, 12)));
-            std::unique_ptr<MemoryStream> stream =
-                byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
+            auto stream = Transport(byteWise);
             Load(*stream, row.data, row.mode);
             EXPECT_EQ(stream->IsLabel(), row.expected);
             const unsigned long long afterWhite = row.data.find_first_not_of(" \r\n");
@@ -328,8 +325,7 @@ const char* const kNestedText =
 TEST(StreamTokens, SkipHeaderInTextCountsNestedSectionsOfTheSameName) {
     for (bool byteWise : {false, true}) {
         SCOPED_TRACE(byteWise ? "byte-wise" : "memory");
-        std::unique_ptr<MemoryStream> stream =
-            byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
+        auto stream = Transport(byteWise);
         Load(*stream, kNestedText);
         EXPECT_TRUE(stream->SkipHeader(Header(kModelFile)));
         Label label;
@@ -469,9 +465,8 @@ TEST(StreamTokens, LineEndsOfEveryKindReadAlike) {
             SCOPED_TRACE((byteWise ? "byte-wise " : "memory ") + Hex(end));
             const std::string data = "<MODELFILE>" + end + "Active=TRUE" + end + "Name=model" +
                                      end + "Position=1 2.5 -3" + end + "</MODELFILE>" + end;
-            std::unique_ptr<MemoryStream> stream =
-                byteWise ? std::make_unique<ByteWiseStream>() : std::make_unique<MemoryStream>();
-            stream->Open(data.data(), data.size(), FM_LOADING | FM_VARN);
+            auto stream = Transport(byteWise);
+            Load(*stream, data, FM_LOADING | FM_VARN);
             Header header;
             Label label;
             bool active = false;

@@ -6,6 +6,9 @@
 //
 // The block comes from the library's counted allocation (PlatformAlloc) and is owned by the
 // stream, as is the side-information stream of GetInfoStream. Copies duplicate the data.
+// The block is the whole transport: a class derived from MemoryStream cannot replace the
+// reading, writing or seeking (they are final), since the value readers and writers copy
+// through the block directly.
 //
 // Reads past the end copy what is there and set no failed bit (ReadC returns the shorter
 // count): a memory stream's failure is its end. Seek does not check its bounds; a position
@@ -53,9 +56,9 @@ public:
 
     // ---- the transport ---------------------------------------------------------------------
 
-    unsigned long long ReadC(void* buffer, unsigned long long count) override;
-    void Read(void* buffer, long count) override;
-    void Write(const void* data, unsigned long long count) override;
+    unsigned long long ReadC(void* buffer, unsigned long long count) final;
+    void Read(void* buffer, long count) final;
+    void Write(const void* data, unsigned long long count) final;
     /// Does nothing.
     void Flush() override;
     /// Ends the progress display when one was started.
@@ -66,11 +69,11 @@ public:
     void ParseToken(char* out, char delimiter) override;
     void ParseToken(String& out) override;
     using VarnStream::ParseToken;
-    void Seek(long long offset, SeekMode mode) override;
-    unsigned long long GetPos() override { return m_position; }
-    bool VirtualEof() override { return m_position >= m_length; }
+    void Seek(long long offset, SeekMode mode) final;
+    unsigned long long GetPos() final { return m_block.position; }
+    bool VirtualEof() final { return Eof(); }
     /// The position is at or past the end.
-    [[nodiscard]] bool Eof() const { return m_position >= m_length; }
+    [[nodiscard]] bool Eof() const { return m_block.position >= m_block.length; }
 
     // ---- peeks -------------------------------------------------------------------------------
 
@@ -105,11 +108,11 @@ public:
     /// large enough; the position goes to 0; the mode and the version stay.
     void Assign(const void* data, unsigned long long length);
     /// The data (null when the stream holds none).
-    [[nodiscard]] const unsigned char* GetData() const { return m_buffer; }
+    [[nodiscard]] const unsigned char* GetData() const { return m_block.data; }
     /// Bytes of data (the high-water mark of the writes).
-    [[nodiscard]] unsigned long long GetLength() const { return m_length; }
+    [[nodiscard]] unsigned long long GetLength() const { return m_block.length; }
     /// Bytes allocated.
-    [[nodiscard]] unsigned long long GetCapacity() const { return m_capacity; }
+    [[nodiscard]] unsigned long long GetCapacity() const { return m_block.capacity; }
 
 protected:
     const char* ParseScalarToken(char (&scratch)[256]) override;
@@ -125,9 +128,6 @@ private:
     void Reserve(unsigned long long needed);
     void ReadVarnMarker();
 
-    unsigned char* m_buffer = nullptr;
-    unsigned long long m_position = 0;
-    unsigned long long m_length = 0;
+    // The buffer, position, length and capacity are the base's block (VarnStream::Block).
     MemoryStream* m_infoStream = nullptr;
-    unsigned long long m_capacity = 0;
 };

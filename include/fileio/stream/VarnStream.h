@@ -66,7 +66,9 @@
 #include "fileio/stream/StreamBOOL.h"
 
 #include <cstddef>
+#include <cstring>
 #include <string>
+#include <string_view>
 
 class MemoryStream;
 
@@ -393,6 +395,18 @@ protected:
     /// Then clears the failed bit and, with the append bit, moves to the end.
     void HandleVarnMarker(bool markerStaysInData);
 
+    /// The data of a transport whose bytes lie in one block of memory (MemoryStream keeps
+    /// its buffer, position, length and capacity here). The value readers and writers and
+    /// the scans copy through it directly when it holds what they need, and call the
+    /// virtual transport otherwise; a transport without a block leaves it empty. A
+    /// transport that has one must not override ReadC, Read, Write, Seek or GetPos.
+    struct Block {
+        unsigned char* data = nullptr;
+        unsigned long long position = 0;
+        unsigned long long length = 0;
+        unsigned long long capacity = 0;
+    };
+
     String m_savedStatusText;
     unsigned long long m_totalLength = 0;
     unsigned long long m_nextMeterPosition = 0;
@@ -408,13 +422,46 @@ protected:
     float m_version = 5.0f;
     String m_fileName;
     unsigned long long m_headerPosition = 0;
+    Block m_block;
 
 private:
-    void WriteText(const char* text, std::size_t length) { Write(text, length); }
+    /// Writes bytes: straight into the block when it has room, else through Write.
+    void PutBytes(const void* bytes, std::size_t count) {
+        if (count == 0)
+            return;
+        if (m_block.position <= m_block.capacity && m_block.capacity - m_block.position >= count &&
+            m_block.data != nullptr) {
+            std::memcpy(m_block.data + m_block.position, bytes, count);
+            m_block.position += count;
+            if (m_block.position > m_block.length)
+                m_block.length = m_block.position;
+        } else {
+            Write(bytes, count);
+        }
+    }
+    /// Reads exactly count bytes: straight from the block when it holds them, else through
+    /// Read (whose shortage is the transport's to report).
+    void GetBytes(void* bytes, std::size_t count) {
+        if (m_block.position <= m_block.length && m_block.length - m_block.position >= count &&
+            m_block.data != nullptr) {
+            std::memcpy(bytes, m_block.data + m_block.position, count);
+            m_block.position += count;
+        } else {
+            Read(bytes, static_cast<long>(count));
+        }
+    }
+    template <class T> void WriteBinary(const T& value) { PutBytes(&value, sizeof value); }
+    template <class T> void ReadBinary(T& value) { GetBytes(&value, sizeof value); }
+    /// Up to count bytes at the position, without moving it: in the block when the stream
+    /// has one, else read into scratch (count bytes of room) and the position put back.
+    std::string_view Peek(char* scratch, std::size_t count);
+    /// Moves the position forward by count bytes.
+    void Advance(std::size_t count);
+    /// The position, without a virtual call for a block.
+    unsigned long long Position() { return m_block.data != nullptr ? m_block.position : GetPos(); }
+
     void WriteBinaryCount(std::size_t length);
     void WriteCharacters(const char* text, std::size_t length, bool escape);
-    template <class T> void WriteBinary(const T& value) { Write(&value, sizeof value); }
-    template <class T> void ReadBinary(T& value) { Read(&value, static_cast<long>(sizeof value)); }
     template <class T> void WriteDecimal(T value);
     template <class T> VarnStream& WriteInteger(T value);
     template <class T> VarnStream& ReadInteger(T& value);
@@ -426,12 +473,10 @@ private:
     void ReadHeaderText(Header& header);
     void ReadHeaderBinary(Header& header);
     bool PeekWord(unsigned int& word);
-    bool IsHeaderByte(char c, bool anyVersion) const;
     bool IsTextHeaderNext(bool anyVersion);
     bool SkipHeaderText(const Header& header);
     bool SkipHeaderBinary(const Header& header);
     bool SkipPastBinary(unsigned int id);
-    void WriteIconImage(const void* image);
 };
 
 // ---- manipulators ----------------------------------------------------------------------------
