@@ -1,0 +1,502 @@
+// StreamBenchmark.cpp - writing and reading a generated project through MemoryStream, in
+// both forms, against a minimal reader written for this benchmark alone, in the same run.
+//
+// The project has nested sections (a model holding meshes, each holding patch sections) and
+// a realistic mix of fields: names, flags, vectors, quaternions, colours, integers, floats,
+// doubles, times and now and then a matrix. Its size is 100 MB; the environment variable
+// FILEIO_STREAM_BENCH_MB or the option --size_mb=N sets another (the smoke run under CTest
+// uses 1).
+//
+// The minimal reader walks a pointer over the same bytes. It does the work any reader of the
+// file must do and nothing else: it finds each token, asks the vocabulary for the header or
+// label (text: the id of the word; binary: the word of the id, as the stream's tokens carry
+// both), and converts each value with the same conversions (the library's locale-free
+// number readers in text, memcpy in binary), making a String for each string value as the
+// stream does. Before timing, both readers must agree on the checksum of everything read.
+//
+// Counters: MB/s (bytes of the project per second). The goal: each stream reader within 2x
+// of the minimal reader of its form, and writing no slower than reading. The readers read a
+// block already in memory, so the write case that compares with them writes into a block
+// the stream already holds; the "Growing" cases write into a new stream each time.
+
+#include "core/StringNumbers.h"
+#include "fileio/FileIO.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+// ---- the project ------------------------------------------------------------------------------
+
+enum class Kind : unsigned char { None, Bool, Int, Float, Double, Text, Vector, Quaternion, Color, Matrix, Time };
+
+constexpr int kModelFile = 336, kMesh = 335, kPatches = 342;
+constexpr int kName = 4007, kActive = 4046, kPosition = 4702, kRotate = 4045, kScale = 4028,
+              kColor = 4020, kPatchesHit = 4503, kOpacity = 4528, kValue = 4011,
+              kTime = 1837, kMatrix = 4024, kSelected = 4022;
+
+/// The kind of each label's value, by label id.
+const std::vector<Kind>& KindTable() {
+    static const std::vector<Kind> table = [] {
+        std::vector<Kind> kinds(6000, Kind::None);
+        kinds[kName] = Kind::Text;
+        kinds[kActive] = kinds[kSelected] = Kind::Bool;
+        kinds[kPosition] = kinds[kScale] = Kind::Vector;
+        kinds[kRotate] = Kind::Quaternion;
+        kinds[kColor] = Kind::Color;
+        kinds[kPatchesHit] = Kind::Int;
+        kinds[kOpacity] = Kind::Float;
+        kinds[kValue] = Kind::Double;
+        kinds[kTime] = Kind::Time;
+        kinds[kMatrix] = Kind::Matrix;
+        return kinds;
+    }();
+    return table;
+}
+
+Kind KindOf(int id) {
+    return id >= 0 && id < static_cast<int>(KindTable().size()) ? KindTable()[id] : Kind::None;
+}
+
+/// A small deterministic generator of "scene" numbers.
+class Numbers {
+public:
+    float Next() {
+        m_state = m_state * 6364136223846793005ULL + 1442695040888963407ULL;
+        return static_cast<float>(static_cast<int>(m_state >> 40) % 200000) / 64.0f;
+    }
+
+private:
+    std::uint64_t m_state = 42;
+};
+
+void WriteMesh(VarnStream& s, int index, Numbers& n) {
+    // The tokens are made once, as a writer of many sections would keep them.
+    static const Label name(kName), active(kActive), position(kPosition), rotate(kRotate),
+        scale(kScale), color(kColor), hit(kPatchesHit), opacity(kOpacity), value(kValue),
+        time(kTime), matrix(kMatrix), selected(kSelected);
+    static const Header mesh(kMesh), patches(kPatches);
+    static const EndHeader meshEnd(kMesh), patchesEnd(kPatches);
+    s << mesh << nl;
+    s << name << String("Mesh") << nl;
+    s << active << (index % 3 != 0) << nl;
+    s << position << Vector{n.Next(), n.Next(), n.Next()} << nl;
+    s << rotate << Quaternion{0, 0.707106769f, 0, 0.707106769f} << nl;
+    s << scale << Vector{1, 1, n.Next()} << nl;
+    s << color << RGBFloat{0.8f, n.Next() / 4096.0f, 0.1f} << nl;
+    if (index % 8 == 0) {
+        Matrix44 m;
+        m.row[0].x = m.row[1].y = m.row[2].z = m.row[3].w = 1;
+        m.row[3].x = n.Next();
+        s << matrix << m << nl;
+    }
+    for (int patch = 0; patch < 4; ++patch) {
+        s << patches << nl;
+        s << hit << index * 4 + patch << nl;
+        s << opacity << n.Next() / 3000.0f << nl;
+        s << value << static_cast<double>(n.Next()) / 7.0 << nl;
+        s << time << Time(static_cast<long long>(index) * 4501 + patch) << nl;
+        s << selected << (patch == 0) << nl;
+        s << patchesEnd << nl;
+    }
+    s << meshEnd << nl;
+}
+
+/// Writes a project of at least `bytes` bytes.
+void WriteProject(VarnStream& s, unsigned long long bytes) {
+    Numbers numbers;
+    s << Header(kModelFile) << nl;
+    for (int index = 0; s.GetPos() < bytes; ++index)
+        WriteMesh(s, index, numbers);
+    s << EndHeader(kModelFile) << nl;
+}
+
+/// The size chosen with --size_mb=N (0: none chosen).
+unsigned long long g_sizeOption = 0;
+
+unsigned long long ProjectBytes() {
+    static const unsigned long long bytes = [] {
+        const char* mb = std::getenv("FILEIO_STREAM_BENCH_MB");
+        unsigned long long size = mb != nullptr ? std::strtoull(mb, nullptr, 10) : 100;
+        if (g_sizeOption != 0)
+            size = g_sizeOption;
+        return (size == 0 ? 1 : size) << 20;
+    }();
+    return bytes;
+}
+
+const std::string& Project(bool binary) {
+    static std::string forms[2];
+    std::string& form = forms[binary ? 1 : 0];
+    if (form.empty()) {
+        MemoryStream stream;
+        stream.Open(binary ? FM_BINARY : FM_STORING);
+        stream.SetVersion(13.0f);
+        WriteProject(stream, ProjectBytes());
+        form.assign(reinterpret_cast<const char*>(stream.GetData()), stream.GetLength());
+    }
+    return form;
+}
+
+// ---- reading through the stream ---------------------------------------------------------------
+
+/// What a reader found: a sum over every value, so that the two readers can be compared and
+/// no work is optimised away.
+struct Checksum {
+    double sum = 0;
+    std::uint64_t tokens = 0;
+    bool operator==(const Checksum&) const = default;
+};
+
+void ReadValue(VarnStream& s, Kind kind, Checksum& c) {
+    switch (kind) {
+    case Kind::Bool: { bool v; s >> v; c.sum += v; break; }
+    case Kind::Int: { int v; s >> v; c.sum += v; break; }
+    case Kind::Float: { float v; s >> v; c.sum += v; break; }
+    case Kind::Double: { double v; s >> v; c.sum += v; break; }
+    case Kind::Text: { String v; s >> v; c.sum += static_cast<double>(v.GetLength()); break; }
+    case Kind::Vector: { Vector v; s >> v; c.sum += v.x + v.y + v.z; break; }
+    case Kind::Quaternion: { Quaternion v; s >> v; c.sum += v.x + v.y + v.z + v.w; break; }
+    case Kind::Color: { RGBFloat v; s >> v; c.sum += v.red + v.green + v.blue; break; }
+    case Kind::Matrix: {
+        Matrix44 v;
+        s >> v;
+        for (const Vector4& row : v.row)
+            c.sum += row.x + row.y + row.z + row.w;
+        break;
+    }
+    case Kind::Time: { Time v; s >> v; c.sum += static_cast<double>(v.GetTicks()); break; }
+    case Kind::None: break;
+    }
+}
+
+/// Reads the project held by `s` from its start.
+Checksum ReadWithStream(MemoryStream& s) {
+    s.Open(s.IsBinary() ? FM_LOADING | FM_BINARY : FM_LOADING);
+    Checksum c;
+    while (!s.VirtualEof()) {
+        ++c.tokens;
+        if (s.IsHeader()) {
+            Header header;
+            s >> header;
+            c.sum += header.id & 0xFFFF;
+            continue;
+        }
+        Label label;
+        s >> label;
+        ReadValue(s, KindOf(label.id), c);
+    }
+    return c;
+}
+
+// ---- the minimal readers ------------------------------------------------------------------------
+
+constexpr bool IsWhite(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+class TextReader {
+public:
+    explicit TextReader(const std::string& bytes)
+        : m_p(bytes.data()), m_end(bytes.data() + bytes.size()) {}
+
+    Checksum Read() {
+        Checksum c;
+        for (SkipWhite(); m_p != m_end; SkipWhite()) {
+            ++c.tokens;
+            if (*m_p == '<') {
+                const char* word = ++m_p;
+                while (m_p != m_end && *m_p != '>')
+                    ++m_p;
+                const bool end = *word == '/';
+                int id = LookUp(word + end, m_p, &GetHeaderIDFromText);
+                if (end)
+                    id |= 0x20000000;
+                c.sum += id & 0xFFFF;
+                ++m_p;
+                continue;
+            }
+            const char* word = m_p;
+            while (m_p != m_end && *m_p != '=')
+                ++m_p;
+            const int id = LookUp(word, m_p, &GetLabelIDFromText);
+            ++m_p;
+            ReadValue(KindOf(id), c);
+        }
+        return c;
+    }
+
+private:
+    void SkipWhite() {
+        while (m_p != m_end && IsWhite(*m_p))
+            ++m_p;
+    }
+
+    static int LookUp(const char* begin, const char* end, int (*lookUp)(const char*) noexcept) {
+        char word[80];
+        const std::size_t n = std::min<std::size_t>(static_cast<std::size_t>(end - begin), 79);
+        std::memcpy(word, begin, n);
+        word[n] = '\0';
+        return lookUp(word);
+    }
+
+    std::string_view Token() {
+        while (m_p != m_end && (*m_p == ' ' || *m_p == '\t'))
+            ++m_p;
+        const char* begin = m_p;
+        while (m_p != m_end && !IsWhite(*m_p))
+            ++m_p;
+        return std::string_view(begin, static_cast<std::size_t>(m_p - begin));
+    }
+
+    float F() { return fileio::detail::ParseFloat(Token()); }
+
+    void ReadValue(Kind kind, Checksum& c) {
+        switch (kind) {
+        case Kind::Bool: {
+            const std::string_view t = Token();
+            c.sum += t == "TRUE" || t == "true" || t == "1" || t == "on" || t == "On";
+            break;
+        }
+        case Kind::Int:
+            c.sum += static_cast<double>(fileio::detail::ParseSigned(Token(), INT32_MIN, INT32_MAX));
+            break;
+        case Kind::Float: c.sum += F(); break;
+        case Kind::Double: c.sum += fileio::detail::ParseDouble(Token()); break;
+        case Kind::Text: {
+            const std::string_view t = Token();
+            const String text(t.data(), static_cast<int>(t.size()));
+            c.sum += static_cast<double>(text.GetLength());
+            break;
+        }
+        case Kind::Vector: { const float x = F(), y = F(), z = F(); c.sum += x + y + z; break; }
+        case Kind::Color: { const float r = F(), g = F(), b = F(); c.sum += r + g + b; break; }
+        case Kind::Quaternion: {
+            const float x = F(), y = F(), z = F(), w = F();
+            c.sum += x + y + z + w;
+            break;
+        }
+        case Kind::Matrix:
+            for (int row = 0; row < 4; ++row) {
+                const float x = F(), y = F(), z = F(), w = F();
+                c.sum += x + y + z + w;
+            }
+            break;
+        case Kind::Time: c.sum += static_cast<double>(TimeTicks(Token())); break;
+        case Kind::None: break;
+        }
+    }
+
+    /// The fields of [-]m:s:f.t filled from the right; without a ".", a last field of 30
+    /// or more is ticks.
+    static long long TimeTicks(std::string_view t) {
+        const bool negative = !t.empty() && t.front() == '-';
+        if (negative)
+            t.remove_prefix(1);
+        long long fields[4] = {0, 0, 0, 0};
+        bool dot = false;
+        for (std::size_t begin = 0;;) {
+            const std::size_t end = t.find_first_of(":.", begin);
+            fields[0] = fields[1];
+            fields[1] = fields[2];
+            fields[2] = fields[3];
+            fields[3] = fileio::detail::ParseSigned(t.substr(begin, end - begin), INT64_MIN, INT64_MAX);
+            if (end == std::string_view::npos)
+                break;
+            dot = dot || t[end] == '.';
+            begin = end + 1;
+        }
+        long long ticks = 0, frames, seconds, minutes;
+        if (dot) {
+            ticks = fields[3];
+            frames = fields[2], seconds = fields[1], minutes = fields[0];
+        } else {
+            frames = fields[3], seconds = fields[2], minutes = fields[1];
+            if (frames >= 30)
+                ticks = frames, frames = 0;
+        }
+        const long long total = ((minutes * 60 + seconds) * 30 + frames) * 4500 + ticks;
+        return negative ? -total : total;
+    }
+
+    const char* m_p;
+    const char* m_end;
+};
+
+class BinaryReader {
+public:
+    explicit BinaryReader(const std::string& bytes)
+        : m_p(bytes.data()), m_end(bytes.data() + bytes.size()) {}
+
+    Checksum Read() {
+        Checksum c;
+        char text[80];
+        while (m_end - m_p >= 4) {
+            ++c.tokens;
+            const auto word = Take<std::uint32_t>();
+            if ((word & 0x80000000u) != 0) {
+                const int id = static_cast<int>(word & 0x7FFFFFFFu);
+                GetHeaderTextFromID(id, text);
+                c.sum += id & 0xFFFF;
+                continue;
+            }
+            const int id = static_cast<int>(word & ~0x40000000u);
+            GetLabelTextFromID(id, text);
+            ReadValue(KindOf(id), c);
+        }
+        return c;
+    }
+
+private:
+    template <class T> T Take() {
+        T value;
+        std::memcpy(&value, m_p, sizeof value);
+        m_p += sizeof value;
+        return value;
+    }
+
+    template <int N> double Floats() {
+        float v[N];
+        std::memcpy(v, m_p, sizeof v);
+        m_p += sizeof v;
+        double sum = 0;
+        for (int i = 0; i < N; i += 4) {
+            float part = 0;
+            for (int j = i; j < i + 4 && j < N; ++j)
+                part += v[j];
+            sum += part;
+        }
+        return sum;
+    }
+
+    void ReadValue(Kind kind, Checksum& c) {
+        switch (kind) {
+        case Kind::Bool: c.sum += Take<unsigned char>() != 0; break;
+        case Kind::Int: c.sum += Take<std::int32_t>(); break;
+        case Kind::Float: c.sum += Take<float>(); break;
+        case Kind::Double: c.sum += Take<double>(); break;
+        case Kind::Text: {
+            const auto count = Take<std::uint16_t>();
+            const String text(m_p, count);
+            m_p += count;
+            c.sum += static_cast<double>(text.GetLength());
+            break;
+        }
+        case Kind::Vector:
+        case Kind::Color: c.sum += Floats<3>(); break;
+        case Kind::Quaternion: c.sum += Floats<4>(); break;
+        case Kind::Matrix:
+            for (int row = 0; row < 4; ++row)
+                c.sum += Floats<4>();
+            break;
+        case Kind::Time: c.sum += static_cast<double>(Take<long long>()); break;
+        case Kind::None: break;
+        }
+    }
+
+    const char* m_p;
+    const char* m_end;
+};
+
+Checksum ReadMinimal(const std::string& bytes, bool binary) {
+    return binary ? BinaryReader(bytes).Read() : TextReader(bytes).Read();
+}
+
+// ---- the cases ------------------------------------------------------------------------------------
+
+void Report(benchmark::State& state, std::size_t bytes) {
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            static_cast<std::int64_t>(bytes));
+    state.counters["MB"] = static_cast<double>(bytes) / (1 << 20);
+}
+
+// Each iteration writes the project again into the block the stream already holds, as the
+// readers read a block already in memory.
+void BM_StreamWrite(benchmark::State& state, bool binary) {
+    const std::size_t bytes = Project(binary).size();
+    MemoryStream stream;
+    stream.Open(binary ? FM_BINARY : FM_STORING);
+    stream.SetVersion(13.0f);
+    for (auto _ : state) {
+        stream.Assign(nullptr, 0);
+        WriteProject(stream, ProjectBytes());
+        benchmark::DoNotOptimize(stream.GetData());
+    }
+    Report(state, bytes);
+}
+
+// The same into a new stream each time: the block grows from nothing, and the system's
+// fresh pages are part of the time.
+void BM_StreamWriteGrowing(benchmark::State& state, bool binary) {
+    const std::size_t bytes = Project(binary).size();
+    for (auto _ : state) {
+        MemoryStream stream;
+        stream.Open(binary ? FM_BINARY : FM_STORING);
+        WriteProject(stream, ProjectBytes());
+        benchmark::DoNotOptimize(stream.GetData());
+    }
+    Report(state, bytes);
+}
+
+// The project is copied into the stream once; each iteration reads it from the start.
+void BM_StreamRead(benchmark::State& state, bool binary) {
+    const std::string& project = Project(binary);
+    MemoryStream stream;
+    stream.Open(project.data(), project.size(), binary ? FM_LOADING | FM_BINARY : FM_LOADING);
+    stream.SetVersion(13.0f);
+    if (!(ReadWithStream(stream) == ReadMinimal(project, binary))) {
+        state.SkipWithError("the stream and the minimal reader disagree");
+        return;
+    }
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ReadWithStream(stream));
+    Report(state, project.size());
+}
+
+void BM_MinimalRead(benchmark::State& state, bool binary) {
+    const std::string& project = Project(binary);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ReadMinimal(project, binary));
+    Report(state, project.size());
+}
+
+BENCHMARK_CAPTURE(BM_StreamWrite, text, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_StreamWriteGrowing, text, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_StreamRead, text, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_MinimalRead, text, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_StreamWrite, binary, true)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_StreamWriteGrowing, binary, true)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_StreamRead, binary, true)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_MinimalRead, binary, true)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+// --size_mb=N is taken out of the command line before Google Benchmark reads it.
+int main(int argc, char** argv) {
+    // A host always has other strings alive. Without one, every string value read would
+    // empty the string pool's only block and give it back to the system, and the cases
+    // would time the block's allocation instead of the reading.
+    const String resident("resident");
+    int kept = 0;
+    for (int i = 0; i < argc; ++i) {
+        const std::string_view arg(argv[i]);
+        if (arg.substr(0, 10) == "--size_mb=") {
+            g_sizeOption = std::strtoull(argv[i] + 10, nullptr, 10);
+            continue;
+        }
+        argv[kept++] = argv[i];
+    }
+    argc = kept;
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
