@@ -36,12 +36,24 @@ namespace {
 
 // ---- the project ------------------------------------------------------------------------------
 
-enum class Kind : unsigned char { None, Bool, Int, Float, Double, Text, Vector, Quaternion, Color, Matrix, Time };
+enum class Kind : unsigned char {
+    None,
+    Bool,
+    Int,
+    Float,
+    Double,
+    Text,
+    Vector,
+    Quaternion,
+    Color,
+    Matrix,
+    Time
+};
 
 constexpr int kModelFile = 336, kMesh = 335, kPatches = 342;
 constexpr int kName = 4007, kActive = 4046, kPosition = 4702, kRotate = 4045, kScale = 4028,
-              kColor = 4020, kPatchesHit = 4503, kOpacity = 4528, kValue = 4011,
-              kTime = 1837, kMatrix = 4024, kSelected = 4022;
+              kColor = 4020, kPatchesHit = 4503, kOpacity = 4528, kValue = 4011, kTime = 1837,
+              kMatrix = 4024, kSelected = 4022;
 
 /// The kind of each label's value, by label id.
 const std::vector<Kind>& KindTable() {
@@ -158,14 +170,54 @@ struct Checksum {
 
 void ReadValue(VarnStream& s, Kind kind, Checksum& c) {
     switch (kind) {
-    case Kind::Bool: { bool v; s >> v; c.sum += v; break; }
-    case Kind::Int: { int v; s >> v; c.sum += v; break; }
-    case Kind::Float: { float v; s >> v; c.sum += v; break; }
-    case Kind::Double: { double v; s >> v; c.sum += v; break; }
-    case Kind::Text: { String v; s >> v; c.sum += static_cast<double>(v.GetLength()); break; }
-    case Kind::Vector: { Vector v; s >> v; c.sum += v.x + v.y + v.z; break; }
-    case Kind::Quaternion: { Quaternion v; s >> v; c.sum += v.x + v.y + v.z + v.w; break; }
-    case Kind::Color: { RGBFloat v; s >> v; c.sum += v.red + v.green + v.blue; break; }
+    case Kind::Bool: {
+        bool v;
+        s >> v;
+        c.sum += v;
+        break;
+    }
+    case Kind::Int: {
+        int v;
+        s >> v;
+        c.sum += v;
+        break;
+    }
+    case Kind::Float: {
+        float v;
+        s >> v;
+        c.sum += v;
+        break;
+    }
+    case Kind::Double: {
+        double v;
+        s >> v;
+        c.sum += v;
+        break;
+    }
+    case Kind::Text: {
+        String v;
+        s >> v;
+        c.sum += static_cast<double>(v.GetLength());
+        break;
+    }
+    case Kind::Vector: {
+        Vector v;
+        s >> v;
+        c.sum += v.x + v.y + v.z;
+        break;
+    }
+    case Kind::Quaternion: {
+        Quaternion v;
+        s >> v;
+        c.sum += v.x + v.y + v.z + v.w;
+        break;
+    }
+    case Kind::Color: {
+        RGBFloat v;
+        s >> v;
+        c.sum += v.red + v.green + v.blue;
+        break;
+    }
     case Kind::Matrix: {
         Matrix44 v;
         s >> v;
@@ -173,8 +225,14 @@ void ReadValue(VarnStream& s, Kind kind, Checksum& c) {
             c.sum += row.x + row.y + row.z + row.w;
         break;
     }
-    case Kind::Time: { Time v; s >> v; c.sum += static_cast<double>(v.GetTicks()); break; }
-    case Kind::None: break;
+    case Kind::Time: {
+        Time v;
+        s >> v;
+        c.sum += static_cast<double>(v.GetTicks());
+        break;
+    }
+    case Kind::None:
+        break;
     }
 }
 
@@ -199,7 +257,9 @@ Checksum ReadWithStream(MemoryStream& s) {
 
 // ---- the minimal readers ------------------------------------------------------------------------
 
-constexpr bool IsWhite(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+constexpr bool IsWhite(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 
 class TextReader {
 public:
@@ -265,18 +325,31 @@ private:
             break;
         }
         case Kind::Int:
-            c.sum += static_cast<double>(fileio::detail::ParseSigned(Token(), INT32_MIN, INT32_MAX));
+            c.sum +=
+                static_cast<double>(fileio::detail::ParseSigned(Token(), INT32_MIN, INT32_MAX));
             break;
-        case Kind::Float: c.sum += F(); break;
-        case Kind::Double: c.sum += fileio::detail::ParseDouble(Token()); break;
+        case Kind::Float:
+            c.sum += F();
+            break;
+        case Kind::Double:
+            c.sum += fileio::detail::ParseDouble(Token());
+            break;
         case Kind::Text: {
             const std::string_view t = Token();
             const String text(t.data(), static_cast<int>(t.size()));
             c.sum += static_cast<double>(text.GetLength());
             break;
         }
-        case Kind::Vector: { const float x = F(), y = F(), z = F(); c.sum += x + y + z; break; }
-        case Kind::Color: { const float r = F(), g = F(), b = F(); c.sum += r + g + b; break; }
+        case Kind::Vector: {
+            const float x = F(), y = F(), z = F();
+            c.sum += x + y + z;
+            break;
+        }
+        case Kind::Color: {
+            const float r = F(), g = F(), b = F();
+            c.sum += r + g + b;
+            break;
+        }
         case Kind::Quaternion: {
             const float x = F(), y = F(), z = F(), w = F();
             c.sum += x + y + z + w;
@@ -288,8 +361,11 @@ private:
                 c.sum += x + y + z + w;
             }
             break;
-        case Kind::Time: c.sum += static_cast<double>(TimeTicks(Token())); break;
-        case Kind::None: break;
+        case Kind::Time:
+            c.sum += static_cast<double>(TimeTicks(Token()));
+            break;
+        case Kind::None:
+            break;
         }
     }
 
@@ -306,7 +382,8 @@ private:
             fields[0] = fields[1];
             fields[1] = fields[2];
             fields[2] = fields[3];
-            fields[3] = fileio::detail::ParseSigned(t.substr(begin, end - begin), INT64_MIN, INT64_MAX);
+            fields[3] =
+                fileio::detail::ParseSigned(t.substr(begin, end - begin), INT64_MIN, INT64_MAX);
             if (end == std::string_view::npos)
                 break;
             dot = dot || t[end] == '.';
@@ -377,10 +454,18 @@ private:
 
     void ReadValue(Kind kind, Checksum& c) {
         switch (kind) {
-        case Kind::Bool: c.sum += Take<unsigned char>() != 0; break;
-        case Kind::Int: c.sum += Take<std::int32_t>(); break;
-        case Kind::Float: c.sum += Take<float>(); break;
-        case Kind::Double: c.sum += Take<double>(); break;
+        case Kind::Bool:
+            c.sum += Take<unsigned char>() != 0;
+            break;
+        case Kind::Int:
+            c.sum += Take<std::int32_t>();
+            break;
+        case Kind::Float:
+            c.sum += Take<float>();
+            break;
+        case Kind::Double:
+            c.sum += Take<double>();
+            break;
         case Kind::Text: {
             const auto count = Take<std::uint16_t>();
             const String text(m_p, count);
@@ -389,14 +474,21 @@ private:
             break;
         }
         case Kind::Vector:
-        case Kind::Color: c.sum += Floats<3>(); break;
-        case Kind::Quaternion: c.sum += Floats<4>(); break;
+        case Kind::Color:
+            c.sum += Floats<3>();
+            break;
+        case Kind::Quaternion:
+            c.sum += Floats<4>();
+            break;
         case Kind::Matrix:
             for (int row = 0; row < 4; ++row)
                 c.sum += Floats<4>();
             break;
-        case Kind::Time: c.sum += static_cast<double>(Take<long long>()); break;
-        case Kind::None: break;
+        case Kind::Time:
+            c.sum += static_cast<double>(Take<long long>());
+            break;
+        case Kind::None:
+            break;
         }
     }
 
@@ -408,7 +500,8 @@ Checksum ReadMinimal(const std::string& bytes, bool binary) {
     return binary ? BinaryReader(bytes).Read() : TextReader(bytes).Read();
 }
 
-// ---- the cases ------------------------------------------------------------------------------------
+// ---- the cases
+// ------------------------------------------------------------------------------------
 
 void Report(benchmark::State& state, std::size_t bytes) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *

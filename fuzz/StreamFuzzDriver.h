@@ -2,8 +2,8 @@
 // every typed value, in an order chosen by the input.
 //
 // Input layout: the first byte chooses the transport (the memory stream, or the byte-wise
-// stream that runs the base class's readers), the text generation and the seed of the operation order;
-// the rest is the stream's data. Every step either consumes a byte or the driver reads one,
+// stream that runs the base class's readers), the text generation and the seed of the operation
+// order; the rest is the stream's data. Every step either consumes a byte or the driver reads one,
 // so an input of n bytes takes at most n steps and finishes quickly.
 #pragma once
 
@@ -19,35 +19,127 @@ namespace streamfuzz {
 /// Reads one value of the kind `kind` chooses.
 inline void ReadTypedValue(VarnStream& stream, unsigned kind) {
     switch (kind % 24) {
-    case 0: { char v; stream >> v; break; }
-    case 1: { unsigned char v; stream >> v; break; }
-    case 2: { short v; stream >> v; break; }
-    case 3: { int v; stream >> v; break; }
-    case 4: { long v; stream >> v; break; }
-    case 5: { unsigned long v; stream >> v; break; }
-    case 6: { long long v; stream >> v; break; }
-    case 7: { unsigned long long v; stream >> v; break; }
-    case 8: { float v; stream >> v; break; }
-    case 9: { double v; stream >> v; break; }
-    case 10: { bool v; stream >> v; break; }
-    case 11: { String v; stream >> v; break; }
-    case 12: { Vector v; stream >> v; break; }
-    case 13: { Matrix44 v; stream >> v; break; }
-    case 14: { Time v; stream >> v; break; }
-    case 15: { TimeRange v; stream >> v; break; }
-    case 16: { COleDateTime v; stream >> v; break; }
-    case 17: { CTime v; stream >> v; break; }
-    case 18: { ColorBuf v; stream >> v; break; }
-    case 19: { PatchID v; stream >> v; break; }
+    case 0: {
+        char v;
+        stream >> v;
+        break;
+    }
+    case 1: {
+        unsigned char v;
+        stream >> v;
+        break;
+    }
+    case 2: {
+        short v;
+        stream >> v;
+        break;
+    }
+    case 3: {
+        int v;
+        stream >> v;
+        break;
+    }
+    case 4: {
+        long v;
+        stream >> v;
+        break;
+    }
+    case 5: {
+        unsigned long v;
+        stream >> v;
+        break;
+    }
+    case 6: {
+        long long v;
+        stream >> v;
+        break;
+    }
+    case 7: {
+        unsigned long long v;
+        stream >> v;
+        break;
+    }
+    case 8: {
+        float v;
+        stream >> v;
+        break;
+    }
+    case 9: {
+        double v;
+        stream >> v;
+        break;
+    }
+    case 10: {
+        bool v;
+        stream >> v;
+        break;
+    }
+    case 11: {
+        String v;
+        stream >> v;
+        break;
+    }
+    case 12: {
+        Vector v;
+        stream >> v;
+        break;
+    }
+    case 13: {
+        Matrix44 v;
+        stream >> v;
+        break;
+    }
+    case 14: {
+        Time v;
+        stream >> v;
+        break;
+    }
+    case 15: {
+        TimeRange v;
+        stream >> v;
+        break;
+    }
+    case 16: {
+        COleDateTime v;
+        stream >> v;
+        break;
+    }
+    case 17: {
+        CTime v;
+        stream >> v;
+        break;
+    }
+    case 18: {
+        ColorBuf v;
+        stream >> v;
+        break;
+    }
+    case 19: {
+        PatchID v;
+        stream >> v;
+        break;
+    }
     case 20: {
         // A block with room for the largest colour table.
         std::vector<std::uint32_t> block((40 + 256 * 4) / 4, 0);
         stream >> *reinterpret_cast<tagBITMAPINFO*>(block.data());
         break;
     }
-    case 21: { HICON v = nullptr; stream >> v; break; }
-    case 22: { unsigned int schema; stream.LoadRuntimeClass(&schema); break; }
-    default: { String v; stream.ParseString(v); break; }
+    case 21: {
+        HICON v = nullptr;
+        stream >> v;
+        break;
+    }
+    case 22: {
+        unsigned int schema;
+        stream.LoadRuntimeClass(&schema);
+        break;
+    }
+    default: {
+        String v;
+        stream.ParseString(v);
+        break;
+    }
     }
 }
 

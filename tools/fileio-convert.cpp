@@ -27,14 +27,14 @@ enum class Kind { Bool, Int, Float, Double, Text, Vector, Quaternion, Color, Mat
 /// The fields the converter knows, by label word, and the kind of each one's value.
 const std::map<std::string_view, Kind>& Fields() {
     static const std::map<std::string_view, Kind> fields = {
-        {"Active", Kind::Bool},       {"Selected", Kind::Bool},    {"Visible", Kind::Bool},
-        {"Locked", Kind::Bool},       {"Type", Kind::Int},         {"Mode", Kind::Int},
-        {"PatchesHit", Kind::Int},    {"Version", Kind::Float},    {"Angle", Kind::Float},
-        {"Alpha", Kind::Float},       {"Opacity", Kind::Float},    {"Value", Kind::Double},
-        {"Name", Kind::Text},         {"Notes", Kind::Text},       {"Url", Kind::Text},
-        {"Organization", Kind::Text}, {"Position", Kind::Vector},  {"Scale", Kind::Vector},
+        {"Active", Kind::Bool},       {"Selected", Kind::Bool},     {"Visible", Kind::Bool},
+        {"Locked", Kind::Bool},       {"Type", Kind::Int},          {"Mode", Kind::Int},
+        {"PatchesHit", Kind::Int},    {"Version", Kind::Float},     {"Angle", Kind::Float},
+        {"Alpha", Kind::Float},       {"Opacity", Kind::Float},     {"Value", Kind::Double},
+        {"Name", Kind::Text},         {"Notes", Kind::Text},        {"Url", Kind::Text},
+        {"Organization", Kind::Text}, {"Position", Kind::Vector},   {"Scale", Kind::Vector},
         {"Translate", Kind::Vector},  {"Rotate", Kind::Quaternion}, {"Color", Kind::Color},
-        {"Matrix", Kind::Matrix},     {"Time", Kind::Time},        {"Range", Kind::Range},
+        {"Matrix", Kind::Matrix},     {"Time", Kind::Time},         {"Range", Kind::Range},
         {"PlayRange", Kind::Range},
     };
     return fields;
@@ -43,17 +43,24 @@ const std::map<std::string_view, Kind>& Fields() {
 /// The bytes a value of `kind` takes in the binary form (a string: at least its count).
 unsigned long long BinarySize(Kind kind) {
     switch (kind) {
-    case Kind::Bool: return 1;
-    case Kind::Text: return 2;
+    case Kind::Bool:
+        return 1;
+    case Kind::Text:
+        return 2;
     case Kind::Int:
-    case Kind::Float: return 4;
+    case Kind::Float:
+        return 4;
     case Kind::Double:
-    case Kind::Time: return 8;
+    case Kind::Time:
+        return 8;
     case Kind::Vector:
-    case Kind::Color: return 12;
+    case Kind::Color:
+        return 12;
     case Kind::Quaternion:
-    case Kind::Range: return 16;
-    case Kind::Matrix: return 64;
+    case Kind::Range:
+        return 16;
+    case Kind::Matrix:
+        return 64;
     }
     return 0;
 }
@@ -61,17 +68,72 @@ unsigned long long BinarySize(Kind kind) {
 /// Copies one value of `kind` from `in` to `out`.
 void CopyValue(VarnStream& in, VarnStream& out, Kind kind) {
     switch (kind) {
-    case Kind::Bool: { bool v = false; in >> v; out << v; break; }
-    case Kind::Int: { int v = 0; in >> v; out << v; break; }
-    case Kind::Float: { float v = 0; in >> v; out << v; break; }
-    case Kind::Double: { double v = 0; in >> v; out << v; break; }
-    case Kind::Text: { String v; in >> v; out << v; break; }
-    case Kind::Vector: { Vector v; in >> v; out << v; break; }
-    case Kind::Quaternion: { Quaternion v; in >> v; out << v; break; }
-    case Kind::Color: { RGBFloat v; in >> v; out << v; break; }
-    case Kind::Matrix: { Matrix44 v; in >> v; out << v; break; }
-    case Kind::Time: { Time v; in >> v; out << v; break; }
-    case Kind::Range: { TimeRange v; in >> v; out << v; break; }
+    case Kind::Bool: {
+        bool v = false;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Int: {
+        int v = 0;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Float: {
+        float v = 0;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Double: {
+        double v = 0;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Text: {
+        String v;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Vector: {
+        Vector v;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Quaternion: {
+        Quaternion v;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Color: {
+        RGBFloat v;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Matrix: {
+        Matrix44 v;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Time: {
+        Time v;
+        in >> v;
+        out << v;
+        break;
+    }
+    case Kind::Range: {
+        TimeRange v;
+        in >> v;
+        out << v;
+        break;
+    }
     }
 }
 

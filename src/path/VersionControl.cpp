@@ -9,7 +9,9 @@
 
 namespace {
 
-bool IsSeparatorByte(char c) { return c == '/' || c == '\\'; }
+bool IsSeparatorByte(char c) {
+    return c == '/' || c == '\\';
+}
 
 } // namespace
 

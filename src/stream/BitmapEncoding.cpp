@@ -112,7 +112,9 @@ void DecodeInfoHeader(const unsigned char* bytes, InfoHeaderValues& values) {
 enum InfoField { kSize, kWidth, kHeight, kPlanes, kBitCount, kCompression, kSizeImage };
 
 /// Bytes per row of a 1-bit mask: rows are padded to 32 bits.
-std::size_t MaskStride(int width) { return ((static_cast<std::size_t>(width) + 31) / 32) * 4; }
+std::size_t MaskStride(int width) {
+    return ((static_cast<std::size_t>(width) + 31) / 32) * 4;
+}
 
 /// Writes raw bytes: in text as decimal numbers with one " " between them.
 void WriteByteRun(VarnStream& stream, const unsigned char* bytes, std::size_t count) {
@@ -171,8 +173,8 @@ bool ReadIconPart(VarnStream& stream, int bitCount, int& width, int& height,
     if (partWidth < 1 || partWidth > kMaxIconSide || partHeight < 1 || partHeight > kMaxIconSide ||
         values[kBitCount] != static_cast<std::uint32_t>(bitCount))
         return false;
-    const std::size_t stride = bitCount == 1 ? MaskStride(partWidth)
-                                             : static_cast<std::size_t>(partWidth) * 4;
+    const std::size_t stride =
+        bitCount == 1 ? MaskStride(partWidth) : static_cast<std::size_t>(partWidth) * 4;
     const std::size_t size = stride * static_cast<std::size_t>(partHeight);
     if (values[kSizeImage] != size)
         return false;

@@ -20,7 +20,8 @@ constexpr long long kInt32Max = INT32_MAX;
 
 } // namespace
 
-// ---- scalars: shared pieces ----------------------------------------------------------------------
+// ---- scalars: shared pieces
+// ----------------------------------------------------------------------
 
 template <class T> void VarnStream::WriteDecimal(T value) {
     char text[24];
@@ -52,20 +53,45 @@ template <class T> VarnStream& VarnStream::ReadInteger(T& value) {
     return *this;
 }
 
-VarnStream& VarnStream::operator<<(signed char value) { return WriteInteger(value); }
-VarnStream& VarnStream::operator>>(signed char& value) { return ReadInteger(value); }
-VarnStream& VarnStream::operator<<(unsigned char value) { return WriteInteger(value); }
-VarnStream& VarnStream::operator>>(unsigned char& value) { return ReadInteger(value); }
-VarnStream& VarnStream::operator<<(short value) { return WriteInteger(value); }
-VarnStream& VarnStream::operator>>(short& value) { return ReadInteger(value); }
-VarnStream& VarnStream::operator<<(unsigned short value) { return WriteInteger(value); }
-VarnStream& VarnStream::operator>>(unsigned short& value) { return ReadInteger(value); }
-VarnStream& VarnStream::operator<<(int value) { return WriteInteger(value); }
-VarnStream& VarnStream::operator>>(int& value) { return ReadInteger(value); }
-VarnStream& VarnStream::operator<<(unsigned int value) { return WriteInteger(value); }
-VarnStream& VarnStream::operator>>(unsigned int& value) { return ReadInteger(value); }
+VarnStream& VarnStream::operator<<(signed char value) {
+    return WriteInteger(value);
+}
+VarnStream& VarnStream::operator>>(signed char& value) {
+    return ReadInteger(value);
+}
+VarnStream& VarnStream::operator<<(unsigned char value) {
+    return WriteInteger(value);
+}
+VarnStream& VarnStream::operator>>(unsigned char& value) {
+    return ReadInteger(value);
+}
+VarnStream& VarnStream::operator<<(short value) {
+    return WriteInteger(value);
+}
+VarnStream& VarnStream::operator>>(short& value) {
+    return ReadInteger(value);
+}
+VarnStream& VarnStream::operator<<(unsigned short value) {
+    return WriteInteger(value);
+}
+VarnStream& VarnStream::operator>>(unsigned short& value) {
+    return ReadInteger(value);
+}
+VarnStream& VarnStream::operator<<(int value) {
+    return WriteInteger(value);
+}
+VarnStream& VarnStream::operator>>(int& value) {
+    return ReadInteger(value);
+}
+VarnStream& VarnStream::operator<<(unsigned int value) {
+    return WriteInteger(value);
+}
+VarnStream& VarnStream::operator>>(unsigned int& value) {
+    return ReadInteger(value);
+}
 
-// ---- char: the raw byte in both forms ---------------------------------------------------------------
+// ---- char: the raw byte in both forms
+// ---------------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(char value) {
     PutBytes(&value, 1);
@@ -77,7 +103,8 @@ VarnStream& VarnStream::operator>>(char& value) {
     return *this;
 }
 
-// ---- long: four bytes in a file on every platform ----------------------------------------------------
+// ---- long: four bytes in a file on every platform
+// ----------------------------------------------------
 
 VarnStream& VarnStream::operator<<(long value) {
     if (IsBinary())
@@ -118,7 +145,8 @@ VarnStream& VarnStream::operator>>(unsigned long& value) {
     return *this;
 }
 
-// ---- 64-bit integers ----------------------------------------------------------------------------------
+// ---- 64-bit integers
+// ----------------------------------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(long long value) {
     if (IsBinary())
@@ -156,7 +184,8 @@ VarnStream& VarnStream::operator>>(unsigned long long& value) {
     return *this;
 }
 
-// ---- floating point -------------------------------------------------------------------------------------
+// ---- floating point
+// -------------------------------------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(float value) {
     if (IsBinary()) {
@@ -198,7 +227,8 @@ VarnStream& VarnStream::operator>>(double& value) {
     return *this;
 }
 
-// ---- bool ---------------------------------------------------------------------------------------------------
+// ---- bool
+// ---------------------------------------------------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(bool value) {
     if (IsBinary()) {
@@ -226,7 +256,9 @@ VarnStream& VarnStream::operator>>(bool& value) {
     return *this;
 }
 
-VarnStream& VarnStream::operator<<(StreamBOOL value) { return *this << (value.value != 0); }
+VarnStream& VarnStream::operator<<(StreamBOOL value) {
+    return *this << (value.value != 0);
+}
 
 VarnStream& VarnStream::operator>>(StreamBOOL& value) {
     bool flag = false;
@@ -235,7 +267,8 @@ VarnStream& VarnStream::operator>>(StreamBOOL& value) {
     return *this;
 }
 
-// ---- strings ------------------------------------------------------------------------------------------------
+// ---- strings
+// ------------------------------------------------------------------------------------------------
 
 void VarnStream::WriteBinaryCount(std::size_t length) {
     WriteBinary(static_cast<std::uint16_t>(length));
@@ -309,7 +342,8 @@ VarnStream& VarnStream::operator>>(String& value) {
     return *this;
 }
 
-// ---- composites of floats --------------------------------------------------------------------------------
+// ---- composites of floats
+// --------------------------------------------------------------------------------
 
 void VarnStream::WriteFloats(const float* values, int count) {
     if (IsBinary()) {
@@ -335,7 +369,8 @@ void VarnStream::ReadFloats(float* values, int count) {
 // The float composites are their floats in member order, without padding.
 template <class T> VarnStream& VarnStream::WriteFloatComposite(const T& value) {
     static_assert(sizeof(T) % sizeof(float) == 0);
-    WriteFloats(reinterpret_cast<const float*>(&value), static_cast<int>(sizeof(T) / sizeof(float)));
+    WriteFloats(reinterpret_cast<const float*>(&value),
+                static_cast<int>(sizeof(T) / sizeof(float)));
     return *this;
 }
 
@@ -344,26 +379,63 @@ template <class T> VarnStream& VarnStream::ReadFloatComposite(T& value) {
     return *this;
 }
 
-VarnStream& VarnStream::operator<<(const Vector2& value) { return WriteFloatComposite(value); }
-VarnStream& VarnStream::operator>>(Vector2& value) { return ReadFloatComposite(value); }
-VarnStream& VarnStream::operator<<(const Vector& value) { return WriteFloatComposite(value); }
-VarnStream& VarnStream::operator>>(Vector& value) { return ReadFloatComposite(value); }
-VarnStream& VarnStream::operator<<(const Rotate& value) { return WriteFloatComposite(value); }
-VarnStream& VarnStream::operator>>(Rotate& value) { return ReadFloatComposite(value); }
-VarnStream& VarnStream::operator<<(const Vector4& value) { return WriteFloatComposite(value); }
-VarnStream& VarnStream::operator>>(Vector4& value) { return ReadFloatComposite(value); }
-VarnStream& VarnStream::operator<<(const Quaternion& value) { return WriteFloatComposite(value); }
-VarnStream& VarnStream::operator>>(Quaternion& value) { return ReadFloatComposite(value); }
-VarnStream& VarnStream::operator<<(const RGBFloat& value) { return WriteFloatComposite(value); }
-VarnStream& VarnStream::operator>>(RGBFloat& value) { return ReadFloatComposite(value); }
-VarnStream& VarnStream::operator<<(const Matrix33& value) { return WriteFloatComposite(value); }
-VarnStream& VarnStream::operator>>(Matrix33& value) { return ReadFloatComposite(value); }
-VarnStream& VarnStream::operator<<(const Matrix34& value) { return WriteFloatComposite(value); }
-VarnStream& VarnStream::operator>>(Matrix34& value) { return ReadFloatComposite(value); }
-VarnStream& VarnStream::operator<<(const Matrix44& value) { return WriteFloatComposite(value); }
-VarnStream& VarnStream::operator>>(Matrix44& value) { return ReadFloatComposite(value); }
+VarnStream& VarnStream::operator<<(const Vector2& value) {
+    return WriteFloatComposite(value);
+}
+VarnStream& VarnStream::operator>>(Vector2& value) {
+    return ReadFloatComposite(value);
+}
+VarnStream& VarnStream::operator<<(const Vector& value) {
+    return WriteFloatComposite(value);
+}
+VarnStream& VarnStream::operator>>(Vector& value) {
+    return ReadFloatComposite(value);
+}
+VarnStream& VarnStream::operator<<(const Rotate& value) {
+    return WriteFloatComposite(value);
+}
+VarnStream& VarnStream::operator>>(Rotate& value) {
+    return ReadFloatComposite(value);
+}
+VarnStream& VarnStream::operator<<(const Vector4& value) {
+    return WriteFloatComposite(value);
+}
+VarnStream& VarnStream::operator>>(Vector4& value) {
+    return ReadFloatComposite(value);
+}
+VarnStream& VarnStream::operator<<(const Quaternion& value) {
+    return WriteFloatComposite(value);
+}
+VarnStream& VarnStream::operator>>(Quaternion& value) {
+    return ReadFloatComposite(value);
+}
+VarnStream& VarnStream::operator<<(const RGBFloat& value) {
+    return WriteFloatComposite(value);
+}
+VarnStream& VarnStream::operator>>(RGBFloat& value) {
+    return ReadFloatComposite(value);
+}
+VarnStream& VarnStream::operator<<(const Matrix33& value) {
+    return WriteFloatComposite(value);
+}
+VarnStream& VarnStream::operator>>(Matrix33& value) {
+    return ReadFloatComposite(value);
+}
+VarnStream& VarnStream::operator<<(const Matrix34& value) {
+    return WriteFloatComposite(value);
+}
+VarnStream& VarnStream::operator>>(Matrix34& value) {
+    return ReadFloatComposite(value);
+}
+VarnStream& VarnStream::operator<<(const Matrix44& value) {
+    return WriteFloatComposite(value);
+}
+VarnStream& VarnStream::operator>>(Matrix44& value) {
+    return ReadFloatComposite(value);
+}
 
-// ---- composites of integers ---------------------------------------------------------------------------------
+// ---- composites of integers
+// ---------------------------------------------------------------------------------
 
 // Components in member order, one " " between them in text.
 template <class T> static void WriteComponents(VarnStream& stream, const T* values, int count) {
@@ -402,7 +474,8 @@ VarnStream& VarnStream::operator>>(PatchID& value) {
     return *this;
 }
 
-// ---- times ------------------------------------------------------------------------------------------------------
+// ---- times
+// ------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -519,9 +592,12 @@ VarnStream& VarnStream::operator<<(const TimeRange& value) {
     return *this << value.end;
 }
 
-VarnStream& VarnStream::operator>>(TimeRange& value) { return *this >> value.start >> value.end; }
+VarnStream& VarnStream::operator>>(TimeRange& value) {
+    return *this >> value.start >> value.end;
+}
 
-// ---- dates --------------------------------------------------------------------------------------------------------
+// ---- dates
+// --------------------------------------------------------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(const COleDateTime& value) {
     *this << static_cast<int>(value.m_status);

@@ -133,7 +133,8 @@ void MemoryStream::ReadVarnMarker() {
     }
 }
 
-// ---- the block -------------------------------------------------------------------------------------
+// ---- the block
+// -------------------------------------------------------------------------------------
 
 void MemoryStream::Reserve(unsigned long long needed) {
     if (needed <= m_block.capacity)
@@ -173,20 +174,33 @@ void MemoryStream::Assign(const void* data, unsigned long long length) {
     m_block.length = length;
 }
 
-// ---- the transport --------------------------------------------------------------------------------
+// ---- the transport
+// --------------------------------------------------------------------------------
 
 unsigned long long MemoryStream::ReadC(void* buffer, unsigned long long count) {
-    const unsigned long long available = m_block.position < m_block.length ? m_block.length - m_block.position : 0;
+    const unsigned long long available =
+        m_block.position < m_block.length ? m_block.length - m_block.position : 0;
     const unsigned long long n = std::min(count, available);
     const unsigned char* from = m_block.data + m_block.position;
     // The values' sizes get a copy of their own size; anything else the general copy.
     switch (n) {
-    case 0: return 0;
-    case 1: std::memcpy(buffer, from, 1); break;
-    case 2: std::memcpy(buffer, from, 2); break;
-    case 4: std::memcpy(buffer, from, 4); break;
-    case 8: std::memcpy(buffer, from, 8); break;
-    default: std::memcpy(buffer, from, static_cast<std::size_t>(n)); break;
+    case 0:
+        return 0;
+    case 1:
+        std::memcpy(buffer, from, 1);
+        break;
+    case 2:
+        std::memcpy(buffer, from, 2);
+        break;
+    case 4:
+        std::memcpy(buffer, from, 4);
+        break;
+    case 8:
+        std::memcpy(buffer, from, 8);
+        break;
+    default:
+        std::memcpy(buffer, from, static_cast<std::size_t>(n));
+        break;
     }
     m_block.position += n;
     return n;
@@ -211,7 +225,9 @@ void MemoryStream::Write(const void* data, unsigned long long count) {
 
 void MemoryStream::Flush() {}
 
-void MemoryStream::Close() { UnInitProgress(); }
+void MemoryStream::Close() {
+    UnInitProgress();
+}
 
 void MemoryStream::Seek(long long offset, SeekMode mode) {
     const auto step = static_cast<unsigned long long>(offset);
@@ -228,7 +244,8 @@ void MemoryStream::Seek(long long offset, SeekMode mode) {
     }
 }
 
-// ---- lines and tokens ----------------------------------------------------------------------------
+// ---- lines and tokens
+// ----------------------------------------------------------------------------
 
 unsigned long long MemoryStream::LineEnd() const {
     if (IsBinary())
@@ -261,7 +278,9 @@ bool MemoryStream::ReadLine(String& line) {
     return true;
 }
 
-void MemoryStream::ParseString(String& out) { VarnStream::ParseString(out); }
+void MemoryStream::ParseString(String& out) {
+    VarnStream::ParseString(out);
+}
 
 void MemoryStream::ParseToken(char* out, char delimiter) {
     const unsigned long long start = std::min(m_block.position, m_block.length);
@@ -326,12 +345,17 @@ bool MemoryStream::IsHeaderAtByte(unsigned long long at, bool anyVersion) const 
         std::memcpy(&word, m_block.data + at, sizeof word);
         return (word & kHeaderTokenBit) != 0;
     }
-    return at < m_block.length && IsHeaderBracket(static_cast<char>(m_block.data[at]), m_version, anyVersion);
+    return at < m_block.length &&
+           IsHeaderBracket(static_cast<char>(m_block.data[at]), m_version, anyVersion);
 }
 
-bool MemoryStream::IsHeader() { return IsHeaderAtByte(m_block.position, false); }
+bool MemoryStream::IsHeader() {
+    return IsHeaderAtByte(m_block.position, false);
+}
 
-bool MemoryStream::IsHeaderAt0() { return IsHeaderAtByte(0, false); }
+bool MemoryStream::IsHeaderAt0() {
+    return IsHeaderAtByte(0, false);
+}
 
 bool MemoryStream::IsHeaderFromAnyVersion() {
     if (IsAscii())
@@ -366,11 +390,13 @@ bool MemoryStream::IsEndHeaderAt0() {
     return m_block.length >= 2 && std::memcmp(m_block.data, "</", 2) == 0;
 }
 
-// ---- progress and side information ---------------------------------------------------------------
+// ---- progress and side information
+// ---------------------------------------------------------------
 
 void MemoryStream::SetStatusMeter() {
     if (m_block.position >= m_nextMeterPosition && m_meterStep != 0) {
-        StatusMessage::SetProgress(static_cast<int>(m_block.position / static_cast<unsigned>(m_meterStep)));
+        StatusMessage::SetProgress(
+            static_cast<int>(m_block.position / static_cast<unsigned>(m_meterStep)));
         m_nextMeterPosition += static_cast<unsigned>(m_meterStep);
     }
 }

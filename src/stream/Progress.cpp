@@ -22,7 +22,9 @@ String LoadingMessage(const String& path) {
     return message;
 }
 
-const char* TextOf(const String& text) { return text.Get() != nullptr ? text.Get() : ""; }
+const char* TextOf(const String& text) {
+    return text.Get() != nullptr ? text.Get() : "";
+}
 
 } // namespace
 

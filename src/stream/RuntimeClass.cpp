@@ -36,7 +36,8 @@ void RuntimeClassList::Add(const RuntimeClass& runtimeClass) {
 
 void RuntimeClassList::Remove(const RuntimeClass& runtimeClass) {
     fileio::platform::MutexGuard guard(RegistryLock());
-    m_classes.erase(std::remove(m_classes.begin(), m_classes.end(), &runtimeClass), m_classes.end());
+    m_classes.erase(std::remove(m_classes.begin(), m_classes.end(), &runtimeClass),
+                    m_classes.end());
 }
 
 const RuntimeClass* RuntimeClassList::Find(const char* name, unsigned long long length) const {

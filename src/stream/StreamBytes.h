@@ -29,11 +29,17 @@ inline constexpr float kAngleVersion = 13.0f;
 inline constexpr float kUnknownVersion = 5.0f;
 
 /// " ", "\t", "\n" or "\r": the bytes between text tokens.
-constexpr bool IsTokenSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+constexpr bool IsTokenSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 /// " " or "\t".
-constexpr bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+constexpr bool IsBlank(char c) {
+    return c == ' ' || c == '\t';
+}
 /// "\n" or "\r".
-constexpr bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
+constexpr bool IsLineEnd(char c) {
+    return c == '\n' || c == '\r';
+}
 
 /// The opening bracket of a header in the text generation of `version`; with anyVersion,
 /// while the version is not yet known, both brackets count.

@@ -168,7 +168,8 @@ VarnStream& VarnStream::operator>>(Label& label) {
     return *this;
 }
 
-// ---- peeking -------------------------------------------------------------------------------------
+// ---- peeking
+// -------------------------------------------------------------------------------------
 
 bool VarnStream::PeekWord(unsigned int& word) {
     char scratch[sizeof word];
@@ -212,7 +213,8 @@ bool VarnStream::IsLabel() {
     return c == '=';
 }
 
-// ---- skipping ---------------------------------------------------------------------------------------
+// ---- skipping
+// ---------------------------------------------------------------------------------------
 
 bool VarnStream::SkipHeader(const Header& header) {
     return IsBinary() ? SkipHeaderBinary(header) : SkipHeaderText(header);
@@ -261,8 +263,8 @@ bool VarnStream::SkipHeaderBinary(const Header& header) {
         unsigned int word;
         if (!PeekWord(word) || (word & kHeaderTokenBit) == 0)
             continue;
-        const bool match = pluginProperties ? word == kPluginPropertiesWord
-                                             : HeaderIdOfWord(word) == wanted;
+        const bool match =
+            pluginProperties ? word == kPluginPropertiesWord : HeaderIdOfWord(word) == wanted;
         if (match) {
             Header token;
             *this >> token;

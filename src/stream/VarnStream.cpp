@@ -15,7 +15,9 @@ using namespace fileio::detail;
 
 VarnStream::VarnStream() = default;
 
-VarnStream::~VarnStream() { UnInitProgress(); }
+VarnStream::~VarnStream() {
+    UnInitProgress();
+}
 
 bool VarnStream::IsFailed() {
     const bool failed = (m_mode & FM_FAILED) != 0;
@@ -23,18 +25,26 @@ bool VarnStream::IsFailed() {
     return failed;
 }
 
-void* VarnStream::operator new(std::size_t size) { return PlatformAlloc(size); }
+void* VarnStream::operator new(std::size_t size) {
+    return PlatformAlloc(size);
+}
 
-void VarnStream::operator delete(void* p) noexcept { PlatformFree(p); }
+void VarnStream::operator delete(void* p) noexcept {
+    PlatformFree(p);
+}
 
-VarnStream* VarnStream::GetInfoStream() { return this; }
+VarnStream* VarnStream::GetInfoStream() {
+    return this;
+}
 
 // ---- the byte-by-byte token readers ---------------------------------------------------------
 // Written with ReadC, Seek and GetPos only, for transports without a faster way.
 
 namespace {
 
-bool ReadByte(VarnStream& stream, char& c) { return stream.ReadC(&c, 1) == 1; }
+bool ReadByte(VarnStream& stream, char& c) {
+    return stream.ReadC(&c, 1) == 1;
+}
 
 /// Skips the bytes for which `skip` holds; the first other byte is read again next.
 template <class Predicate> unsigned long long SkipBytes(VarnStream& stream, Predicate skip) {
@@ -256,12 +266,24 @@ VarnStream& WriteSeparator(VarnStream& stream, char separator, bool alsoBinary) 
 
 } // namespace
 
-VarnStream& nl(VarnStream& stream) { return WriteSeparator(stream, '\n', false); }
-VarnStream& nlb(VarnStream& stream) { return nl(stream); }
-VarnStream& sp(VarnStream& stream) { return WriteSeparator(stream, ' ', false); }
-VarnStream& spb(VarnStream& stream) { return WriteSeparator(stream, ' ', true); }
-VarnStream& tab(VarnStream& stream) { return WriteSeparator(stream, '\t', false); }
-VarnStream& tabb(VarnStream& stream) { return WriteSeparator(stream, '\t', true); }
+VarnStream& nl(VarnStream& stream) {
+    return WriteSeparator(stream, '\n', false);
+}
+VarnStream& nlb(VarnStream& stream) {
+    return nl(stream);
+}
+VarnStream& sp(VarnStream& stream) {
+    return WriteSeparator(stream, ' ', false);
+}
+VarnStream& spb(VarnStream& stream) {
+    return WriteSeparator(stream, ' ', true);
+}
+VarnStream& tab(VarnStream& stream) {
+    return WriteSeparator(stream, '\t', false);
+}
+VarnStream& tabb(VarnStream& stream) {
+    return WriteSeparator(stream, '\t', true);
+}
 
 // ---- class identities ---------------------------------------------------------------------------
 
@@ -294,11 +316,14 @@ void VarnStream::StoreRuntimeClass(const RuntimeClass& runtimeClass) {
     PutBytes(runtimeClass.name, counted);
 }
 
-// ---- the shared scratch token ---------------------------------------------------------------------
+// ---- the shared scratch token
+// ---------------------------------------------------------------------
 
 String& fileio::detail::FileToken() {
     static String token;
     return token;
 }
 
-void FreeVarnFileToken() { FileToken() = String(); }
+void FreeVarnFileToken() {
+    FileToken() = String();
+}

@@ -79,13 +79,9 @@ TEST(MemoryStream, GrowsByAtLeast32768BytesOrTheWrite) {
         unsigned long long capacity;
     };
     const Row rows[] = {
-        {{1}, 32768},
-        {{40000}, 40000},
-        {{32768}, 32768},
-        {{32768, 1}, 65536},
+        {{1}, 32768},          {{40000}, 40000}, {{32768}, 32768}, {{32768, 1}, 65536},
         {{40000, 1}, 80000}, // never less than the capacity held: doubling
-        {{1, 100000}, 132768},
-        {{0}, 0},
+        {{1, 100000}, 132768}, {{0}, 0},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.writes.size() * 1000 + row.writes.back());
@@ -118,7 +114,7 @@ TEST(MemoryStream, SeekModes) {
         unsigned long long expected;
     };
     const Row rows[] = {
-        {10, SM_END, 90},   {0, SM_END, 100}, {7, SM_BEGIN, 7},
+        {10, SM_END, 90},    {0, SM_END, 100},     {7, SM_BEGIN, 7},
         {5, SM_CURRENT, 35}, {-5, SM_CURRENT, 25}, {150, SM_BEGIN, 150},
     };
     for (const Row& row : rows) {
@@ -240,10 +236,14 @@ TEST(MemoryStream, EndHeaderAt0KeepsItsOwnSpelling) {
         bool expected;
     };
     const Row rows[] = {
-        {5.0f, "[EndMODELFILE]", true}, {5.0f, "[ENDMODELFILE]", false},
-        {5.0f, "[End", true},           {5.0f, "[En", false},
-        {13.0f, "</MODELFILE>", true},  {13.0f, "<MODELFILE>", false},
-        {13.0f, "</", true},            {13.0f, "<", false},
+        {5.0f, "[EndMODELFILE]", true},
+        {5.0f, "[ENDMODELFILE]", false},
+        {5.0f, "[End", true},
+        {5.0f, "[En", false},
+        {13.0f, "</MODELFILE>", true},
+        {13.0f, "<MODELFILE>", false},
+        {13.0f, "</", true},
+        {13.0f, "<", false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.data);

@@ -19,7 +19,9 @@ using fileio::platform::ScopedServices;
 
 namespace {
 
-void* MakeNothing() { return nullptr; }
+void* MakeNothing() {
+    return nullptr;
+}
 
 } // namespace
 
@@ -132,8 +134,8 @@ TEST(StreamBitmaps, InfoCarriesItsColourTable) {
         unsigned int colors;
     };
     const Row rows[] = {
-        {"1 bit", 1, 0, 2},      {"4 bits", 4, 0, 16},   {"8 bits", 8, 0, 256},
-        {"24 bits", 24, 0, 0},   {"8 bits, 3 used", 8, 3, 3}, {"32 bits, 1 used", 32, 1, 1},
+        {"1 bit", 1, 0, 2},    {"4 bits", 4, 0, 16},        {"8 bits", 8, 0, 256},
+        {"24 bits", 24, 0, 0}, {"8 bits, 3 used", 8, 3, 3}, {"32 bits, 1 used", 32, 1, 1},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -161,7 +163,8 @@ TEST(StreamBitmaps, InfoCarriesItsColourTable) {
             EXPECT_TRUE(reader.VirtualEof());
             const std::size_t used = 40 + 4 * row.colors;
             EXPECT_TRUE(std::equal(back.begin(), back.begin() + used, block.begin()));
-            EXPECT_TRUE(std::all_of(back.begin() + used, back.end(), [](unsigned char b) { return b == 0; }));
+            EXPECT_TRUE(std::all_of(back.begin() + used, back.end(),
+                                    [](unsigned char b) { return b == 0; }));
         }
     }
 }
@@ -183,7 +186,8 @@ TEST(StreamBitmaps, ATableOfMoreThan256ColoursIsRefused) {
     EXPECT_EQ(reader.GetPos(), 40u);
 }
 
-// ---- icons ---------------------------------------------------------------------------------------
+// ---- icons
+// ---------------------------------------------------------------------------------------
 
 namespace {
 
@@ -230,7 +234,8 @@ TEST(StreamIcons, AnIconIsItsColourImageAndMask) {
                                     "10 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00";
     const std::string maskHeader = "28 00 00 00 02 00 00 00 02 00 00 00 01 00 01 00 00 00 00 00 "
                                    "08 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00";
-    EXPECT_EQ(Hex(Bytes(binary)), colorHeader + " 01 11 21 31 41 51 61 71 81 91 A1 B1 C1 D1 E1 F1 " +
+    EXPECT_EQ(Hex(Bytes(binary)), colorHeader +
+                                      " 01 11 21 31 41 51 61 71 81 91 A1 B1 C1 D1 E1 F1 " +
                                       maskHeader + " 00 00 00 00 80 00 00 00");
     EXPECT_EQ(Bytes(text), "40 2 2 1 32 0 16 0 0 0 0 1 17 33 49 65 81 97 113 129 145 161 177 193 "
                            "209 225 241 40 2 2 1 1 0 8 0 0 0 0 0 0 0 0 128 0 0 0");

@@ -42,9 +42,12 @@ TEST(StreamCore, EachModeBitHasItsAccessor) {
         bool (MemoryStream::*test)() const;
     };
     const Row rows[] = {
-        {FM_LOADING, &MemoryStream::IsLoading},   {FM_BINARY, &MemoryStream::IsBinary},
-        {FM_BYTESWAP, &MemoryStream::IsByteSwap}, {FM_APPEND, &MemoryStream::IsAppend},
-        {FM_VARN, &MemoryStream::IsVarn},         {FM_DONTASK, &MemoryStream::IsDontAsk},
+        {FM_LOADING, &MemoryStream::IsLoading},
+        {FM_BINARY, &MemoryStream::IsBinary},
+        {FM_BYTESWAP, &MemoryStream::IsByteSwap},
+        {FM_APPEND, &MemoryStream::IsAppend},
+        {FM_VARN, &MemoryStream::IsVarn},
+        {FM_DONTASK, &MemoryStream::IsDontAsk},
         {FM_DONTPROGRESS, &MemoryStream::IsDontProgress},
     };
     for (const Row& row : rows) {
@@ -78,8 +81,8 @@ TEST(StreamCore, ManipulatorsWriteTheirSeparatorByForm) {
         const char* binary;
     };
     const Row rows[] = {
-        {"nl", &nl, "\n", ""},    {"nlb", &nlb, "\n", ""}, {"sp", &sp, " ", ""},
-        {"spb", &spb, " ", " "},  {"tab", &tab, "\t", ""}, {"tabb", &tabb, "\t", "\t"},
+        {"nl", &nl, "\n", ""},   {"nlb", &nlb, "\n", ""}, {"sp", &sp, " ", ""},
+        {"spb", &spb, " ", " "}, {"tab", &tab, "\t", ""}, {"tabb", &tabb, "\t", "\t"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -156,11 +159,11 @@ TEST(StreamCore, ParseTokenSkipsBlanksAroundTheTokenAndTellsTheLineEnd) {
     };
     const std::string data = "  alpha  beta\r\n\n  gamma\t\n\r  delta";
     const Expected expected[] = {
-        {"alpha", false, 9}, {"beta", true, 16}, {"gamma", true, 26}, {"delta", false, 33},
-        {"", false, 33},
+        {"alpha", false, 9},  {"beta", true, 16}, {"gamma", true, 26},
+        {"delta", false, 33}, {"", false, 33},
     };
     for (bool byteWise : {false, true}) {
-            auto stream = Transport(byteWise);
+        auto stream = Transport(byteWise);
         SCOPED_TRACE(TransportName(byteWise));
         Load(*stream, data);
         for (const Expected& e : expected) {
@@ -178,7 +181,7 @@ TEST(StreamCore, ParseTokenSkipsBlanksAroundTheTokenAndTellsTheLineEnd) {
 TEST(StreamCore, ParseTokenAfterALineEndStopsAtBlanksOfTheNextLine) {
     // After the line end only CR and LF are skipped, not the blanks that follow them.
     for (bool byteWise : {false, true}) {
-            auto stream = Transport(byteWise);
+        auto stream = Transport(byteWise);
         SCOPED_TRACE(TransportName(byteWise));
         Load(*stream, "one\n  two");
         String token;
@@ -235,7 +238,7 @@ TEST(StreamCore, ReadLineKeepsEachLineWithItsLineEnd) {
     const std::string data = "a\r\nb\rc\n\nd";
     const std::vector<std::string> expected = {"a\r\n", "b\r", "c\n", "\n", "d"};
     for (bool byteWise : {false, true}) {
-            auto stream = Transport(byteWise);
+        auto stream = Transport(byteWise);
         SCOPED_TRACE(TransportName(byteWise));
         Load(*stream, data);
         MemoryStream line;
@@ -256,7 +259,7 @@ TEST(StreamCore, ReadLineKeepsEachLineWithItsLineEnd) {
 
 TEST(StreamCore, BinaryLinesAreTokenWords) {
     for (bool byteWise : {false, true}) {
-            auto stream = Transport(byteWise);
+        auto stream = Transport(byteWise);
         SCOPED_TRACE(TransportName(byteWise));
         Load(*stream, "0123456789", FM_BINARY);
         MemoryStream line;
@@ -281,7 +284,7 @@ TEST(StreamCore, WriteLineCountsInBinaryWhateverTheCountSwitchSays) {
 
 TEST(StreamCore, StringTokenInTextIsOneTokenWithoutQuoting) {
     for (bool byteWise : {false, true}) {
-            auto stream = Transport(byteWise);
+        auto stream = Transport(byteWise);
         SCOPED_TRACE(TransportName(byteWise));
         Load(*stream, "  \"two words\"\nnext");
         String value;

@@ -22,7 +22,8 @@ namespace {
 /// back and checks that the value read writes the same bytes again (the binary form is the
 /// value's exact image, so this is equality for every type, floats included).
 template <class T>
-void ExpectForms(const char* name, const T& value, const std::string& text, const std::string& hex) {
+void ExpectForms(const char* name, const T& value, const std::string& text,
+                 const std::string& hex) {
     SCOPED_TRACE(name);
     MemoryStream textStream, binaryStream;
     Store(textStream, false);
@@ -140,7 +141,7 @@ TEST(StreamEncoding, CTimeKeepsTheLow32BitsInBinary) {
 TEST(StreamEncoding, TextNumbersReadAsTheRuntimeConversionsDo) {
     struct Row {
         const char* token;
-        long long asInt;            // int, long, short etc. through a 32-bit strtol
+        long long asInt;                   // int, long, short etc. through a 32-bit strtol
         unsigned long long asUnsignedLong; // a 32-bit strtoul
         long long asLongLong;
         short asShort;
@@ -212,12 +213,28 @@ TEST(StreamEncoding, TextFloatsReadAsStrtofAndStrtod) {
 }
 
 TEST(StreamEncoding, FloatTextRoundTripsEveryBit) {
-    const float floats[] = {0.1f,          1.0f,           -0.0f,         1e10f,
-                            1.5e-7f,       FLT_MAX,        -FLT_MAX,      FLT_MIN,
-                            1e-45f,        123456789.0f,   3.14159274f,   -1e-38f,
+    const float floats[] = {0.1f,
+                            1.0f,
+                            -0.0f,
+                            1e10f,
+                            1.5e-7f,
+                            FLT_MAX,
+                            -FLT_MAX,
+                            FLT_MIN,
+                            1e-45f,
+                            123456789.0f,
+                            3.14159274f,
+                            -1e-38f,
                             std::numeric_limits<float>::infinity()};
-    const double doubles[] = {0.1, 1e-5, DBL_MAX, DBL_MIN, 5e-324, -0.0, 1.0 / 3.0,
-                              2.718281828459045, -std::numeric_limits<double>::infinity()};
+    const double doubles[] = {0.1,
+                              1e-5,
+                              DBL_MAX,
+                              DBL_MIN,
+                              5e-324,
+                              -0.0,
+                              1.0 / 3.0,
+                              2.718281828459045,
+                              -std::numeric_limits<double>::infinity()};
     MemoryStream stream;
     Store(stream, false);
     for (float f : floats)
@@ -251,9 +268,9 @@ TEST(StreamEncoding, BoolTokens) {
         bool expected;
     };
     const Row rows[] = {
-        {"TRUE", true}, {"true", true},   {"On", true},   {"1", true},    {"oN", true},
-        {"yes", false}, {"2", false},     {"FALSE", false}, {"0", false}, {"truee", false},
-        {"01", false},  {"off", false},
+        {"TRUE", true}, {"true", true},   {"On", true},  {"1", true},
+        {"oN", true},   {"yes", false},   {"2", false},  {"FALSE", false},
+        {"0", false},   {"truee", false}, {"01", false}, {"off", false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.token);
@@ -325,8 +342,8 @@ TEST(StreamEncoding, CharacterPointerFormsAreNeverEscaped) {
 }
 
 TEST(StreamEncoding, StringsRoundTripInBinary) {
-    const std::string values[] = {"Bone", "A&B", "a b", "", "x&#38;y", "\t\n\r",
-                                  std::string(65535, 'z')};
+    const std::string values[] = {
+        "Bone", "A&B", "a b", "", "x&#38;y", "\t\n\r", std::string(65535, 'z')};
     MemoryStream stream;
     Store(stream, true);
     for (const std::string& value : values)
@@ -443,18 +460,18 @@ TEST(StreamEncoding, TimeTextReading) {
         long long ticks;
     };
     const Row rows[] = {
-        {"45", 45},            // 30 or more without a ".": raw ticks
-        {"15", 67500},         // below 30: frames
-        {"15.0", 67500},       // with a ".": frames and ticks
+        {"45", 45},      // 30 or more without a ".": raw ticks
+        {"15", 67500},   // below 30: frames
+        {"15.0", 67500}, // with a ".": frames and ticks
         {"29", 130500},
         {"30", 30},
-        {"1:0", 135000},       // the 0 is the frame field, the 1 the seconds
+        {"1:0", 135000}, // the 0 is the frame field, the 1 the seconds
         {"1.1", 4501},
         {"-1", -4500},
         {"1:0:1", 8104500},
-        {"1:45", 135045},      // 45 is raw ticks; the 1 stays seconds
-        {"1:2:3.4", 8383504},  // ((1 x 60 + 2) x 30 + 3) x 4500 + 4
-        {"9:1:2:3", 8383500},  // only the last three fields count
+        {"1:45", 135045},     // 45 is raw ticks; the 1 stays seconds
+        {"1:2:3.4", 8383504}, // ((1 x 60 + 2) x 30 + 3) x 4500 + 4
+        {"9:1:2:3", 8383500}, // only the last three fields count
         {"45.3", 202503},
         {"-1:0:1", -8104500},
         {"", 0}, // no token on the line: the next line's "next" is read, and is no number
@@ -472,9 +489,20 @@ TEST(StreamEncoding, TimeTextReading) {
 }
 
 TEST(StreamEncoding, TimesRoundTripInBothForms) {
-    const long long ticks[] = {0,       1,        4499,       4500,        4501,
-                               134999,  135000,   8099999,    8100000,     -1,
-                               -4501,   1000000000007LL, Time::MaxTicks - 1, Time::MinTicks + 1,
+    const long long ticks[] = {0,
+                               1,
+                               4499,
+                               4500,
+                               4501,
+                               134999,
+                               135000,
+                               8099999,
+                               8100000,
+                               -1,
+                               -4501,
+                               1000000000007LL,
+                               Time::MaxTicks - 1,
+                               Time::MinTicks + 1,
                                -8104501};
     for (bool binary : {false, true}) {
         SCOPED_TRACE(binary ? "binary" : "text");

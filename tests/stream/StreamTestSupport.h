@@ -63,6 +63,8 @@ inline std::unique_ptr<VarnStream> Transport(bool byteWise) {
     return std::make_unique<MemoryStream>();
 }
 
-inline const char* TransportName(bool byteWise) { return byteWise ? "byte-wise" : "memory"; }
+inline const char* TransportName(bool byteWise) {
+    return byteWise ? "byte-wise" : "memory";
+}
 
 } // namespace streamtest

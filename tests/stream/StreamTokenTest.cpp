@@ -90,10 +90,11 @@ TEST(StreamTokens, TokenWritersUseAngleBracketsAndIdBits) {
         {"header", [](VarnStream& s) { s << Header(kMesh); }, "<MESH>", "4F 01 00 80"},
         {"end header", [](VarnStream& s) { s << EndHeader(kMesh); }, "</MESH>", "4F 01 00 A0"},
         {"label", [](VarnStream& s) { s << Label(kName); }, "Name=", "A7 0F 00 40"},
-        {"label word as header", [](VarnStream& s) { s << Header(kPluginProperties, "Plugin Properties"); },
+        {"label word as header",
+         [](VarnStream& s) { s << Header(kPluginProperties, "Plugin Properties"); },
          "<Plugin Properties>", "85 0A 00 80"},
-        {"unknown label", [](VarnStream& s) { s << Label("NoSuchLabel"); }, "NoSuchLabel=",
-         "FF FF FF FF"},
+        {"unknown label", [](VarnStream& s) { s << Label("NoSuchLabel"); },
+         "NoSuchLabel=", "FF FF FF FF"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -310,15 +311,14 @@ namespace {
 
 /// A model section (whose header the caller has read) with a nested model section inside a
 /// mesh, then one more label after the section's end.
-const char* const kNestedText =
-    "<MESH>\n"
-    "<MODELFILE>\n"
-    "Active=TRUE\n"
-    "</MODELFILE>\n"
-    "  </MODELFILE>\n" // indented: not a header line
-    "</MESH>\n"
-    "</modelfile>\n" // the end word matches ignoring case
-    "Name=after\n";
+const char* const kNestedText = "<MESH>\n"
+                                "<MODELFILE>\n"
+                                "Active=TRUE\n"
+                                "</MODELFILE>\n"
+                                "  </MODELFILE>\n" // indented: not a header line
+                                "</MESH>\n"
+                                "</modelfile>\n" // the end word matches ignoring case
+                                "Name=after\n";
 
 } // namespace
 
@@ -382,8 +382,8 @@ TEST(StreamTokens, SkipHeaderInBinaryFindsAnEndHiddenInValueBytes) {
     // The scan goes byte by byte, so an end word that begins inside a value is taken.
     MemoryStream writer;
     Store(writer, true);
-    writer << Label(kName) << static_cast<unsigned char>(7)
-           << static_cast<unsigned int>(0xA0000150) << Label(kName);
+    writer << Label(kName) << static_cast<unsigned char>(7) << static_cast<unsigned int>(0xA0000150)
+           << Label(kName);
     MemoryStream stream;
     Load(stream, Bytes(writer), FM_BINARY);
     EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));

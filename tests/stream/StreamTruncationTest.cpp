@@ -22,47 +22,111 @@ constexpr int kModelFile = 336, kMesh = 335;
 /// The labels of the sample files and the kind of value each carries.
 const std::map<int, Kind>& Schema() {
     static const std::map<int, Kind> schema = {
-        {4007, Kind::Text},  {4046, Kind::Bool},   {4702, Kind::Vector}, {1837, Kind::Time},
+        {4007, Kind::Text},   {4046, Kind::Bool},  {4702, Kind::Vector}, {1837, Kind::Time},
         {4024, Kind::Matrix}, {4028, Kind::Float}, {4011, Kind::Double}, {4010, Kind::Int},
-        {4023, Kind::Range}, {4020, Kind::Color},  {4041, Kind::Date},
+        {4023, Kind::Range},  {4020, Kind::Color}, {4041, Kind::Date},
     };
     return schema;
 }
 
 void WriteValue(VarnStream& stream, Kind kind, int seed) {
     switch (kind) {
-    case Kind::Bool: stream << (seed % 2 == 0); break;
-    case Kind::Int: stream << -seed * 1000; break;
-    case Kind::Float: stream << seed * 0.1f; break;
-    case Kind::Double: stream << seed / 3.0; break;
-    case Kind::Text: stream << String(seed % 2 == 0 ? "robot&arm" : "x"); break;
-    case Kind::Vector: stream << Vector{1.5f, -2.0f, static_cast<float>(seed)}; break;
+    case Kind::Bool:
+        stream << (seed % 2 == 0);
+        break;
+    case Kind::Int:
+        stream << -seed * 1000;
+        break;
+    case Kind::Float:
+        stream << seed * 0.1f;
+        break;
+    case Kind::Double:
+        stream << seed / 3.0;
+        break;
+    case Kind::Text:
+        stream << String(seed % 2 == 0 ? "robot&arm" : "x");
+        break;
+    case Kind::Vector:
+        stream << Vector{1.5f, -2.0f, static_cast<float>(seed)};
+        break;
     case Kind::Matrix: {
         Matrix44 m;
         m.row[0].x = m.row[1].y = m.row[2].z = m.row[3].w = -2.0f;
         stream << m;
         break;
     }
-    case Kind::Time: stream << Time(static_cast<long long>(seed) * 4501); break;
-    case Kind::Range: stream << TimeRange{Time(4500LL), Time(8104500LL + seed)}; break;
-    case Kind::Color: stream << ColorBuf{10, 20, 30, static_cast<unsigned char>(seed)}; break;
-    case Kind::Date: stream << COleDateTime{45000.25 + seed, COleDateTime::valid}; break;
+    case Kind::Time:
+        stream << Time(static_cast<long long>(seed) * 4501);
+        break;
+    case Kind::Range:
+        stream << TimeRange{Time(4500LL), Time(8104500LL + seed)};
+        break;
+    case Kind::Color:
+        stream << ColorBuf{10, 20, 30, static_cast<unsigned char>(seed)};
+        break;
+    case Kind::Date:
+        stream << COleDateTime{45000.25 + seed, COleDateTime::valid};
+        break;
     }
 }
 
 void ReadValue(VarnStream& stream, Kind kind) {
     switch (kind) {
-    case Kind::Bool: { bool v; stream >> v; break; }
-    case Kind::Int: { int v; stream >> v; break; }
-    case Kind::Float: { float v; stream >> v; break; }
-    case Kind::Double: { double v; stream >> v; break; }
-    case Kind::Text: { String v; stream >> v; break; }
-    case Kind::Vector: { Vector v; stream >> v; break; }
-    case Kind::Matrix: { Matrix44 v; stream >> v; break; }
-    case Kind::Time: { Time v; stream >> v; break; }
-    case Kind::Range: { TimeRange v; stream >> v; break; }
-    case Kind::Color: { ColorBuf v; stream >> v; break; }
-    case Kind::Date: { COleDateTime v; stream >> v; break; }
+    case Kind::Bool: {
+        bool v;
+        stream >> v;
+        break;
+    }
+    case Kind::Int: {
+        int v;
+        stream >> v;
+        break;
+    }
+    case Kind::Float: {
+        float v;
+        stream >> v;
+        break;
+    }
+    case Kind::Double: {
+        double v;
+        stream >> v;
+        break;
+    }
+    case Kind::Text: {
+        String v;
+        stream >> v;
+        break;
+    }
+    case Kind::Vector: {
+        Vector v;
+        stream >> v;
+        break;
+    }
+    case Kind::Matrix: {
+        Matrix44 v;
+        stream >> v;
+        break;
+    }
+    case Kind::Time: {
+        Time v;
+        stream >> v;
+        break;
+    }
+    case Kind::Range: {
+        TimeRange v;
+        stream >> v;
+        break;
+    }
+    case Kind::Color: {
+        ColorBuf v;
+        stream >> v;
+        break;
+    }
+    case Kind::Date: {
+        COleDateTime v;
+        stream >> v;
+        break;
+    }
     }
 }
 
@@ -227,7 +291,8 @@ TEST(StreamTruncation, SkipsOnEveryPrefixEndAndGoBackWhenNothingIsFound) {
                     EXPECT_EQ(stream->GetPos(), after) << "prefix of " << length << " bytes";
 
                 stream->Seek(static_cast<long long>(start), SM_BEGIN);
-                const bool found = stream->SkipPast(static_cast<unsigned>(kModelFile) | 0x20000000u);
+                const bool found =
+                    stream->SkipPast(static_cast<unsigned>(kModelFile) | 0x20000000u);
                 EXPECT_EQ(found, complete) << "prefix of " << length << " bytes";
             }
         }

@@ -27,7 +27,8 @@ public:
     [[nodiscard]] const std::string& Data() const { return m_data; }
 
     unsigned long long ReadC(void* buffer, unsigned long long count) override {
-        const unsigned long long available = m_position < m_data.size() ? m_data.size() - m_position : 0;
+        const unsigned long long available =
+            m_position < m_data.size() ? m_data.size() - m_position : 0;
         const unsigned long long n = std::min(count, available);
         if (n != 0)
             std::memcpy(buffer, m_data.data() + m_position, static_cast<std::size_t>(n));
@@ -35,14 +36,16 @@ public:
         return n;
     }
     void Read(void* buffer, long count) override {
-        if (count > 0 && ReadC(buffer, static_cast<unsigned long long>(count)) != static_cast<unsigned long long>(count))
+        if (count > 0 && ReadC(buffer, static_cast<unsigned long long>(count)) !=
+                             static_cast<unsigned long long>(count))
             OnFailed();
     }
     void Write(const void* data, unsigned long long count) override {
         if (m_position > m_data.size())
             m_data.resize(static_cast<std::size_t>(m_position));
         m_data.replace(static_cast<std::size_t>(m_position),
-                       std::min<std::size_t>(static_cast<std::size_t>(count), m_data.size() - static_cast<std::size_t>(m_position)),
+                       std::min<std::size_t>(static_cast<std::size_t>(count),
+                                             m_data.size() - static_cast<std::size_t>(m_position)),
                        static_cast<const char*>(data), static_cast<std::size_t>(count));
         m_position += count;
     }

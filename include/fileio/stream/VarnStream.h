@@ -61,9 +61,9 @@
 #include "fileio/core/Vectors.h"
 #include "fileio/stream/BitmapTypes.h"
 #include "fileio/stream/DateTypes.h"
-#include "fileio/stream/Token.h"
 #include "fileio/stream/RuntimeClass.h"
 #include "fileio/stream/StreamBOOL.h"
+#include "fileio/stream/Token.h"
 
 #include <cstddef>
 #include <cstring>
@@ -100,7 +100,9 @@ constexpr FileMode operator|(FileMode a, FileMode b) {
 constexpr FileMode operator&(FileMode a, FileMode b) {
     return static_cast<FileMode>(static_cast<unsigned>(a) & static_cast<unsigned>(b));
 }
-constexpr FileMode operator~(FileMode a) { return static_cast<FileMode>(~static_cast<unsigned>(a) & 0xFFu); }
+constexpr FileMode operator~(FileMode a) {
+    return static_cast<FileMode>(~static_cast<unsigned>(a) & 0xFFu);
+}
 
 /// How Seek counts its offset.
 enum SeekMode : int {

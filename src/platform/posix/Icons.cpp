@@ -6,8 +6,12 @@ namespace fileio::platform {
 
 namespace {
 
-bool NoIconToImage(void*, IconImage&) { return false; }
-void* NoImageToIcon(const IconImage&) { return nullptr; }
+bool NoIconToImage(void*, IconImage&) {
+    return false;
+}
+void* NoImageToIcon(const IconImage&) {
+    return nullptr;
+}
 void NoDestroyIcon(void*) {}
 
 } // namespace
