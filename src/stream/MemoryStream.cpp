@@ -329,7 +329,7 @@ const char* MemoryStream::ParseScalarToken(char (&scratch)[256]) {
     } else {
         String& shared = FileToken();
         shared = String(span.begin, static_cast<int>(span.length));
-        token = shared.Get();
+        token = shared.Get() != nullptr ? shared.Get() : "";
     }
     SetStatusMeter();
     return token;

@@ -183,6 +183,31 @@ TEST(StreamEncoding, TextNumbersReadAsTheRuntimeConversionsDo) {
     }
 }
 
+TEST(StreamEncoding, TokensLongerThan255BytesAreReadWhole) {
+    // Such a token goes through the library's shared scratch token, on both transports.
+    struct Row {
+        const char* name;
+        std::string token;
+        int expected;
+    };
+    const Row rows[] = {
+        {"digits", std::string(300, '0') + "42", 42},
+        {"huge", std::string(300, '9'), INT_MAX},
+        {"NUL bytes", std::string(300, '\0'), 0},
+    };
+    for (const Row& row : rows) {
+        for (bool byteWise : {false, true}) {
+            SCOPED_TRACE(std::string(row.name) + " " + TransportName(byteWise));
+            auto stream = Transport(byteWise);
+            Load(*stream, row.token + " 7");
+            int value = -1, next = -1;
+            *stream >> value >> next;
+            EXPECT_EQ(value, row.expected);
+            EXPECT_EQ(next, 7);
+        }
+    }
+}
+
 TEST(StreamEncoding, TextFloatsReadAsStrtofAndStrtod) {
     struct Row {
         const char* token;
