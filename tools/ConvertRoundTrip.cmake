@@ -6,9 +6,10 @@ file(MAKE_DIRECTORY ${WORK_DIR})
 function(run_tool)
     execute_process(COMMAND ${EMULATOR} ${TOOL} ${ARGN}
         RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
-    message(STATUS "fileio-convert ${ARGN}\n${output}${errors}")
+    string(JOIN " " arguments ${ARGN})
+    message(STATUS "fileio-convert ${arguments}\n${output}${errors}")
     if(NOT result EQUAL 0)
-        message(FATAL_ERROR "fileio-convert ${ARGN} failed (${result})")
+        message(FATAL_ERROR "fileio-convert ${arguments} failed (${result})")
     endif()
 endfunction()
 
