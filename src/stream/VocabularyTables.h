@@ -8,13 +8,14 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace fileio::detail {
 
-/// One row of a vocabulary table.
+/// One row of a vocabulary table. The word is a literal: NUL-terminated after its view.
 struct VocabularyRow {
     std::int32_t id;
-    const char* word;
+    std::string_view word;
 };
 
 /// The 157 header words, in table order.

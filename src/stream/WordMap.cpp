@@ -12,64 +12,70 @@ WordMap::WordMap(std::span<const VocabularyRow> rows, std::uint32_t bucketCount,
       buckets_(std::make_unique<Entry*[]>(bucketCount_)),
       index_(static_cast<std::size_t>(indexSize > 0 ? indexSize : 0), nullptr) {
     for (const VocabularyRow& row : rows)
-        Put(row.word, KeyOf(row.word), row.id, false);
+        Put(row.word, row.id, false);
 }
 
-WordMap::WordKey WordMap::KeyOf(const char* word) noexcept {
+namespace {
+
+constexpr std::uint32_t SignedByte(char c) noexcept {
+    return static_cast<std::uint32_t>(static_cast<signed char>(c));
+}
+
+} // namespace
+
+std::uint32_t WordMap::BucketKey(std::string_view word) noexcept {
+    // key * 33 + byte, four bytes at a time: key * 33^4 + b0 * 33^3 + b1 * 33^2 + b2 * 33 + b3
+    // is the same number modulo 2^32, and leaves one multiply-add per four bytes in the
+    // chain that each step waits for.
+    const char* p = word.data();
+    const std::size_t size = word.size();
     std::uint32_t key = 0;
-    const char* p = word;
-    for (; *p != '\0'; ++p)
-        key = key * 33u + static_cast<std::uint32_t>(static_cast<signed char>(*p));
-    return {key, static_cast<std::size_t>(p - word)};
+    std::size_t i = 0;
+    for (; i + 4 <= size; i += 4) {
+        key = key * 1185921u + SignedByte(p[i]) * 35937u + SignedByte(p[i + 1]) * 1089u +
+              SignedByte(p[i + 2]) * 33u + SignedByte(p[i + 3]);
+    }
+    for (; i < size; ++i)
+        key = key * 33u + SignedByte(p[i]);
+    return key;
 }
 
-std::uint32_t WordMap::BucketKey(const char* word) noexcept { return KeyOf(word).key; }
-
-WordMap::Entry* WordMap::Find(const char* word, WordKey wordKey) const noexcept {
-    for (Entry* entry = buckets_[wordKey.key % bucketCount_]; entry != nullptr;
-         entry = entry->next) {
-        if (entry->key == wordKey.key && entry->length == wordKey.length &&
-            std::memcmp(entry->word, word, wordKey.length) == 0)
+WordMap::Entry* WordMap::Find(std::string_view word, std::uint32_t key) const noexcept {
+    for (Entry* entry = buckets_[key % bucketCount_]; entry != nullptr; entry = entry->next) {
+        if (entry->key == key && entry->length == word.size() &&
+            std::memcmp(entry->word, word.data(), word.size()) == 0)
             return entry;
     }
     return nullptr;
 }
 
 std::int32_t WordMap::IdOf(const char* word) const noexcept {
-    const Entry* entry = Find(word, KeyOf(word));
+    const std::string_view view(word);
+    const Entry* entry = Find(view, BucketKey(view));
     return entry != nullptr ? entry->id : -1;
 }
 
-bool WordMap::IsIndexed(std::int32_t id) const noexcept {
-    return id >= 0 && static_cast<std::size_t>(id) < index_.size();
-}
+void WordMap::SetAt(const char* word, std::int32_t id) { Put(word, id, true); }
 
-const char* WordMap::WordOf(std::int32_t id) const noexcept {
-    if (!IsIndexed(id))
-        return nullptr;
-    const Entry* entry = index_[static_cast<std::size_t>(id)];
-    return entry != nullptr ? entry->word : nullptr;
-}
-
-void WordMap::SetAt(const char* word, std::int32_t id) { Put(word, KeyOf(word), id, true); }
-
-void WordMap::Put(const char* word, WordKey wordKey, std::int32_t id, bool copyWord) {
-    Entry* entry = Find(word, wordKey);
+void WordMap::Put(std::string_view word, std::int32_t id, bool copyWord) {
+    const std::uint32_t key = BucketKey(word);
+    Entry* entry = Find(word, key);
     if (entry != nullptr) {
         const std::int32_t oldId = entry->id;
         entry->id = id;
         if (IsIndexed(oldId) && index_[static_cast<std::size_t>(oldId)] == entry)
             index_[static_cast<std::size_t>(oldId)] = AnyEntryWithId(oldId);
     } else {
+        const char* stored = word.data();
         if (copyWord) {
-            auto copy = std::make_unique<char[]>(wordKey.length + 1);
-            std::memcpy(copy.get(), word, wordKey.length);
-            word = copy.get();
+            auto copy = std::make_unique<char[]>(word.size() + 1);
+            std::memcpy(copy.get(), word.data(), word.size());
+            stored = copy.get();
             copiedWords_.push_back(std::move(copy));
         }
         entry = NewEntry();
-        Entry*& bucket = buckets_[wordKey.key % bucketCount_];
-        *entry = {bucket, word, wordKey.key, static_cast<std::uint32_t>(wordKey.length), id};
+        Entry*& bucket = buckets_[key % bucketCount_];
+        *entry = {bucket, stored, key, static_cast<std::uint32_t>(word.size()), id};
         bucket = entry;
     }
     if (IsIndexed(id))

@@ -21,7 +21,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace fileio::detail {
@@ -37,15 +39,22 @@ public:
     WordMap(const WordMap&) = delete;
     WordMap& operator=(const WordMap&) = delete;
 
-    /// The bucket key of a NUL-terminated word (see above).
-    static std::uint32_t BucketKey(const char* word) noexcept;
+    /// The bucket key of a word (see above).
+    static std::uint32_t BucketKey(std::string_view word) noexcept;
 
     /// The id of the word (NUL-terminated, not null), or -1 when the map does not hold it.
     std::int32_t IdOf(const char* word) const noexcept;
 
-    /// The word that the id index holds for id; null when id is outside the index or its
-    /// entry is empty.
-    const char* WordOf(std::int32_t id) const noexcept;
+    /// The word that the id index holds for id (NUL-terminated after the view); nothing
+    /// when id is outside the index or its entry is empty.
+    std::optional<std::string_view> WordOf(std::int32_t id) const noexcept {
+        if (!IsIndexed(id))
+            return std::nullopt;
+        const Entry* entry = index_[static_cast<std::size_t>(id)];
+        if (entry == nullptr)
+            return std::nullopt;
+        return std::string_view(entry->word, entry->length);
+    }
 
     /// Adds the word (NUL-terminated, not null; copied) with id, or gives the word the new
     /// id when the map holds it already. Then the index entry of id names this word. The
@@ -62,18 +71,13 @@ private:
         std::int32_t id;
     };
 
-    // The bucket key and length of a NUL-terminated word, found in one pass.
-    struct WordKey {
-        std::uint32_t key;
-        std::size_t length;
-    };
-    static WordKey KeyOf(const char* word) noexcept;
-
-    Entry* Find(const char* word, WordKey wordKey) const noexcept;
-    void Put(const char* word, WordKey wordKey, std::int32_t id, bool copyWord);
+    Entry* Find(std::string_view word, std::uint32_t key) const noexcept;
+    void Put(std::string_view word, std::int32_t id, bool copyWord);
     Entry* NewEntry();
     Entry* AnyEntryWithId(std::int32_t id) const noexcept;
-    bool IsIndexed(std::int32_t id) const noexcept;
+    bool IsIndexed(std::int32_t id) const noexcept {
+        return id >= 0 && static_cast<std::size_t>(id) < index_.size();
+    }
 
     std::uint32_t bucketCount_;
     std::unique_ptr<Entry*[]> buckets_;

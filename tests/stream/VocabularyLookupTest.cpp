@@ -69,7 +69,7 @@ TEST(VocabularyLookup, KnownWordsBothWays) {
 TEST(VocabularyLookup, EveryHeaderWordRoundTrips) {
     for (const VocabularyRow& row : HeaderRows()) {
         SCOPED_TRACE(row.word);
-        EXPECT_EQ(GetHeaderIDFromText(row.word), row.id);
+        EXPECT_EQ(GetHeaderIDFromText(row.word.data()), row.id);
         EXPECT_EQ(HeaderText(row.id), row.word);
         EXPECT_EQ(HeaderText(row.id | kEnd), row.word);
         EXPECT_EQ(GetHeaderStringFromID(row.id).View(), row.word);
@@ -85,9 +85,10 @@ TEST(VocabularyLookup, EveryLabelWordRoundTripsThroughTheFirstWordOfItsId) {
     };
     for (const VocabularyRow& row : LabelRows()) {
         SCOPED_TRACE(row.word);
-        const auto synonym = firstWordOf.find(row.word);
-        const std::string expected = synonym != firstWordOf.end() ? synonym->second : row.word;
-        EXPECT_EQ(GetLabelIDFromText(row.word), row.id);
+        const auto synonym = firstWordOf.find(std::string(row.word));
+        const std::string expected =
+            synonym != firstWordOf.end() ? synonym->second : std::string(row.word);
+        EXPECT_EQ(GetLabelIDFromText(row.word.data()), row.id);
         GuardedBuffer out;
         EXPECT_TRUE(GetLabelTextFromID(row.id, out.data()));
         EXPECT_TRUE(out.GuardIntact());
@@ -288,11 +289,11 @@ TEST_F(HeaderMapChanges, FirstUseFromSeveralThreadsAtOnce) {
             for (const VocabularyRow& row : HeaderRows()) {
                 char out[fileio::kTokenTextSize];
                 GetHeaderTextFromID(row.id, out);
-                mistakes[t] += GetHeaderIDFromText(row.word) != row.id;
+                mistakes[t] += GetHeaderIDFromText(row.word.data()) != row.id;
                 mistakes[t] += std::string(out) != row.word;
             }
             for (const VocabularyRow& row : LabelRows())
-                mistakes[t] += GetLabelIDFromText(row.word) != row.id;
+                mistakes[t] += GetLabelIDFromText(row.word.data()) != row.id;
         });
     }
     for (std::thread& thread : threads)

@@ -50,7 +50,7 @@ TEST(VocabularyTables, CountsAndIdRanges) {
     const auto noLabel = std::find_if(LabelRows().begin(), LabelRows().end(),
                                       [](const VocabularyRow& row) { return row.id == -2; });
     ASSERT_NE(noLabel, LabelRows().end());
-    EXPECT_STREQ(noLabel->word, "NoLabel");
+    EXPECT_EQ(noLabel->word, "NoLabel");
     EXPECT_EQ(std::count_if(LabelRows().begin(), LabelRows().end(),
                             [](const VocabularyRow& row) { return row.id < 1110; }),
               1);
@@ -61,7 +61,7 @@ TEST(VocabularyTables, WordsAndIdsAreUniqueExceptTheSixSynonyms) {
     std::set<int> headerIds;
     for (const VocabularyRow& row : HeaderRows()) {
         SCOPED_TRACE(row.word);
-        EXPECT_TRUE(headerWords.insert(row.word).second);
+        EXPECT_TRUE(headerWords.insert(std::string(row.word)).second);
         EXPECT_TRUE(headerIds.insert(row.id).second);
     }
 
@@ -69,8 +69,8 @@ TEST(VocabularyTables, WordsAndIdsAreUniqueExceptTheSixSynonyms) {
     std::map<int, std::vector<std::string>> wordsOfId;
     for (const VocabularyRow& row : LabelRows()) {
         SCOPED_TRACE(row.word);
-        EXPECT_TRUE(labelWords.insert(row.word).second);
-        wordsOfId[row.id].push_back(row.word);
+        EXPECT_TRUE(labelWords.insert(std::string(row.word)).second);
+        wordsOfId[row.id].emplace_back(row.word);
     }
     std::map<int, std::vector<std::string>> shared;
     for (const auto& [id, words] : wordsOfId) {
@@ -103,7 +103,7 @@ TEST(VocabularyTables, WordsFitATokenTextAndOnlyKnownOnesHoldOtherThanLettersAnd
     std::set<std::string> unusual;
     for (const auto rows : {HeaderRows(), LabelRows()}) {
         for (const VocabularyRow& row : rows) {
-            const std::string word = row.word;
+            const std::string word(row.word);
             SCOPED_TRACE(word);
             EXPECT_GE(word.size(), 1u);
             EXPECT_LE(word.size(), 79u);
@@ -141,7 +141,7 @@ TEST(VocabularyTables, RowsStandInTableOrder) {
     for (const Row& row : headers) {
         SCOPED_TRACE(row.word);
         ASSERT_LT(row.position, HeaderRows().size());
-        EXPECT_STREQ(HeaderRows()[row.position].word, row.word);
+        EXPECT_EQ(HeaderRows()[row.position].word, row.word);
         EXPECT_EQ(HeaderRows()[row.position].id, row.id);
     }
     const Row labels[] = {
@@ -159,7 +159,7 @@ TEST(VocabularyTables, RowsStandInTableOrder) {
     for (const Row& row : labels) {
         SCOPED_TRACE(row.word);
         ASSERT_LT(row.position, LabelRows().size());
-        EXPECT_STREQ(LabelRows()[row.position].word, row.word);
+        EXPECT_EQ(LabelRows()[row.position].word, row.word);
         EXPECT_EQ(LabelRows()[row.position].id, row.id);
     }
 }
@@ -183,7 +183,7 @@ TEST(VocabularyTables, FirstLabelRowTakesTheFirstRowOfAnId) {
             EXPECT_EQ(row, nullptr);
         } else {
             ASSERT_NE(row, nullptr);
-            EXPECT_STREQ(row->word, c.word);
+            EXPECT_EQ(row->word, c.word);
             EXPECT_EQ(row->id, c.id);
         }
     }

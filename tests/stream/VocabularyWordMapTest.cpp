@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 using fileio::detail::HeaderRows;
@@ -35,6 +36,20 @@ TEST(VocabularyWordMap, BucketKeyIsTimes33PlusTheSignedByte) {
     }
 }
 
+TEST(VocabularyWordMap, BucketKeyOfEveryLengthMatchesTheOneByteAtATimeRule) {
+    // The key is computed several bytes at a time; every length up to a token text's, with
+    // bytes on both sides of 0x80, must give what one byte at a time gives.
+    std::string word;
+    for (int length = 0; length < 80; ++length) {
+        SCOPED_TRACE(length);
+        std::uint32_t expected = 0;
+        for (char c : word)
+            expected = expected * 33u + static_cast<std::uint32_t>(static_cast<signed char>(c));
+        EXPECT_EQ(WordMap::BucketKey(word), expected);
+        word.push_back(static_cast<char>(length * 37 + 11));
+    }
+}
+
 TEST(VocabularyWordMap, WordsWithTheSameKeyAreToldApartByTheirText) {
     // "AB" and "B!" share the key 2211, so they share a bucket whatever the bucket count.
     ASSERT_EQ(WordMap::BucketKey("AB"), WordMap::BucketKey("B!"));
@@ -56,28 +71,28 @@ TEST(VocabularyWordMap, EveryTableWordIsFoundWhateverTheBucketCount) {
         SCOPED_TRACE(buckets);
         const WordMap headers(HeaderRows(), buckets, 375);
         for (const VocabularyRow& row : HeaderRows()) {
-            EXPECT_EQ(headers.IdOf(row.word), row.id) << row.word;
-            EXPECT_STREQ(headers.WordOf(row.id), row.word);
+            EXPECT_EQ(headers.IdOf(row.word.data()), row.id) << row.word;
+            EXPECT_EQ(headers.WordOf(row.id), row.word);
         }
         const WordMap labels(LabelRows(), buckets, 0);
         for (const VocabularyRow& row : LabelRows())
-            EXPECT_EQ(labels.IdOf(row.word), row.id) << row.word;
+            EXPECT_EQ(labels.IdOf(row.word.data()), row.id) << row.word;
     }
 }
 
 TEST(VocabularyWordMap, IdIndexCoversOnlyItsRange) {
     const VocabularyRow rows[] = {{0, "ZERO"}, {9, "NINE"}, {10, "TEN"}, {-1, "NONE"}};
     WordMap map(rows, 5, 10);
-    EXPECT_STREQ(map.WordOf(0), "ZERO");
-    EXPECT_STREQ(map.WordOf(9), "NINE");
-    EXPECT_EQ(map.WordOf(10), nullptr);
-    EXPECT_EQ(map.WordOf(-1), nullptr);
-    EXPECT_EQ(map.WordOf(5), nullptr);
+    EXPECT_EQ(map.WordOf(0), "ZERO");
+    EXPECT_EQ(map.WordOf(9), "NINE");
+    EXPECT_EQ(map.WordOf(10), std::nullopt);
+    EXPECT_EQ(map.WordOf(-1), std::nullopt);
+    EXPECT_EQ(map.WordOf(5), std::nullopt);
     EXPECT_EQ(map.IdOf("TEN"), 10);
     EXPECT_EQ(map.IdOf("NONE"), -1);
 
     const WordMap unindexed(rows, 5, 0);
-    EXPECT_EQ(unindexed.WordOf(0), nullptr);
+    EXPECT_EQ(unindexed.WordOf(0), std::nullopt);
     EXPECT_EQ(unindexed.IdOf("NINE"), 9);
 }
 
@@ -87,6 +102,6 @@ TEST(VocabularyWordMap, SetAtCopiesTheWord) {
     map.SetAt(word.c_str(), 2);
     word.assign("OVERWRITE");
     EXPECT_EQ(map.IdOf("TEMPORARY"), 2);
-    EXPECT_STREQ(map.WordOf(2), "TEMPORARY");
+    EXPECT_EQ(map.WordOf(2), "TEMPORARY");
     EXPECT_EQ(map.IdOf("OVERWRITE"), -1);
 }
