@@ -54,8 +54,8 @@ void LibraryIdFromText(benchmark::State& state, bool headers, bool unknown) {
     const std::vector<std::string> words = WordCopies(headers, unknown);
     for (auto _ : state) {
         for (const std::string& word : words) {
-            const int id = headers ? GetHeaderIDFromText(word.c_str())
-                                   : GetLabelIDFromText(word.c_str());
+            const int id =
+                headers ? GetHeaderIDFromText(word.c_str()) : GetLabelIDFromText(word.c_str());
             benchmark::DoNotOptimize(id);
         }
     }

@@ -6,7 +6,9 @@
 
 Header::Header() noexcept : text{}, id(-1) {}
 
-Header::Header(int headerId) noexcept : text{}, id(headerId) { GetHeaderTextFromID(id, text); }
+Header::Header(int headerId) noexcept : text{}, id(headerId) {
+    GetHeaderTextFromID(id, text);
+}
 
 Header::Header(int headerId, const char* word) noexcept : text{}, id(headerId) {
     if (word != nullptr)
@@ -20,7 +22,9 @@ EndHeader::EndHeader(int headerId, const char* word) noexcept
 
 Label::Label() noexcept : text{}, id(-1) {}
 
-Label::Label(int labelId) noexcept : text{}, id(labelId) { GetLabelTextFromID(id, text); }
+Label::Label(int labelId) noexcept : text{}, id(labelId) {
+    GetLabelTextFromID(id, text);
+}
 
 Label::Label(const char* word) noexcept : text{}, id(-1) {
     if (word != nullptr) {

@@ -104,9 +104,13 @@ const WordMap& LabelMap() {
 
 } // namespace
 
-std::span<const VocabularyRow> HeaderRows() noexcept { return kHeaderRows; }
+std::span<const VocabularyRow> HeaderRows() noexcept {
+    return kHeaderRows;
+}
 
-std::span<const VocabularyRow> LabelRows() noexcept { return kLabelRows; }
+std::span<const VocabularyRow> LabelRows() noexcept {
+    return kLabelRows;
+}
 
 const VocabularyRow* FirstLabelRow(std::int32_t id) noexcept {
     if (id < kLowestLabelId || id > kHighestLabelId)

@@ -55,7 +55,9 @@ std::int32_t WordMap::IdOf(const char* word) const noexcept {
     return entry != nullptr ? entry->id : -1;
 }
 
-void WordMap::SetAt(const char* word, std::int32_t id) { Put(word, id, true); }
+void WordMap::SetAt(const char* word, std::int32_t id) {
+    Put(word, id, true);
+}
 
 void WordMap::Put(std::string_view word, std::int32_t id, bool copyWord) {
     const std::uint32_t key = BucketKey(word);

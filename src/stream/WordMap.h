@@ -34,8 +34,7 @@ public:
 
     /// A map of the rows, spread over bucketCount buckets (at least 1), with an id index of
     /// indexSize entries (0 for none). The rows' words must outlive the map.
-    WordMap(std::span<const VocabularyRow> rows, std::uint32_t bucketCount,
-            std::int32_t indexSize);
+    WordMap(std::span<const VocabularyRow> rows, std::uint32_t bucketCount, std::int32_t indexSize);
     WordMap(const WordMap&) = delete;
     WordMap& operator=(const WordMap&) = delete;
 

@@ -41,15 +41,23 @@ TEST(VocabularyLookup, KnownWordsBothWays) {
         bool header;
     };
     const Case cases[] = {
-        {"MODELFILE", 336, true},          {"PATH", 33, true},
-        {"FILTERFILE", 373, true},         {"Filter List", 114, true},
-        {"<<<<<<", 364, true},             {"HAIR2EMITTER", 264, true},
-        {"Active", 4046, false},           {"Plugin Properties", 2693, false},
-        {"NoLabel", -2, false},            {"TemporaryGroup", 1110, false},
+        {"MODELFILE", 336, true},
+        {"PATH", 33, true},
+        {"FILTERFILE", 373, true},
+        {"Filter List", 114, true},
+        {"<<<<<<", 364, true},
+        {"HAIR2EMITTER", 264, true},
+        {"Active", 4046, false},
+        {"Plugin Properties", 2693, false},
+        {"NoLabel", -2, false},
+        {"TemporaryGroup", 1110, false},
         {"BulletSpinningFriction", 5384, false},
-        {"ACCURATTRANSPARENCY", 1936, false}, {"PhotonIntenisity", 4936, false},
-        {"SizeTolerence", 1916, false},    {"IsFadeBehindObjectS", 1963, false},
-        {"Back Distance", 1207, false},    {"FileInfo", 4065, false},
+        {"ACCURATTRANSPARENCY", 1936, false},
+        {"PhotonIntenisity", 4936, false},
+        {"SizeTolerence", 1916, false},
+        {"IsFadeBehindObjectS", 1963, false},
+        {"Back Distance", 1207, false},
+        {"FileInfo", 4065, false},
         {"FILEINFO", 157, true},
     };
     for (const Case& c : cases) {
@@ -79,8 +87,8 @@ TEST(VocabularyLookup, EveryHeaderWordRoundTrips) {
 TEST(VocabularyLookup, EveryLabelWordRoundTripsThroughTheFirstWordOfItsId) {
     // The second word of each synonym pair reads back as the first.
     const std::map<std::string, std::string> firstWordOf = {
-        {"ShagLength", "FurLength"},     {"ShagStiffness", "FurStiffness"},
-        {"ShagDensity", "FurDensity"},   {"ShagThickness", "FurThickness"},
+        {"ShagLength", "FurLength"},       {"ShagStiffness", "FurStiffness"},
+        {"ShagDensity", "FurDensity"},     {"ShagThickness", "FurThickness"},
         {"OpaqueInReflections", "Jitter"}, {"UseStride", "HasStride"},
     };
     for (const VocabularyRow& row : LabelRows()) {
@@ -116,17 +124,27 @@ TEST(VocabularyLookup, SynonymsShareAnId) {
 
 TEST(VocabularyLookup, WordsMatchExactlyAndCaseSensitively) {
     const char* const headerMisses[] = {
-        "modelfile", "Modelfile", "MODELFILe", "MODELFILE ", " MODELFILE", "MODELFIL",
-        "MODELFILEE", "", "Filter list", "filter List", "FilterList", "<<<<<", "<<<<<<<",
-        "Active", "\xC3\x89", "MODEL\nFILE",
+        "modelfile",  "Modelfile", "MODELFILe",   "MODELFILE ",  " MODELFILE", "MODELFIL",
+        "MODELFILEE", "",          "Filter list", "filter List", "FilterList", "<<<<<",
+        "<<<<<<<",    "Active",    "\xC3\x89",    "MODEL\nFILE",
     };
     for (const char* word : headerMisses) {
         SCOPED_TRACE(word);
         EXPECT_EQ(GetHeaderIDFromText(word), -1);
     }
     const char* const labelMisses[] = {
-        "active", "ACTIVE", "Active ", "nolabel", "NOLABEL", "Plugin properties",
-        "PluginProperties", "furlength", "Accurattransparency", "", "MODELFILE", "FileINFO",
+        "active",
+        "ACTIVE",
+        "Active ",
+        "nolabel",
+        "NOLABEL",
+        "Plugin properties",
+        "PluginProperties",
+        "furlength",
+        "Accurattransparency",
+        "",
+        "MODELFILE",
+        "FileINFO",
     };
     for (const char* word : labelMisses) {
         SCOPED_TRACE(word);
@@ -149,7 +167,7 @@ TEST(VocabularyLookup, UnknownIdsGiveTheNotFoundTexts) {
         {34, "HeaderNotFound: 34"},
         {4046, "HeaderNotFound: 4046"},
         {375 | kEnd, "HeaderNotFound: 375"},
-        {-2, "HeaderNotFound: -536870914"}, // bit 29 of -2 cleared: 0xDFFFFFFE
+        {-2, "HeaderNotFound: -536870914"},      // bit 29 of -2 cleared: 0xDFFFFFFE
         {INT_MAX, "HeaderNotFound: 1610612735"}, // 0x7FFFFFFF without bit 29
         {INT_MIN, "HeaderNotFound: -2147483648"},
     };
@@ -162,11 +180,16 @@ TEST(VocabularyLookup, UnknownIdsGiveTheNotFoundTexts) {
         int id;
         const char* text;
     } labels[] = {
-        {-1, "LabelNotFound: -1"},   {0, "LabelNotFound: 0"},
-        {1109, "LabelNotFound: 1109"}, {1114, "LabelNotFound: 1114"},
-        {5385, "LabelNotFound: 5385"}, {336, "LabelNotFound: 336"},
-        {-3, "LabelNotFound: -3"},   {4046 | kEnd, "LabelNotFound: 536874958"},
-        {INT_MAX, "LabelNotFound: 2147483647"}, {INT_MIN, "LabelNotFound: -2147483648"},
+        {-1, "LabelNotFound: -1"},
+        {0, "LabelNotFound: 0"},
+        {1109, "LabelNotFound: 1109"},
+        {1114, "LabelNotFound: 1114"},
+        {5385, "LabelNotFound: 5385"},
+        {336, "LabelNotFound: 336"},
+        {-3, "LabelNotFound: -3"},
+        {4046 | kEnd, "LabelNotFound: 536874958"},
+        {INT_MAX, "LabelNotFound: 2147483647"},
+        {INT_MIN, "LabelNotFound: -2147483648"},
     };
     for (const auto& c : labels) {
         SCOPED_TRACE(c.id);

@@ -79,12 +79,9 @@ TEST(VocabularyTables, WordsAndIdsAreUniqueExceptTheSixSynonyms) {
     }
     // In table order, so the first word of each pair is the one an id reads back as.
     const std::map<int, std::vector<std::string>> synonyms = {
-        {1942, {"FurLength", "ShagLength"}},
-        {1943, {"FurStiffness", "ShagStiffness"}},
-        {1944, {"FurDensity", "ShagDensity"}},
-        {1945, {"FurThickness", "ShagThickness"}},
-        {3072, {"Jitter", "OpaqueInReflections"}},
-        {4154, {"HasStride", "UseStride"}},
+        {1942, {"FurLength", "ShagLength"}},       {1943, {"FurStiffness", "ShagStiffness"}},
+        {1944, {"FurDensity", "ShagDensity"}},     {1945, {"FurThickness", "ShagThickness"}},
+        {3072, {"Jitter", "OpaqueInReflections"}}, {4154, {"HasStride", "UseStride"}},
     };
     EXPECT_EQ(shared, synonyms);
 }
@@ -108,14 +105,15 @@ TEST(VocabularyTables, WordsFitATokenTextAndOnlyKnownOnesHoldOtherThanLettersAnd
             EXPECT_GE(word.size(), 1u);
             EXPECT_LE(word.size(), 79u);
             if (!std::all_of(word.begin(), word.end(), [](char c) {
-                    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
+                    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                           (c >= '0' && c <= '9');
                 }))
                 unusual.insert(word);
         }
     }
     // Single spaces inside, none at either end, and one word of angle brackets.
-    const std::set<std::string> expected = {"Filter List",    "<<<<<<",           "Apply Gamma",
-                                            "Back Distance",  "Front Distance",   "Plugin Properties"};
+    const std::set<std::string> expected = {"Filter List",   "<<<<<<",         "Apply Gamma",
+                                            "Back Distance", "Front Distance", "Plugin Properties"};
     EXPECT_EQ(unusual, expected);
 }
 
@@ -128,15 +126,24 @@ TEST(VocabularyTables, RowsStandInTableOrder) {
         int id;
     };
     const Row headers[] = {
-        {0, "ACTIONDOPESHEETFILE", 292}, {1, "ACTIONFILE", 293},
-        {6, "ATTCONSTRAINTSHORTCUT", 372}, {7, "ATTCONSTRAINT", 371},
-        {29, "CPS", 307},                {30, "CPINST", 308},
-        {66, "HAIR2EMITTER", 264},       {102, "OLDACTIONFILE", 340},
-        {103, "Filter List", 114},       {104, "PARTICLEEMITTER", 341},
-        {131, "SKINNEDCPS", 357},        {132, "NODELIST", 358},
-        {133, "NODENODE", 359},          {141, "SPRINGSYSTEMPLACEHOLDER", 279},
-        {142, "<<<<<<", 364},            {143, "TARGETCHAINTOCONSTRAINT", 281},
-        {146, "TRANSFDRIVER", 222},      {156, "WINDOWPLACEMENTS", 113},
+        {0, "ACTIONDOPESHEETFILE", 292},
+        {1, "ACTIONFILE", 293},
+        {6, "ATTCONSTRAINTSHORTCUT", 372},
+        {7, "ATTCONSTRAINT", 371},
+        {29, "CPS", 307},
+        {30, "CPINST", 308},
+        {66, "HAIR2EMITTER", 264},
+        {102, "OLDACTIONFILE", 340},
+        {103, "Filter List", 114},
+        {104, "PARTICLEEMITTER", 341},
+        {131, "SKINNEDCPS", 357},
+        {132, "NODELIST", 358},
+        {133, "NODENODE", 359},
+        {141, "SPRINGSYSTEMPLACEHOLDER", 279},
+        {142, "<<<<<<", 364},
+        {143, "TARGETCHAINTOCONSTRAINT", 281},
+        {146, "TRANSFDRIVER", 222},
+        {156, "WINDOWPLACEMENTS", 113},
     };
     for (const Row& row : headers) {
         SCOPED_TRACE(row.word);
@@ -145,16 +152,26 @@ TEST(VocabularyTables, RowsStandInTableOrder) {
         EXPECT_EQ(HeaderRows()[row.position].id, row.id);
     }
     const Row labels[] = {
-        {0, "ACCURATTRANSPARENCY", 1936}, {1, "ActionObjectTarget", 1633},
-        {40, "Apply Gamma", 1264},        {50, "Back Distance", 1207},
-        {51, "BackgroundColor", 4800},    {387, "GPUBlur", 5102},
-        {396, "SSAO", 5110},              {408, "SSAORadius", 5113},
-        {409, "HasAttributes", 1111},     {557, "LegacyBumpMap", 1520},
-        {544, "NoLabel", -2},             {613, "Plugin Properties", 2693},
-        {710, "IsRenderShaders", 2550},   {359, "FurLength", 1942},
-        {725, "ShagLength", 1942},        {414, "HasStride", 4154},
-        {865, "UseStride", 4154},         {457, "Jitter", 3072},
-        {561, "OpaqueInReflections", 3072}, {892, "ZRes", 4144},
+        {0, "ACCURATTRANSPARENCY", 1936},
+        {1, "ActionObjectTarget", 1633},
+        {40, "Apply Gamma", 1264},
+        {50, "Back Distance", 1207},
+        {51, "BackgroundColor", 4800},
+        {387, "GPUBlur", 5102},
+        {396, "SSAO", 5110},
+        {408, "SSAORadius", 5113},
+        {409, "HasAttributes", 1111},
+        {557, "LegacyBumpMap", 1520},
+        {544, "NoLabel", -2},
+        {613, "Plugin Properties", 2693},
+        {710, "IsRenderShaders", 2550},
+        {359, "FurLength", 1942},
+        {725, "ShagLength", 1942},
+        {414, "HasStride", 4154},
+        {865, "UseStride", 4154},
+        {457, "Jitter", 3072},
+        {561, "OpaqueInReflections", 3072},
+        {892, "ZRes", 4144},
     };
     for (const Row& row : labels) {
         SCOPED_TRACE(row.word);
@@ -170,11 +187,21 @@ TEST(VocabularyTables, FirstLabelRowTakesTheFirstRowOfAnId) {
         const char* word; // null: no row
     };
     const Case cases[] = {
-        {1942, "FurLength"}, {1945, "FurThickness"}, {3072, "Jitter"}, {4154, "HasStride"},
-        {4046, "Active"},    {-2, "NoLabel"},        {1110, "TemporaryGroup"},
-        {5384, "BulletSpinningFriction"},            {-1, nullptr},
-        {0, nullptr},        {1109, nullptr},        {5385, nullptr},
-        {336, nullptr},      {-3, nullptr},          {1114, nullptr},
+        {1942, "FurLength"},
+        {1945, "FurThickness"},
+        {3072, "Jitter"},
+        {4154, "HasStride"},
+        {4046, "Active"},
+        {-2, "NoLabel"},
+        {1110, "TemporaryGroup"},
+        {5384, "BulletSpinningFriction"},
+        {-1, nullptr},
+        {0, nullptr},
+        {1109, nullptr},
+        {5385, nullptr},
+        {336, nullptr},
+        {-3, nullptr},
+        {1114, nullptr},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);

@@ -19,8 +19,7 @@ namespace {
 constexpr int kEnd = 0x20000000;
 
 // The whole text field: the expected word, then zeros to the end of the 80 bytes.
-template <class Token>
-void ExpectText(const Token& token, const std::string& word) {
+template <class Token> void ExpectText(const Token& token, const std::string& word) {
     ASSERT_LE(word.size(), 79u);
     EXPECT_EQ(std::string(token.GetText()), word);
     EXPECT_EQ(token.GetText(), token.text);
@@ -115,9 +114,9 @@ TEST(VocabularyToken, LabelsFromAnIdOrAText) {
         int id;
         const char* text;
     } fromId[] = {
-        {4046, "Active"},    {1942, "FurLength"}, {3072, "Jitter"},
-        {-2, "NoLabel"},     {2693, "Plugin Properties"},
-        {9999, "LabelNotFound: 9999"}, {-1, "LabelNotFound: -1"},
+        {4046, "Active"},          {1942, "FurLength"},         {3072, "Jitter"},
+        {-2, "NoLabel"},           {2693, "Plugin Properties"}, {9999, "LabelNotFound: 9999"},
+        {-1, "LabelNotFound: -1"},
     };
     for (const auto& c : fromId) {
         SCOPED_TRACE(c.id);
@@ -130,9 +129,8 @@ TEST(VocabularyToken, LabelsFromAnIdOrAText) {
         const char* text;
         int id;
     } fromText[] = {
-        {"Active", 4046},      {"ShagLength", 1942}, {"UseStride", 4154},
-        {"Plugin Properties", 2693}, {"NoLabel", -2},
-        {"active", -1},        {"MODELFILE", -1},    {"", -1},
+        {"Active", 4046}, {"ShagLength", 1942}, {"UseStride", 4154}, {"Plugin Properties", 2693},
+        {"NoLabel", -2},  {"active", -1},       {"MODELFILE", -1},   {"", -1},
     };
     for (const auto& c : fromText) {
         SCOPED_TRACE(c.text);
