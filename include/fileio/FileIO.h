@@ -6,3 +6,5 @@
 #include "fileio/core/Vectors.h"
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
+#include "fileio/stream/Token.h"
+#include "fileio/stream/Vocabulary.h"
