@@ -80,7 +80,6 @@ struct MemHeader {
 
 namespace fileio::detail {
 class BlockTable;
-class FreeChunkIndex;
 } // namespace fileio::detail
 
 /// A thread-safe pool of variable-sized, zero-filled allocations (see the top of this file).
@@ -148,8 +147,6 @@ protected:
 private:
     class LockGuard;
 
-    void TakeFromChunk(MemHeader* block, fileio::detail::FreeChunkIndex* index, MemChunk* chunk,
-                       unsigned long long size, unsigned long long minimumRemainder) noexcept;
     void ReleaseBlock(MemHeader* block);
 
     std::atomic<unsigned long long> m_total;
@@ -160,9 +157,9 @@ private:
     void** m_headerArrays;
     // The pool's lock (a platform mutex, built in place; see VarnPool.cpp).
     alignas(8) unsigned char m_lock[64];
-    // The blocks by address, each with an index of its free chunks; made with the first
-    // block. It mirrors the lists above and lets VarnAlloc and VarnFree find a chunk without
-    // walking a free list; where allocations land is decided by the rules above alone.
+    // The blocks by address and by age, with what speeds up the search of their free lists;
+    // made with the first block. It mirrors the lists above: where allocations land is
+    // decided by the rules above alone.
     fileio::detail::BlockTable* m_table;
 };
 
