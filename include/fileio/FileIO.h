@@ -3,6 +3,8 @@
 
 #include "fileio/Export.h"
 #include "fileio/core/String.h"
+#include "fileio/core/Time.h"
 #include "fileio/core/Vectors.h"
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
+#include "fileio/ui/DataExchange.h"
