@@ -5,19 +5,44 @@
 // allocated.
 #include "fileio/core/Time.h"
 
-#include "core/NumberText.h"
 #include "core/Rounding.h"
+#include "core/StringNumbers.h"
+#include "core/TimeTextFields.h"
 
+#include <charconv>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 
 namespace {
 
-using fileio::detail::FormatGeneral;
-using fileio::detail::FormatUnsigned;
+using fileio::detail::FormatPaddedGeneral;
 
-// Room for the longest text: "-" minutes ":" seconds ":" and a general number.
-constexpr std::size_t MaxTimeTextLength = 1 + 20 + 1 + 2 + 1 + fileio::detail::MaxGeneralTextLength;
+// Room for the longest text: "-", minutes (up to 20 digits), ":", seconds, ":", frames.
+constexpr std::size_t MaxTimeTextLength =
+    1 + 20 + 1 + 2 + 1 + fileio::detail::MaxPaddedGeneralLength;
+
+// Copies text to out, padded on the left to width with pad; a zero pad goes after a
+// leading "-", where printf's "0" flag puts it.
+char* WritePadded(char* out, std::string_view text, int width, char pad) {
+    if (pad == '0' && !text.empty() && text.front() == '-') {
+        *out++ = '-';
+        text.remove_prefix(1);
+        --width;
+    }
+    for (int n = static_cast<int>(text.size()); n < width; ++n)
+        *out++ = pad;
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
+
+// "%0<width>u" or "%<width>u" of a 64-bit value.
+char* FormatUnsigned(char* out, unsigned long long value, int width, char pad) {
+    char digits[20];
+    const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits, value);
+    return WritePadded(out, std::string_view(digits, static_cast<std::size_t>(result.ptr - digits)),
+                       width, pad);
+}
 
 // A value shown with decimals is first rounded to two of them, upward-biased by 2^-23 so
 // that a value a hair below a hundredth (as float seconds give) still lands on it. A whole
@@ -45,10 +70,18 @@ char* FormatSmpte(char* out, float seconds, double fps) {
     out = FormatUnsigned(out, static_cast<unsigned long long>(whole % 60), 2, '0');
     *out++ = ':';
     const bool highRate = fps >= 100;
-    return FormatGeneral(out, frames, highRate ? 5 : 4, highRate ? 3 : 2, true);
+    return FormatPaddedGeneral(out, frames, highRate ? 5 : 4, highRate ? 3 : 2);
 }
 
 } // namespace
+
+char* fileio::detail::FormatPaddedGeneral(char* out, double value, int precision,
+                                          int width) noexcept {
+    char text[kNumberTextSize];
+    const std::size_t length = FormatGeneral(text, value, precision);
+    return WritePadded(out, std::string_view(text, length), width,
+                       std::isfinite(value) ? '0' : ' ');
+}
 
 String Time::ToString(double fps, TimeUnit unit, bool zeroBasedCells) const {
     char text[MaxTimeTextLength];
@@ -59,11 +92,11 @@ String Time::ToString(double fps, TimeUnit unit, bool zeroBasedCells) const {
         end = FormatSmpte(text, seconds, fps);
         break;
     case FRAMES:
-        end = FormatGeneral(text, RoundToHundredths(fps * seconds), 6, 0, false);
+        end = FormatPaddedGeneral(text, RoundToHundredths(fps * seconds), 6, 0);
         break;
     case CELLS:
-        end = FormatGeneral(text, RoundToHundredths(fps * seconds) + (zeroBasedCells ? 0.0 : 1.0),
-                            6, 0, false);
+        end = FormatPaddedGeneral(
+            text, RoundToHundredths(fps * seconds) + (zeroBasedCells ? 0.0 : 1.0), 6, 0);
         break;
     default:
         return String();
@@ -88,7 +121,7 @@ Time String::ToTime(int fps, TimeUnit unit, bool zeroBasedCells) const {
         const std::size_t stop = colon == std::string_view::npos ? text.size() : colon;
         minutes = seconds;
         seconds = std::trunc(last);
-        last = fileio::detail::ParseFloatPrefix(text.data() + start, text.data() + stop);
+        last = fileio::detail::ParseFloat(text.substr(start, stop - start));
         if (unit == SMPTE) {
             // Digits typed without separators: seconds followed by frames.
             if (last >= base) {

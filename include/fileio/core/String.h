@@ -304,12 +304,6 @@ public:
 
     // ---- times (core/Time.h)
 
-    // ---- paths (path/)
-
-    // ---- log file (handlers/)
-
-    // ---- times (core/Time.h) ------------------------------------------------------------
-
     /// Reads a time written in a unit at a rate (the text forms of Time::ToString). A
     /// leading "-" negates the result. The text is cut at every ":" into fields, each read
     /// as strtof reads (garbage gives 0); the last field is frames, the one before seconds,
@@ -320,6 +314,10 @@ public:
     /// 1 min 10 s 15 frames. In CELLS the frame is the cell minus 1 (minus 0 with
     /// zeroBasedCells). Never fails; the process's locale plays no part.
     [[nodiscard]] Time ToTime(int fps, TimeUnit unit, bool zeroBasedCells) const;
+
+    // ---- paths (path/)
+
+    // ---- log file (handlers/)
 
 private:
     /// A new pool buffer holding text, or null when text is empty.
