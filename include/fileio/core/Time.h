@@ -26,7 +26,7 @@
 //     lands one frame above the truncated value.
 //   - Integer arithmetic wraps on overflow; the special values are not protected from it.
 //
-// Frame rates whose frame length is 0 (above 270000 fps) are outside the domain of the
+// Frame rates whose frame length is 0 (270000 fps and above) are outside the domain of the
 // frame operations; there every tick counts as a frame boundary (snapping changes nothing).
 //
 // Thread safety: a plain value.
