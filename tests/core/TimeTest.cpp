@@ -167,14 +167,14 @@ TEST(Time, FramesAndCellsGiveExactTicksAtEveryRate) {
                                {59.94, 5994, 100}, {60, 60, 1}, {100, 100, 1},      {120, 120, 1}};
     for (const ExactRate& rate : rates) {
         for (long long n = -100000; n <= 100000; n += 37) {
-            SCOPED_TRACE(::testing::Message() << rate.fps << " fps, frame " << n);
             const long long expected = ExactFrameTicks(n, rate.numerator, rate.denominator);
-            EXPECT_EQ(Time(static_cast<double>(n), rate.fps).GetTicks(), expected);
+            EXPECT_EQ(Time(static_cast<double>(n), rate.fps).GetTicks(), expected)
+                << rate.fps << " fps, frame " << n;
             Time t;
             t.SetFrame(static_cast<double>(n), rate.fps);
-            EXPECT_EQ(t.GetTicks(), expected);
+            EXPECT_EQ(t.GetTicks(), expected) << rate.fps << " fps, frame " << n;
             t.SetCell(static_cast<double>(n + 1), rate.fps);
-            EXPECT_EQ(t.GetTicks(), expected);
+            EXPECT_EQ(t.GetTicks(), expected) << rate.fps << " fps, cell " << n + 1;
         }
     }
 }
@@ -265,11 +265,10 @@ TEST(Time, GetFrameIntIsOneFusedMultiplyAdd) {
         const long long frameLength = static_cast<long long>(135000 / fps);
         for (long long half = -4001; half <= 4001; ++half) {
             const long long ticks = half * frameLength / 2;
-            SCOPED_TRACE(::testing::Message() << ticks << " ticks at " << fps);
             const double seconds = static_cast<double>(ticks) * 7.4074074074074075e-06;
             const long double exact = static_cast<long double>(seconds) * fps + 0.5L;
             const int expected = static_cast<int>(std::trunc(static_cast<double>(exact)));
-            EXPECT_EQ(Time(ticks).GetFrameInt(fps), expected);
+            EXPECT_EQ(Time(ticks).GetFrameInt(fps), expected) << ticks << " ticks at " << fps;
         }
     }
 }
