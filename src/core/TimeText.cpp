@@ -38,7 +38,7 @@ char* WritePadded(char* out, std::string_view text, int width, char pad) {
 
 // "%0<width>u" or "%<width>u" of a 64-bit value.
 char* FormatUnsigned(char* out, unsigned long long value, int width, char pad) {
-    char digits[20];
+    char digits[20] = {};
     const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits, value);
     return WritePadded(out, std::string_view(digits, static_cast<std::size_t>(result.ptr - digits)),
                        width, pad);
