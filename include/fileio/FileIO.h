@@ -7,4 +7,6 @@
 #include "fileio/core/Vectors.h"
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
+#include "fileio/stream/Token.h"
+#include "fileio/stream/Vocabulary.h"
 #include "fileio/ui/DataExchange.h"
