@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cfenv>
 #include <cfloat>
 #include <climits>
 #include <cmath>
@@ -84,6 +85,26 @@ TEST(Time, ConstructionFromSecondsGivesTicksAt135000PerSecond) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(c.time.GetTicks(), c.ticks);
+    }
+}
+
+TEST(Time, RoundingIgnoresTheHostsRoundingMode) {
+    // A host may leave the processor in another rounding mode; the tick counts of exactly
+    // representable values must not change (ties still go to even, halves are not
+    // truncated).
+    for (int mode : {FE_DOWNWARD, FE_UPWARD, FE_TOWARDZERO}) {
+        SCOPED_TRACE(mode);
+        const int saved = std::fegetround();
+        ASSERT_EQ(std::fesetround(mode), 0);
+        const long long up = Time(0.0625).GetTicks();           // 8437.5
+        const long long down = Time(-0.1875).GetTicks();        // -25312.5
+        const long long product = (Time(7LL) * 0.5).GetTicks(); // 3.5
+        const long long quarter = (Time(9LL) / 4.0).GetTicks(); // 2.25
+        std::fesetround(saved);
+        EXPECT_EQ(up, 8438);
+        EXPECT_EQ(down, -25312);
+        EXPECT_EQ(product, 4);
+        EXPECT_EQ(quarter, 2);
     }
 }
 
