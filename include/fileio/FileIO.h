@@ -3,8 +3,10 @@
 
 #include "fileio/Export.h"
 #include "fileio/core/String.h"
+#include "fileio/core/Time.h"
 #include "fileio/core/Vectors.h"
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
 #include "fileio/stream/Token.h"
 #include "fileio/stream/Vocabulary.h"
+#include "fileio/ui/DataExchange.h"
