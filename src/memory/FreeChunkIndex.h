@@ -25,8 +25,12 @@ namespace fileio::detail {
 
 class FreeChunkIndex {
 public:
-    /// An index of an empty free list of the standard block that begins at blockStart.
-    explicit FreeChunkIndex(char* blockStart) noexcept;
+    /// A new index, in system memory, of an empty free list of the standard block that
+    /// begins at blockStart. Exhausted memory ends the process.
+    static FreeChunkIndex* Create(char* blockStart);
+    /// Gives back an index made by Create; null is ignored.
+    static void Destroy(FreeChunkIndex* index) noexcept;
+
     FreeChunkIndex(const FreeChunkIndex&) = delete;
     FreeChunkIndex& operator=(const FreeChunkIndex&) = delete;
 
@@ -35,8 +39,10 @@ public:
     void Insert(const MemChunk* chunk) noexcept;
     /// Forgets a recorded chunk. REQUIRES: its size word is still the recorded size.
     void Erase(const MemChunk* chunk) noexcept;
-    /// Notes that a recorded chunk's size word grew from oldSize to its present value.
-    void Grow(const MemChunk* chunk, unsigned long long oldSize) noexcept;
+    /// Notes that the recorded chunk at `before`, of oldSize bytes, is now the chunk at
+    /// `after` (its size word already written): a chunk that grew or shrank at either end.
+    /// The two may be the same address. REQUIRES: no other recorded chunk begins at `after`.
+    void Reshape(const MemChunk* before, unsigned long long oldSize, const MemChunk* after) noexcept;
 
     /// True when a recorded free chunk begins at `address`.
     [[nodiscard]] bool BeginsAt(const void* address) const noexcept;
@@ -54,6 +60,9 @@ public:
     }
 
 private:
+    explicit FreeChunkIndex(char* blockStart) noexcept;
+    ~FreeChunkIndex() = default;
+
     static constexpr unsigned kSlotBytes = 8;
     static constexpr unsigned kSlots = 16384; // a standard block has 16,383, and its end
     static constexpr unsigned kWords = kSlots / 64;

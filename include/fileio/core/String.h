@@ -40,6 +40,9 @@
 #include <string>
 #include <string_view>
 
+class Time;
+enum TimeUnit : int;
+
 class FILEIO_API String {
 public:
     // ---- construction -------------------------------------------------------------------
@@ -299,6 +302,17 @@ public:
     [[nodiscard]] String GetNextFreeName(std::span<const String> taken) const;
 
     // ---- times (core/Time.h)
+
+    /// Reads a time written in a unit at a rate (the text forms of Time::ToString). A
+    /// leading "-" negates the result. The text is cut at every ":" into fields, each read
+    /// as strtof reads (garbage gives 0); the last field is frames, the one before seconds,
+    /// the one before that minutes, and earlier ones fall off. In SMPTE, digits typed
+    /// without separators carry: a frame field of 100 or more (1000 or more at 100 fps and
+    /// above) gives its hundreds (thousands) to the seconds, and seconds of 100 or more give
+    /// their hundreds to the minutes, so at 30 fps "250" is 2 s 50 frames and "11015" is
+    /// 1 min 10 s 15 frames. In CELLS the frame is the cell minus 1 (minus 0 with
+    /// zeroBasedCells). Never fails; the process's locale plays no part.
+    [[nodiscard]] Time ToTime(int fps, TimeUnit unit, bool zeroBasedCells) const;
 
     // ---- paths (path/)
 
