@@ -368,9 +368,12 @@ public:
     /// Reads a header or end header (see the class comment for both forms). Text, square
     /// form: an end header's text keeps its "END"; angle form: it keeps its "/". The word is
     /// looked up as a header word first, then as a label word (label words may open
-    /// sections); an end header's id carries bit 29; an unknown word gives id -1.
+    /// sections); an end header's id carries bit 29; an unknown word gives id -1. In text the
+    /// white space after the header is skipped (in both generations), so that the next
+    /// token starts at the position.
     VarnStream& operator>>(Header& header);
-    /// Reads a label: text, the word up to "="; binary, the id word with bit 30 cleared.
+    /// Reads a label: text, the word up to "=" (white space before it is skipped); binary,
+    /// the id word with bit 30 cleared.
     VarnStream& operator>>(Label& label);
 
     // ---- storage of stream objects ----------------------------------------------------------
