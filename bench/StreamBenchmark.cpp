@@ -56,26 +56,23 @@ constexpr int kName = 4007, kActive = 4046, kPosition = 4702, kRotate = 4045, kS
               kMatrix = 4024, kSelected = 4022;
 
 /// The kind of each label's value, by label id.
-const std::vector<Kind>& KindTable() {
-    static const std::vector<Kind> table = [] {
-        std::vector<Kind> kinds(6000, Kind::None);
-        kinds[kName] = Kind::Text;
-        kinds[kActive] = kinds[kSelected] = Kind::Bool;
-        kinds[kPosition] = kinds[kScale] = Kind::Vector;
-        kinds[kRotate] = Kind::Quaternion;
-        kinds[kColor] = Kind::Color;
-        kinds[kPatchesHit] = Kind::Int;
-        kinds[kOpacity] = Kind::Float;
-        kinds[kValue] = Kind::Double;
-        kinds[kTime] = Kind::Time;
-        kinds[kMatrix] = Kind::Matrix;
-        return kinds;
-    }();
-    return table;
-}
+const std::vector<Kind> g_kinds = [] {
+    std::vector<Kind> kinds(6000, Kind::None);
+    kinds[kName] = Kind::Text;
+    kinds[kActive] = kinds[kSelected] = Kind::Bool;
+    kinds[kPosition] = kinds[kScale] = Kind::Vector;
+    kinds[kRotate] = Kind::Quaternion;
+    kinds[kColor] = Kind::Color;
+    kinds[kPatchesHit] = Kind::Int;
+    kinds[kOpacity] = Kind::Float;
+    kinds[kValue] = Kind::Double;
+    kinds[kTime] = Kind::Time;
+    kinds[kMatrix] = Kind::Matrix;
+    return kinds;
+}();
 
 Kind KindOf(int id) {
-    return id >= 0 && id < static_cast<int>(KindTable().size()) ? KindTable()[id] : Kind::None;
+    return id >= 0 && id < static_cast<int>(g_kinds.size()) ? g_kinds[id] : Kind::None;
 }
 
 /// A small deterministic generator of "scene" numbers.
@@ -236,19 +233,20 @@ void ReadValue(VarnStream& s, Kind kind, Checksum& c) {
     }
 }
 
-/// Reads the project held by `s` from its start.
+/// Reads the project held by `s` from its start. The token objects are reused from field
+/// to field, as a loading loop keeps them.
 Checksum ReadWithStream(MemoryStream& s) {
     s.Open(s.IsBinary() ? FM_LOADING | FM_BINARY : FM_LOADING);
     Checksum c;
+    Header header;
+    Label label;
     while (!s.VirtualEof()) {
         ++c.tokens;
         if (s.IsHeader()) {
-            Header header;
             s >> header;
             c.sum += header.id & 0xFFFF;
             continue;
         }
-        Label label;
         s >> label;
         ReadValue(s, KindOf(label.id), c);
     }

@@ -328,18 +328,25 @@ VarnStream& VarnStream::operator>>(String& value) {
         OnFailed();
         return *this;
     }
-    if (count == 0) {
-        value = String();
-        return *this;
-    }
-    String text(static_cast<int>(count), 0);
-    if (ReadC(text.Get(), count) != count) {
+    ReadCountedText(value, count);
+    return *this;
+}
+
+// The bytes are copied once, into the String: a block's straight from its data.
+void VarnStream::ReadCountedText(String& value, std::size_t count) {
+    std::string spill;
+    if (m_block.data == nullptr)
+        spill.resize(count);
+    const std::string_view bytes = Peek(spill.data(), count);
+    Advance(bytes.size());
+    if (bytes.size() != count) {
         value = String();
         OnFailed();
-        return *this;
+    } else if (count == 0 || bytes[0] == '\0') {
+        value = String();
+    } else {
+        value.Set(bytes.data(), static_cast<int>(count));
     }
-    value = text.Get()[0] != '\0' ? text : String();
-    return *this;
 }
 
 // ---- composites of floats

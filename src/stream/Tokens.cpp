@@ -143,7 +143,10 @@ void VarnStream::ReadHeaderBinary(Header& header) {
     }
     header.id = static_cast<int>(word);
     GetHeaderTextFromID(header.id, header.text);
-    if (std::strncmp(header.text, kHeaderNotFound, sizeof kHeaderNotFound - 1) == 0)
+    // The first byte decides almost always; the text buffer holds 80 bytes, so the rest of
+    // the prefix can be compared whole.
+    if (header.text[0] == kHeaderNotFound[0] &&
+        std::memcmp(header.text, kHeaderNotFound, sizeof kHeaderNotFound - 1) == 0)
         GetLabelTextFromID(static_cast<int>(word & ~kEndTokenBit), header.text);
 }
 

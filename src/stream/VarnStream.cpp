@@ -115,13 +115,7 @@ void VarnStream::ParseString(String& out) {
         OnFailed();
         return;
     }
-    std::string bytes(count, '\0');
-    if (ReadC(bytes.data(), count) != count) {
-        out = String();
-        OnFailed();
-        return;
-    }
-    out = String(bytes.c_str());
+    ReadCountedText(out, count);
 }
 
 void VarnStream::ParseToken(char* out, char delimiter) {

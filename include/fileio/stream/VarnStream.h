@@ -466,6 +466,9 @@ private:
     unsigned long long Position() { return m_block.data != nullptr ? m_block.position : GetPos(); }
 
     void WriteBinaryCount(std::size_t length);
+    /// Reads count bytes as a string's text; a shortage gives the empty string and sets
+    /// the failed bit.
+    void ReadCountedText(String& value, std::size_t count);
     void WriteCharacters(const char* text, std::size_t length, bool escape);
     template <class T> void WriteDecimal(T value);
     template <class T> VarnStream& WriteInteger(T value);
