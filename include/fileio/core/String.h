@@ -169,6 +169,13 @@ public:
     // ---- text operations ------------------------------------------------------------------
     // (declared below by the string text operations)
 
+    // ---- log file (handlers/) -------------------------------------------------------------
+
+    /// The full name of the log file that the host's log handler writes: the application's
+    /// folder followed by "\tollan.log" on Windows and by "/tollan.log" on Linux. Computed
+    /// on the first call; the same text for the rest of the process's life.
+    static String GetLogFileName();
+
 private:
     char* m_str;
 };
