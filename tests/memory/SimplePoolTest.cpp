@@ -1,0 +1,168 @@
+// SimplePoolTest.cpp - counted platform allocation, the bump pool and the one-buffer pool.
+
+#include "fileio/memory/NamedPools.h"
+#include "fileio/memory/Pool.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+constexpr unsigned long long kChunk = 2097152; // a standard SimplePool chunk
+
+bool AllZero(const void* p, unsigned long long n) {
+    const auto* b = static_cast<const unsigned char*>(p);
+    return std::all_of(b, b + n, [](unsigned char c) { return c == 0; });
+}
+
+TEST(PlatformAlloc, CountsTheRequestPlusItsHeaderWord) {
+    const unsigned long long n_values[] = {0, 1, 7, 8, 100, 4096, 1000001};
+    for (unsigned long long n : n_values) {
+        SCOPED_TRACE(n);
+        const unsigned long long before = TotalRAM();
+        void* p = PlatformAlloc(n);
+        ASSERT_NE(p, nullptr);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(p) % 8, 0u);
+        EXPECT_EQ(TotalRAM() - before, n + 8);
+        unsigned long long header;
+        std::memcpy(&header, static_cast<char*>(p) - 8, sizeof header);
+        EXPECT_EQ(header, n + 8);
+        EXPECT_TRUE(AllZero(p, n));
+        PlatformFree(p);
+        EXPECT_EQ(TotalRAM(), before);
+    }
+    PlatformFree(nullptr);
+}
+
+TEST(PlatformAllocDeathTest, ImpossibleRequestsEndTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(PlatformAlloc(~0ULL), "out of memory");     // n + 8 overflows
+    EXPECT_DEATH(PlatformAlloc(~0ULL / 8), "out of memory"); // eight times that overflows
+}
+
+class SimplePoolTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        pool.FreePool();
+        EXPECT_EQ(TotalRAM(), ramBefore);
+    }
+    const unsigned long long ramBefore = TotalRAM();
+    SimplePool pool;
+};
+
+TEST_F(SimplePoolTest, AllocationsFollowEachOtherUnrounded) {
+    EXPECT_EQ(pool.Alloc(0), nullptr);
+    EXPECT_EQ(pool.GetTotal(), 0u);
+    char* a = static_cast<char*>(pool.Alloc(3));
+    char* b = static_cast<char*>(pool.Alloc(8));
+    char* c = static_cast<char*>(pool.Alloc(1));
+    EXPECT_EQ(b - a, 3);
+    EXPECT_EQ(c - b, 8);
+    EXPECT_EQ(pool.GetTotal(), kChunk);
+    EXPECT_EQ(TotalRAM() - ramBefore, kChunk + 8);
+    EXPECT_TRUE(AllZero(a, 12));
+}
+
+TEST_F(SimplePoolTest, ChunkSizes) {
+    struct Row {
+        unsigned long long first;  // the first request of a fresh pool
+        unsigned long long chunk;  // the chunk it takes
+        unsigned long long left;   // bytes left in it
+    };
+    const Row rows[] = {
+        {1, kChunk, kChunk - 9},
+        {2097144, kChunk, 0},             // the largest request of a standard chunk
+        {2097145, 2097160, 7},            // rounded up to 2,097,152, plus the link word
+        {2097152, 2097160, 0},
+        {3000001, 3000016, 7},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.first);
+        pool.FreePool();
+        char* p = static_cast<char*>(pool.Alloc(row.first));
+        EXPECT_EQ(pool.GetTotal(), row.chunk);
+        EXPECT_EQ(TotalRAM() - ramBefore, row.chunk + 8);
+        EXPECT_TRUE(AllZero(p, row.first));
+        if (row.left > 0) {
+            char* next = static_cast<char*>(pool.Alloc(row.left));
+            EXPECT_EQ(next, p + row.first) << "the rest of the chunk is usable";
+        }
+        pool.Alloc(1); // the chunk is used up now
+        EXPECT_EQ(pool.GetTotal(), row.chunk + kChunk);
+    }
+}
+
+// A request that does not fit abandons the rest of the current chunk for good.
+TEST_F(SimplePoolTest, TheRestOfAChunkIsAbandoned) {
+    char* a = static_cast<char*>(pool.Alloc(10));
+    char* b = static_cast<char*>(pool.Alloc(kChunk - 8 - 10 + 1)); // one byte too many
+    EXPECT_EQ(pool.GetTotal(), 2 * kChunk);
+    char* c = static_cast<char*>(pool.Alloc(1)); // follows b, not a
+    EXPECT_EQ(c, b + (kChunk - 8 - 10 + 1));
+    EXPECT_NE(c, a + 10);
+}
+
+TEST_F(SimplePoolTest, FreePoolReleasesEveryChunkAndThePoolIsReusable) {
+    for (int i = 0; i < 5; ++i)
+        pool.Alloc(1500000);
+    EXPECT_EQ(pool.GetTotal(), 5 * kChunk);
+    EXPECT_EQ(TotalRAM() - ramBefore, 5 * (kChunk + 8));
+    pool.FreePool();
+    EXPECT_EQ(pool.GetTotal(), 0u);
+    EXPECT_EQ(TotalRAM(), ramBefore);
+    pool.FreePool();
+    void* p = pool.Alloc(16);
+    EXPECT_NE(p, nullptr);
+    EXPECT_EQ(pool.GetTotal(), kChunk);
+}
+
+TEST(SimplePoolDeathTest, ImpossibleRequestsEndTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    SimplePool pool;
+    EXPECT_DEATH(pool.Alloc(~0ULL - 3), "out of memory");
+}
+
+TEST(OGLPool, HoldsOneRoundedBuffer) {
+    const unsigned long long before = TotalRAM();
+    OGLPool pool;
+    EXPECT_EQ(pool.Alloc(0), nullptr);
+    pool.FreePool(); // holds nothing
+    EXPECT_EQ(TotalRAM(), before);
+
+    struct Row {
+        unsigned long long n;
+        unsigned long long rounded;
+    };
+    const Row rows[] = {{1, 8}, {8, 8}, {13, 16}, {1000, 1000}, {1001, 1008}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.n);
+        void* p = pool.Alloc(row.n);
+        EXPECT_EQ(TotalRAM() - before, row.rounded + 8);
+        EXPECT_TRUE(AllZero(p, row.rounded));
+        pool.FreePool();
+        EXPECT_EQ(TotalRAM(), before);
+    }
+}
+
+// A second buffer replaces the first without releasing it; a request of 0 keeps the buffer.
+TEST(OGLPool, ANewBufferDoesNotReleaseTheOldOne) {
+    const unsigned long long before = TotalRAM();
+    {
+        OGLPool pool;
+        void* first = pool.Alloc(100);
+        void* second = pool.Alloc(200);
+        EXPECT_EQ(TotalRAM() - before, (104 + 8) + (200 + 8));
+        EXPECT_EQ(pool.Alloc(0), nullptr);
+        pool.FreePool(); // releases the second only
+        EXPECT_EQ(TotalRAM() - before, 104 + 8u);
+        PlatformFree(first);
+        EXPECT_NE(first, second);
+        pool.Alloc(50);
+    } // the destructor releases the buffer held
+    EXPECT_EQ(TotalRAM(), before);
+}
+
+} // namespace
