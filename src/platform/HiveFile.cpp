@@ -119,7 +119,8 @@ HiveDocument::HiveDocument(std::string_view text) {
     if (text.empty()) {
         for (std::string_view rest = kOpeningComment; !rest.empty();) {
             const std::size_t end = rest.find('\n');
-            lines_.push_back(Parse(std::string(rest.substr(0, end)), {}));
+            std::string noKey;
+            lines_.push_back(Parse(std::string(rest.substr(0, end)), noKey));
             rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
         }
         return;
@@ -127,17 +128,14 @@ HiveDocument::HiveDocument(std::string_view text) {
     std::string currentKey;
     while (!text.empty()) {
         const std::size_t end = text.find('\n');
-        Line line = Parse(std::string(text.substr(0, end)), currentKey);
-        if (line.kind == Kind::Key)
-            currentKey = line.key;
-        lines_.push_back(std::move(line));
+        lines_.push_back(Parse(std::string(text.substr(0, end)), currentKey));
         if (end == std::string_view::npos)
             break;
         text.remove_prefix(end + 1);
     }
 }
 
-HiveDocument::Line HiveDocument::Parse(std::string raw, const std::string& currentKey) {
+HiveDocument::Line HiveDocument::Parse(std::string raw, std::string& currentKey) {
     Line line{Kind::Damaged, std::move(raw), {}, {}, {}};
     std::string_view text = line.raw;
     if (!text.empty() && text.back() == '\r')
@@ -149,6 +147,8 @@ HiveDocument::Line HiveDocument::Parse(std::string raw, const std::string& curre
     } else if (text.front() == ';' || text.front() == '#') {
         line.kind = Kind::Comment;
     } else if (text.front() == '[') {
+        // The values below a key line that cannot be read belong to no key we know.
+        currentKey.clear();
         if (text.size() < 2 || text.back() != ']')
             return line;
         std::string key;
@@ -170,6 +170,7 @@ HiveDocument::Line HiveDocument::Parse(std::string raw, const std::string& curre
             return line;
         line.kind = Kind::Key;
         line.key = std::move(key);
+        currentKey = line.key;
     } else {
         const std::size_t equals = text.find('=');
         if (equals == std::string_view::npos || currentKey.empty())

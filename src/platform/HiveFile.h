@@ -25,12 +25,14 @@
 //   a text. In names it also escapes "=", "[", "]", ";" and "#"; in key names "[" and "]".
 //   The reader accepts unescaped bytes of 0x80 or above as they are.
 // - Every other line is damage (a "[" line without its "]", a line without "=", a bad
-//   "%" escape, an escaped NUL, a value above the first key): it is skipped when reading,
-//   kept byte for byte when the file is written back, and listed by Damage().
+//   "%" escape, an escaped NUL, a value above the first key or below a damaged "[" line):
+//   it is skipped when reading, kept byte for byte when the file is written back, and
+//   listed by Damage().
 //
-// When a value is added to a key that has no lines yet, the key's block is appended at the
-// end of the file, after a blank line. Where a key or a name occurs more than once (a hand
-// edit), the first occurrence is the one read and changed.
+// A value added to a key goes after the last value (or damaged) line of the key's first
+// block; a key that has no block yet gets one at the end of the file, after a blank line.
+// Where a key or a name occurs more than once (a hand edit), the first occurrence is the
+// one read and changed; removing a value removes all its occurrences.
 #pragma once
 
 #include <cstddef>
@@ -82,7 +84,9 @@ private:
         std::string value; // Value only
     };
 
-    static Line Parse(std::string raw, const std::string& currentKey);
+    /// Reads one line; `currentKey` is the key of the block the line is in, and follows
+    /// the key lines read.
+    static Line Parse(std::string raw, std::string& currentKey);
     static std::string FormatValueLine(std::string_view name, std::string_view value);
     static std::string FormatKeyLine(std::string_view key);
     std::size_t EndOfBlock(std::size_t keyLine) const;
