@@ -69,24 +69,29 @@ TEST_F(StatusMessageTest, NestedMessagesPutTheEarlierTextBack) {
     EXPECT_FALSE(StatusMessage::IsDisplaying());
 }
 
-// A kept message puts its own text back when it ends.
+// A kept message puts its own text back when it ends, not the earlier one. Since an
+// ending message empties the current text, a message made after it saves the empty text.
 TEST_F(StatusMessageTest, AKeptMessageShowsItsOwnTextOnceMore) {
     {
-        StatusMessage a("A");
+        StatusMessage before("Before");
         {
-            StatusMessage kept("Saved", true);
-            EXPECT_EQ(Current(), "Saved");
-        }
-        EXPECT_EQ(Current(), "");
-        {
-            StatusMessage b("B");
+            StatusMessage a("A");
+            {
+                StatusMessage kept("Saved", true);
+                EXPECT_EQ(Current(), "Saved");
+            }
+            EXPECT_EQ(Current(), "");
+            {
+                StatusMessage b("B");
+            }
         }
     }
-    EXPECT_EQ(status.calls, (std::vector<std::string>{"text:A", "text:Saved", "text:Saved",
-                                                      "text:B", "text:", "text:A"}));
+    EXPECT_EQ(status.calls,
+              (std::vector<std::string>{"text:Before", "text:A", "text:Saved", "text:Saved",
+                                        "text:B", "text:", "text:Before", "text:"}));
     // Each text was current while the handler received it.
     EXPECT_EQ(status.seenDuringCall,
-              (std::vector<std::string>{"A", "Saved", "Saved", "B", "", "A"}));
+              (std::vector<std::string>{"Before", "A", "Saved", "Saved", "B", "", "Before", ""}));
 }
 
 TEST_F(StatusMessageTest, TheIdFormTakesTheResourceText) {

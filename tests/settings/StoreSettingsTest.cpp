@@ -130,8 +130,10 @@ TEST_F(StoreSettingsTest, ResetLocalRegistryRemovesAKeyWithItsSubkeys) {
 }
 
 TEST_F(StoreSettingsTest, TheReadyProfileStoresUnderTheApplicationKey) {
-    ApplicationProfile* previous = InstallRegistryProfile(String(kTestKey));
-    ScopedHandler<ApplicationProfile> restore(&SetApplicationProfile, previous);
+    // Installs the current profile again now and puts it back at the end.
+    ScopedHandler<ApplicationProfile> restore(&SetApplicationProfile, GetApplicationProfile());
+    ApplicationProfile* const before = GetApplicationProfile();
+    EXPECT_EQ(InstallRegistryProfile(String(kTestKey)), before);
     ASSERT_NE(GetApplicationProfile(), nullptr);
 
     EXPECT_EQ(SetRegistryBOOL("Options", "AutoSave", true), true);
@@ -171,7 +173,8 @@ TEST_F(StoreSettingsTest, TheReadyProfileRoundTripsBinaryData) {
     EXPECT_EQ(profile.WriteProfileBinary("Bin", "Empty", nullptr, 0), 1);
     const std::string appKey = std::string("Software\\Varn, Inc.\\") + kTestKey;
     EXPECT_EQ(Raw(appKey + "\\Bin", "All").substr(0, 10), "0001020304");
-    EXPECT_EQ(Raw(appKey + "\\Bin", "All").substr(500), "FCFDFEFF");
+    EXPECT_EQ(Raw(appKey + "\\Bin", "All").size(), 512u); // two digits a byte
+    EXPECT_EQ(Raw(appKey + "\\Bin", "All").substr(504), "FCFDFEFF");
 
     unsigned char* data = nullptr;
     unsigned int size = 0;

@@ -305,8 +305,6 @@ public:
 
     // ---- log file (handlers/)
 
-    // ---- log file (handlers/) -------------------------------------------------------------
-
     /// The full name of the log file that the host's log handler writes: the application's
     /// folder followed by "\tollan.log" on Windows and by "/tollan.log" on Linux. Computed
     /// on the first call; the same text for the rest of the process's life.
