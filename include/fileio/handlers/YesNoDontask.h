@@ -12,8 +12,9 @@
 
 class FILEIO_API YesNoDontask {
 public:
-    /// An answer; AnswerGiven serves only as a `remember` value.
-    enum Answer { No = 0, Yes = 1, AnswerGiven = 2 };
+    /// An answer; AnswerGiven serves only as a `remember` value. (Any int converts; every
+    /// `remember` other than Yes and AnswerGiven replays No.)
+    enum Answer : int { No = 0, Yes = 1, AnswerGiven = 2 };
 
     /// Asks `text` under `caption`, unless the user chose not to be asked again: then the
     /// stored answer is returned without asking (Yes when key + "Answer" reads true, its
