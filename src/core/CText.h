@@ -6,6 +6,8 @@
 namespace fileio::detail {
 
 /// The text of `s`, "" for the null string: never null.
-inline const char* TextOf(const String& s) noexcept { return s.Get() != nullptr ? s.Get() : ""; }
+inline const char* TextOf(const String& s) noexcept {
+    return s.Get() != nullptr ? s.Get() : "";
+}
 
 } // namespace fileio::detail

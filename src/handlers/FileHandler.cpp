@@ -7,11 +7,17 @@ FileHandler* g_fileHandler = nullptr;
 } // namespace
 
 FileHandler::~FileHandler() = default;
-bool FileHandler::IsPrompt() { return true; }
-bool FileHandler::IsContinueLoading() { return true; }
+bool FileHandler::IsPrompt() {
+    return true;
+}
+bool FileHandler::IsContinueLoading() {
+    return true;
+}
 void FileHandler::MissingFile(const String&) {}
 
-FileHandler* GetFileHandler() { return g_fileHandler; }
+FileHandler* GetFileHandler() {
+    return g_fileHandler;
+}
 
 FileHandler* SetFileHandler(FileHandler* handler) {
     FileHandler* previous = g_fileHandler;

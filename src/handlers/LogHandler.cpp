@@ -14,9 +14,13 @@ void LogHandler::Post(const String& line) {
         g_logHandler->LogMessage(line);
 }
 
-bool LogHandler::IsActive() { return g_logHandler != nullptr; }
+bool LogHandler::IsActive() {
+    return g_logHandler != nullptr;
+}
 
-LogHandler* GetLogHandler() { return g_logHandler; }
+LogHandler* GetLogHandler() {
+    return g_logHandler;
+}
 
 LogHandler* SetLogHandler(LogHandler* handler) {
     LogHandler* previous = g_logHandler;

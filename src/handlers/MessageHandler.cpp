@@ -9,7 +9,9 @@ MessageHandler* g_messageHandler = nullptr;
 MessageHandler::~MessageHandler() = default;
 void MessageHandler::MessageRequest(const String&, const String&) {}
 
-MessageHandler* GetMessageHandler() { return g_messageHandler; }
+MessageHandler* GetMessageHandler() {
+    return g_messageHandler;
+}
 
 MessageHandler* SetMessageHandler(MessageHandler* handler) {
     MessageHandler* previous = g_messageHandler;

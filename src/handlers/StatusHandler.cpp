@@ -9,5 +9,9 @@ void StatusHandler::UninitializeProgressControl() {}
 bool StatusHandler::InitializeProgressControl(const char*, unsigned char, int, int) {
     return true;
 }
-bool StatusHandler::IsProgressControlActive() const { return false; }
-unsigned char StatusHandler::GetCurrentType() { return 0; }
+bool StatusHandler::IsProgressControlActive() const {
+    return false;
+}
+unsigned char StatusHandler::GetCurrentType() {
+    return 0;
+}

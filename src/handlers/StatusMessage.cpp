@@ -48,7 +48,9 @@ void CountDownUnlessZero() {
 
 } // namespace
 
-StatusMessage::StatusMessage(const String& text, bool keep) { Start(text, keep); }
+StatusMessage::StatusMessage(const String& text, bool keep) {
+    Start(text, keep);
+}
 
 StatusMessage::StatusMessage(unsigned int textId, bool keep) {
     Start(GetResourceString(textId), keep);
@@ -81,14 +83,18 @@ StatusHandler* StatusMessage::SetHandler(StatusHandler* newHandler) {
     return handler.exchange(newHandler);
 }
 
-void StatusMessage::Display() { Tell(CurrentMessage()); }
+void StatusMessage::Display() {
+    Tell(CurrentMessage());
+}
 
 String StatusMessage::GetStatusMessage() {
     std::lock_guard<std::recursive_mutex> lock(Critical());
     return CurrentMessage();
 }
 
-void StatusMessage::SetVisible(bool visible) { should_display.store(visible); }
+void StatusMessage::SetVisible(bool visible) {
+    should_display.store(visible);
+}
 
 void StatusMessage::SetDisplaying(bool displaying) {
     if (displaying)
@@ -97,7 +103,9 @@ void StatusMessage::SetDisplaying(bool displaying) {
         CountDownUnlessZero();
 }
 
-bool StatusMessage::IsDisplaying() { return count.load() != 0; }
+bool StatusMessage::IsDisplaying() {
+    return count.load() != 0;
+}
 
 bool StatusMessage::InitializeProgressControl(const char* text, unsigned char type, int low,
                                               int high) {

@@ -19,8 +19,8 @@ String Suffixed(const String& key, const char* suffix) {
 } // namespace
 
 YesNoDontask::Answer YesNoDontask::Ask(const String& caption, const String& text,
-                                       const String& section, const String& key,
-                                       Answer remember, bool okOnly) {
+                                       const String& section, const String& key, Answer remember,
+                                       bool okOnly) {
     using namespace fileio::detail::resource;
     using fileio::detail::TextOf;
     const String askName = Suffixed(key, "Ask");

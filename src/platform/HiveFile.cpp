@@ -18,12 +18,14 @@ constexpr std::string_view kNameExtras = "=[];#";
 constexpr std::string_view kKeyExtras = "[]";
 constexpr char kHex[] = "0123456789ABCDEF";
 
-char FoldCase(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+char FoldCase(char c) {
+    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
 bool EqualNoCase(std::string_view a, std::string_view b) {
-    return a.size() == b.size() &&
-           std::equal(a.begin(), a.end(), b.begin(),
-                      [](char x, char y) { return FoldCase(x) == FoldCase(y); });
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+               return FoldCase(x) == FoldCase(y);
+           });
 }
 
 /// `key` is `ancestor` itself or a key below it.
@@ -34,7 +36,9 @@ bool IsSameOrBelow(std::string_view key, std::string_view ancestor) {
            EqualNoCase(key.substr(0, ancestor.size()), ancestor);
 }
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t';
+}
 
 std::string_view Trim(std::string_view s) {
     while (!s.empty() && IsBlank(s.front()))
@@ -84,8 +88,7 @@ std::string EscapeHiveText(std::string_view text, std::string_view extra) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
         const bool atEnd = i == 0 || i + 1 == text.size();
-        const bool escape = byte < 0x20 || byte >= 0x7F || byte == '%' ||
-                            (atEnd && byte == ' ') ||
+        const bool escape = byte < 0x20 || byte >= 0x7F || byte == '%' || (atEnd && byte == ' ') ||
                             extra.find(static_cast<char>(byte)) != std::string_view::npos;
         if (escape) {
             out += '%';

@@ -8,7 +8,9 @@ ApplicationProfile* g_profile = nullptr;
 
 ApplicationProfile::~ApplicationProfile() = default;
 
-ApplicationProfile* GetApplicationProfile() { return g_profile; }
+ApplicationProfile* GetApplicationProfile() {
+    return g_profile;
+}
 
 ApplicationProfile* SetApplicationProfile(ApplicationProfile* profile) {
     ApplicationProfile* previous = g_profile;

@@ -51,20 +51,18 @@ String RegistryProfile::GetProfileString(const char* section, const char* entry,
     return String(defaultValue);
 }
 
-int RegistryProfile::WriteProfileString(const char* section, const char* entry,
-                                        const char* value) {
+int RegistryProfile::WriteProfileString(const char* section, const char* entry, const char* value) {
     if (entry == nullptr)
         return fileio::detail::DeleteStoreKey(GetApplicationKey(), String(section)) ? 1 : 0;
     if (value == nullptr)
         return fileio::detail::DeleteStoreValue(GetSectionKey(section), String(entry)) ? 1 : 0;
-    return fileio::detail::WriteStoreString(GetSectionKey(section), String(entry),
-                                            String(value))
+    return fileio::detail::WriteStoreString(GetSectionKey(section), String(entry), String(value))
                ? 1
                : 0;
 }
 
-int RegistryProfile::GetProfileBinary(const char* section, const char* entry,
-                                      unsigned char** data, unsigned int* bytes) {
+int RegistryProfile::GetProfileBinary(const char* section, const char* entry, unsigned char** data,
+                                      unsigned int* bytes) {
     *data = nullptr;
     *bytes = 0;
     String text;
@@ -97,8 +95,7 @@ int RegistryProfile::WriteProfileBinary(const char* section, const char* entry,
         digits += kHexDigits[data[i] >> 4];
         digits += kHexDigits[data[i] & 0x0F];
     }
-    return fileio::detail::WriteStoreString(GetSectionKey(section), String(entry),
-                                            String(digits))
+    return fileio::detail::WriteStoreString(GetSectionKey(section), String(entry), String(digits))
                ? 1
                : 0;
 }

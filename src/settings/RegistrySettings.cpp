@@ -30,7 +30,9 @@ int WriteText(const String& section, const String& entry, const char* text) {
     return profile->WriteProfileString(TextOf(section), TextOf(entry), text);
 }
 
-bool IsOnText(const String& text) { return text == String(kOn) || text == String("true"); }
+bool IsOnText(const String& text) {
+    return text == String(kOn) || text == String("true");
+}
 
 } // namespace
 
@@ -120,13 +122,11 @@ bool SetRegistryBOOL(int, const char* section, const char* entry, bool value) {
 
 // ---- texts ------------------------------------------------------------------------------
 
-String GetRegistryString(const String& section, const String& entry,
-                         const String& defaultValue) {
+String GetRegistryString(const String& section, const String& entry, const String& defaultValue) {
     return ReadText(section, entry, defaultValue);
 }
 
-char* GetRegistryString(int, const char* section, const char* entry,
-                        const char* defaultValue) {
+char* GetRegistryString(int, const char* section, const char* entry, const char* defaultValue) {
     // Kept in a standard string rather than a String: it may be filled until the process
     // ends, after the string pool is gone.
     static std::string lastResult;

@@ -19,14 +19,32 @@ String& LocalRegistryProfile() {
 
 } // namespace
 
-String GetProfileLocation() { return ProfileLocation(); }
-void SetProfileLocation(const String& location) { ProfileLocation() = location; }
-void FreeProfileLocation() { ProfileLocation() = String(); }
+String GetProfileLocation() {
+    return ProfileLocation();
+}
+void SetProfileLocation(const String& location) {
+    ProfileLocation() = location;
+}
+void FreeProfileLocation() {
+    ProfileLocation() = String();
+}
 
-String GetFoldersLocation() { return FoldersLocation(); }
-void SetFoldersLocation(const String& location) { FoldersLocation() = location; }
-void FreeFoldersLocation() { FoldersLocation() = String(); }
+String GetFoldersLocation() {
+    return FoldersLocation();
+}
+void SetFoldersLocation(const String& location) {
+    FoldersLocation() = location;
+}
+void FreeFoldersLocation() {
+    FoldersLocation() = String();
+}
 
-String GetLocalRegistryProfile() { return LocalRegistryProfile(); }
-void SetLocalRegistryProfile(const String& profile) { LocalRegistryProfile() = profile; }
-void FreeLocalRegistryProfile() { LocalRegistryProfile() = String(); }
+String GetLocalRegistryProfile() {
+    return LocalRegistryProfile();
+}
+void SetLocalRegistryProfile(const String& profile) {
+    LocalRegistryProfile() = profile;
+}
+void FreeLocalRegistryProfile() {
+    LocalRegistryProfile() = String();
+}

@@ -2,8 +2,8 @@
 // platform's message box: the sound and the box style of each type, the answer for each
 // button, type 11 and above, and the string resources.
 
-#include "fileio/handlers/MessageHandler.h"
 #include "fileio/handlers/MessageRequest.h"
+#include "fileio/handlers/MessageHandler.h"
 #include "fileio/handlers/ResourceStrings.h"
 #include "fileio/handlers/ScopedHandler.h"
 #include "platform/Platform.h"
@@ -40,9 +40,9 @@ TEST(MessageRequestTest, EachTypeHasItsSoundAndBox) {
         unsigned int style;
     };
     const Row rows[] = {
-        {0, 0, 0},          {1, 32, 1},         {2, 32, 5 + 32}, {3, 32, 4},
-        {4, 32, 3},         {5, 32, 2 + 32},    {6, 32, 3},      {7, 48, 0 + 48},
-        {8, kNoSound, 64},  {9, kNoSound, 16},  {10, kNoSound, 16},
+        {0, 0, 0},         {1, 32, 1},        {2, 32, 5 + 32},    {3, 32, 4},
+        {4, 32, 3},        {5, 32, 2 + 32},   {6, 32, 3},         {7, 48, 0 + 48},
+        {8, kNoSound, 64}, {9, kNoSound, 16}, {10, kNoSound, 16},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.type);
@@ -64,8 +64,9 @@ TEST(MessageRequestTest, EachTypeHasItsSoundAndBox) {
 
 TEST(MessageRequestTest, ButtonsMapToTheLibrarysAnswers) {
     const std::pair<int, int> rows[] = {
-        {box::kAnswerOk, 1},     {box::kAnswerRetry, 1}, {box::kAnswerYes, 1},
-        {box::kAnswerCancel, -1}, {box::kAnswerIgnore, 2}, {box::kAnswerAbort, 0},
+        {box::kAnswerOk, 1},     {box::kAnswerRetry, 1},
+        {box::kAnswerYes, 1},    {box::kAnswerCancel, -1},
+        {box::kAnswerIgnore, 2}, {box::kAnswerAbort, 0},
         {box::kAnswerNo, 0},     {0, 0}, // a box that could not be shown
     };
     for (const auto& [button, answer] : rows) {

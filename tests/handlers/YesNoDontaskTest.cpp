@@ -1,8 +1,8 @@
 // YesNoDontaskTest.cpp - the don't-ask question: the settings it reads and writes in the
 // profile, which answer it replays, and the texts of its dialog.
 
-#include "fileio/handlers/ScopedHandler.h"
 #include "fileio/handlers/YesNoDontask.h"
+#include "fileio/handlers/ScopedHandler.h"
 #include "fileio/settings/ApplicationProfile.h"
 #include "support/MemoryProfile.h"
 #include "support/ScriptedDialogs.h"
@@ -20,8 +20,8 @@ using fileio::test::ScriptedDialogs;
 class YesNoDontaskTest : public ::testing::Test {
 protected:
     YesNoDontask::Answer Ask(YesNoDontask::Answer remember, bool okOnly = false) {
-        return YesNoDontask::Ask("Caption", "Replace the file?", "Questions", "Replace",
-                                 remember, okOnly);
+        return YesNoDontask::Ask("Caption", "Replace the file?", "Questions", "Replace", remember,
+                                 okOnly);
     }
     std::optional<std::string> Stored(const char* name) const {
         return profile.Stored("Questions", name);
@@ -84,8 +84,8 @@ TEST_F(YesNoDontaskTest, ATickedBoxStoresTheAnswerToReplay) {
 TEST_F(YesNoDontaskTest, ReplaysStoredSettingsAsTheyRead) {
     ScriptedDialogs dialogs;
     const std::pair<const char*, YesNoDontask::Answer> rows[] = {
-        {"ON", YesNoDontask::Yes},  {"true", YesNoDontask::Yes}, {"OFF", YesNoDontask::No},
-        {"1", YesNoDontask::No},    {"", YesNoDontask::No},
+        {"ON", YesNoDontask::Yes}, {"true", YesNoDontask::Yes}, {"OFF", YesNoDontask::No},
+        {"1", YesNoDontask::No},   {"", YesNoDontask::No},
     };
     profile.values[{"Questions", "ReplaceAsk"}] = "off";
     for (const auto& [stored, answer] : rows) {

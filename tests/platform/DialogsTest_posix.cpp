@@ -20,8 +20,7 @@ using fileio::platform::Dialogs;
 
 /// Runs `body` in a child whose standard input and standard error are the slave side of a
 /// new pseudo terminal; `typed` is typed into it first. Returns the child's exit code.
-template <class Body>
-int RunAtTerminal(const std::string& typed, Body body) {
+template <class Body> int RunAtTerminal(const std::string& typed, Body body) {
     const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
     if (master < 0 || ::grantpt(master) != 0 || ::unlockpt(master) != 0)
         return -1;
@@ -89,8 +88,9 @@ TEST(PosixDialogsTest, AtATerminalTheTypedAnswerCounts) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.typed);
-        EXPECT_EQ(RunAtTerminal(row.typed, [&] { return Dialogs().messageBox("Go on?", row.style); }),
-                  row.answer);
+        EXPECT_EQ(
+            RunAtTerminal(row.typed, [&] { return Dialogs().messageBox("Go on?", row.style); }),
+            row.answer);
     }
     const fileio::platform::DontAskTexts texts{"Caption", "Replace?", "Yes", "No", "Don't ask"};
     // The answer in the low bit, the check box in the next.

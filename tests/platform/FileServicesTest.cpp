@@ -19,9 +19,10 @@ using fileio::platform::ReadResult;
 class FileServicesTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        folder = fs::temp_directory_path() /
-                 ("fileio-files-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-                  "-" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        folder =
+            fs::temp_directory_path() /
+            ("fileio-files-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
+             "-" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
         fs::remove_all(folder);
         fs::create_directories(folder);
     }
@@ -114,7 +115,8 @@ TEST(SystemServicesTest, NamesTheApplicationAndItsFolder) {
     EXPECT_TRUE(fs::is_directory(folder)) << folder;
     EXPECT_NE(folder.back(), fileio::platform::NativeSeparator());
     EXPECT_EQ(name, "fileio_platform_tests"); // this program, without a suffix
-    EXPECT_TRUE(fs::exists(fs::path(folder) / name) || fs::exists(fs::path(folder) / (name + ".exe")));
+    EXPECT_TRUE(fs::exists(fs::path(folder) / name) ||
+                fs::exists(fs::path(folder) / (name + ".exe")));
 }
 
 } // namespace

@@ -45,11 +45,11 @@ TEST(HiveFileTest, WritesValueLinesWithTheDocumentedEscapes) {
     };
     const Row rows[] = {
         {"Plain", "ON", "Plain=ON"},
-        {"Equals", "a=b==c", "Equals=a=b==c"},             // "=" in a value stays
+        {"Equals", "a=b==c", "Equals=a=b==c"},              // "=" in a value stays
         {"Percent", "100%", "Percent=100%25"},              // "%" is always escaped
         {"Lines", "one\ntwo\r\n", "Lines=one%0Atwo%0D%0A"}, // line ends cannot break a line
         {"Tab", "a\tb", "Tab=a%09b"},
-        {"Blanks", "  two  ", "Blanks=%20 two %20"},        // only the end blanks
+        {"Blanks", "  two  ", "Blanks=%20 two %20"}, // only the end blanks
         {"One blank", " ", "One blank=%20"},
         {"Path", "C:\\Program Files\\Varn", "Path=C:\\Program Files\\Varn"},
         {"Quotes", "\"quoted\" 'single'", "Quotes=\"quoted\" 'single'"},
@@ -57,11 +57,11 @@ TEST(HiveFileTest, WritesValueLinesWithTheDocumentedEscapes) {
         {"High", "caf\xC3\xA9 \x80\xFF", "High=caf%C3%A9 %80%FF"},
         {"Delete", "\x7F", "Delete=%7F"},
         {"Empty", "", "Empty="},
-        {"a=b", "1", "a%3Db=1"},                             // "=" in a name
+        {"a=b", "1", "a%3Db=1"}, // "=" in a name
         {"[x]", "2", "%5Bx%5D=2"},
         {";comment", "3", "%3Bcomment=3"},
         {"#hash", "4", "%23hash=4"},
-        {"", "default", "=default"},                        // the key's unnamed value
+        {"", "default", "=default"}, // the key's unnamed value
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.line);
@@ -82,9 +82,30 @@ TEST(HiveFileTest, EscapesKeyNamesButKeepsTheirSeparators) {
 // Any text written comes back exactly, through the file's text and a fresh parse.
 TEST(HiveFileTest, HostileTextsRoundTripThroughTheFile) {
     const std::vector<std::string> texts = {
-        "plain", "a=b", "[section]", "back\\slash\\", "\"quoted\"", "line\nend", "cr\r",
-        "crlf\r\n", "%41 is not A", "%", "%%", " lead", "trail ", "  ", "\t", ";not comment",
-        "#not comment", "=", "==", "]", "[", "caf\xC3\xA9", "\x80\x81\xFE\xFF", AllBytes(),
+        "plain",
+        "a=b",
+        "[section]",
+        "back\\slash\\",
+        "\"quoted\"",
+        "line\nend",
+        "cr\r",
+        "crlf\r\n",
+        "%41 is not A",
+        "%",
+        "%%",
+        " lead",
+        "trail ",
+        "  ",
+        "\t",
+        ";not comment",
+        "#not comment",
+        "=",
+        "==",
+        "]",
+        "[",
+        "caf\xC3\xA9",
+        "\x80\x81\xFE\xFF",
+        AllBytes(),
     };
     for (const std::string& text : texts) {
         SCOPED_TRACE(EscapeHiveText(text, ""));
@@ -117,8 +138,8 @@ TEST(HiveFileTest, KeysAndNamesCompareWithoutRegardToCase) {
 
 TEST(HiveFileTest, KeyPathsAreNormalized) {
     const std::pair<const char*, const char*> rows[] = {
-        {"A\\B", "A\\B"},   {"\\A\\B\\", "A\\B"}, {"A\\\\\\B", "A\\B"},
-        {"", ""},           {"\\\\", ""},         {"Software\\Varn, Inc.\\", "Software\\Varn, Inc."},
+        {"A\\B", "A\\B"}, {"\\A\\B\\", "A\\B"}, {"A\\\\\\B", "A\\B"},
+        {"", ""},         {"\\\\", ""},         {"Software\\Varn, Inc.\\", "Software\\Varn, Inc."},
     };
     for (const auto& [in, out] : rows) {
         SCOPED_TRACE(in);
@@ -207,19 +228,19 @@ TEST(HiveFileTest, ReadsHandEditedFilesAndKeepsTheirBytes) {
 
 TEST(HiveFileTest, DamagedLinesAreSkippedListedAndKeptAsTheyAre) {
     const std::string text = std::string("orphan=above every key\n" // 1
-                                         "[Good]\n"                  // 2
-                                         "a=1\n"                     // 3
-                                         "no equals sign here\n"     // 4
-                                         "bad=%ZZ escape\n"          // 5
-                                         "nul=%00\n"                 // 6
-                                         "short=%4\n") +             // 7
-                             std::string("raw nul=a\0b\n", 12) +     // 8
-                             "[Broken\n"                              // 9
-                             "b=2\n"            // 10: below a damaged key line
-                             "[]\n"             // 11
-                             "[Bad%5Cslash]\n"  // 12: an escaped separator
-                             "[Good]\n"         // 13
-                             "c=3\n";           // 14
+                                         "[Good]\n"                 // 2
+                                         "a=1\n"                    // 3
+                                         "no equals sign here\n"    // 4
+                                         "bad=%ZZ escape\n"         // 5
+                                         "nul=%00\n"                // 6
+                                         "short=%4\n") +            // 7
+                             std::string("raw nul=a\0b\n", 12) +    // 8
+                             "[Broken\n"                            // 9
+                             "b=2\n"                                // 10: below a damaged key line
+                             "[]\n"                                 // 11
+                             "[Bad%5Cslash]\n"                      // 12: an escaped separator
+                             "[Good]\n"                             // 13
+                             "c=3\n";                               // 14
     HiveDocument document(text);
     EXPECT_EQ(document.Text(), text);
 

@@ -84,7 +84,9 @@ void WriteFile(const std::string& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-std::string Entry(int i) { return "Entry " + std::to_string(i); }
+std::string Entry(int i) {
+    return "Entry " + std::to_string(i);
+}
 
 class HiveProcessTest : public ::testing::Test {
 protected:
@@ -233,8 +235,9 @@ TEST_F(HiveProcessTest, AWriterKilledInAWriteLeavesTheOldOrTheNewFile) {
 // back whole, holds all the other entries, and a counter that never went back.
 TEST_F(HiveProcessTest, AWriterKilledAtRandomMomentsNeverDamagesTheFile) {
     for (int i = 0; i < 200; ++i)
-        ASSERT_EQ(SetLocalRegistryString("Random", String(Entry(i).c_str()),
-                                         String(std::string(40, static_cast<char>('a' + i % 26)).c_str())),
+        ASSERT_EQ(SetLocalRegistryString(
+                      "Random", String(Entry(i).c_str()),
+                      String(std::string(40, static_cast<char>('a' + i % 26)).c_str())),
                   1);
     std::mt19937 random(20240611);
     std::uniform_int_distribution<int> delayMicroseconds(0, 20000);

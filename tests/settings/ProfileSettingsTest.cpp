@@ -36,7 +36,7 @@ TEST_F(ProfileSettingsTest, NumbersAreWrittenInTheirStringTexts) {
     EXPECT_EQ(SetRegistryValue("Options", "Big", 1e10f), 1);
     EXPECT_EQ(Stored("Int"), "42");
     EXPECT_EQ(Stored("Negative"), "-2147483648");
-    EXPECT_EQ(Stored("Float"), "0.100000001");  // nine significant digits
+    EXPECT_EQ(Stored("Float"), "0.100000001");          // nine significant digits
     EXPECT_EQ(Stored("Double"), "0.10000000000000001"); // seventeen
     EXPECT_EQ(Stored("Big"), "1e+10");
     // The profile's answer is passed back.
@@ -51,15 +51,12 @@ TEST_F(ProfileSettingsTest, NumbersReadBackByDecimalConversion) {
         double asDouble;
     };
     const Row rows[] = {
-        {"42", 42, 42.0},
-        {"  -17", -17, -17.0},    // leading blanks and a sign
-        {"+8", 8, 8.0},
-        {"12abc", 12, 12.0},      // stops at the first character that does not fit
-        {"3.75", 3, 3.75},        // the int conversion stops at the point
-        {"abc", 0, 0.0},          // not a number reads as 0, not as the default
-        {"", 0, 0.0},
-        {"1e3", 1, 1000.0},
-        {"0x10", 0, 16.0},        // strtod reads hexadecimal; strtol base 10 does not
+        {"42", 42, 42.0},  {"  -17", -17, -17.0}, // leading blanks and a sign
+        {"+8", 8, 8.0},    {"12abc", 12, 12.0},   // stops at the first character that does not fit
+        {"3.75", 3, 3.75},                        // the int conversion stops at the point
+        {"abc", 0, 0.0},                          // not a number reads as 0, not as the default
+        {"", 0, 0.0},      {"1e3", 1, 1000.0},
+        {"0x10", 0, 16.0}, // strtod reads hexadecimal; strtol base 10 does not
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.stored);
@@ -93,9 +90,9 @@ TEST_F(ProfileSettingsTest, SwitchesAreOnOrOff) {
     EXPECT_EQ(Stored("D"), "OFF");
 
     const std::pair<const char*, bool> rows[] = {
-        {"ON", true},   {"on", true},   {"On", true},    {"true", true}, {"TRUE", true},
-        {"True", true}, {"OFF", false}, {"1", false},    {"yes", false}, {"", false},
-        {" ON", false}, {"ON ", false},  {"onn", false}, {"false", false},
+        {"ON", true},   {"on", true},   {"On", true},   {"true", true},   {"TRUE", true},
+        {"True", true}, {"OFF", false}, {"1", false},   {"yes", false},   {"", false},
+        {" ON", false}, {"ON ", false}, {"onn", false}, {"false", false},
     };
     for (const auto& [stored, expected] : rows) {
         SCOPED_TRACE(stored);

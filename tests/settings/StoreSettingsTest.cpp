@@ -28,7 +28,7 @@ using fileio::test::TestStore;
 std::string Raw(const std::string& key, const std::string& name) {
     std::string value;
     return fileio::platform::Hive().readString(key.c_str(), name.c_str(), value) ? value
-                                                                                : "<absent>";
+                                                                                 : "<absent>";
 }
 
 const std::string kCompany = "SOFTWARE\\Varn, Inc.\\";
@@ -68,8 +68,9 @@ TEST_F(StoreSettingsTest, LocalKeysFollowTheLocalRegistryProfile) {
 
 TEST_F(StoreSettingsTest, LocalTextsRoundTripExactly) {
     const std::vector<std::string> texts = {
-        "plain", "a=b", "[section]", "back\\slash\\", "\"quoted\"", "line\nend", "crlf\r\n",
-        "%41", " lead and trail ", ";x", "#x", "caf\xC3\xA9", AllBytes(), std::string(5000, 'x'),
+        "plain",     "a=b",         "[section]", "back\\slash\\",        "\"quoted\"",
+        "line\nend", "crlf\r\n",    "%41",       " lead and trail ",     ";x",
+        "#x",        "caf\xC3\xA9", AllBytes(),  std::string(5000, 'x'),
     };
     for (std::size_t i = 0; i < texts.size(); ++i) {
         SCOPED_TRACE(i);
@@ -80,8 +81,7 @@ TEST_F(StoreSettingsTest, LocalTextsRoundTripExactly) {
     for (std::size_t i = 0; i < texts.size(); ++i) {
         SCOPED_TRACE(i);
         const String entry(("Text " + std::to_string(i)).c_str());
-        EXPECT_EQ(std::string(GetLocalRegistryString("Texts", entry, "default").View()),
-                  texts[i]);
+        EXPECT_EQ(std::string(GetLocalRegistryString("Texts", entry, "default").View()), texts[i]);
     }
 }
 

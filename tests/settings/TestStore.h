@@ -24,7 +24,9 @@ public:
     /// The configuration folder the hive file lives in (Linux; empty on Windows).
     const std::string& Folder() const { return m_folder; }
     /// The hive file's full name (Linux; empty on Windows).
-    std::string HivePath() const { return m_folder.empty() ? m_folder : m_folder + "/varn-settings.hive"; }
+    std::string HivePath() const {
+        return m_folder.empty() ? m_folder : m_folder + "/varn-settings.hive";
+    }
 
 private:
     std::string m_folder;

@@ -13,7 +13,8 @@ TestStore::TestStore() {
     m_hadXdg = xdg != nullptr;
     if (m_hadXdg)
         m_savedXdg = xdg;
-    std::string pattern = (std::filesystem::temp_directory_path() / "fileio-settings-XXXXXX").string();
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "fileio-settings-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr)
         ADD_FAILURE() << "cannot make a temporary folder";
     m_folder = pattern;

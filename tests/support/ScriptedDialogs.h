@@ -13,7 +13,7 @@ class ScriptedDialogs {
 public:
     /// What the library showed or played, in order.
     struct Event {
-        std::string kind; // "sound", "alert", "box" or "dontask"
+        std::string kind;       // "sound", "alert", "box" or "dontask"
         unsigned int value = 0; // the sound's kind or the box's style
         std::string text;
         // The don't-ask question's texts (affirmative "<hidden>" when null).

@@ -17,8 +17,7 @@
 
 /// Installs `handler` through `install` (a setter that returns the previous handler) and
 /// reinstalls the previous one on destruction.
-template <class Handler>
-class ScopedHandler {
+template <class Handler> class ScopedHandler {
 public:
     using Installer = Handler* (*)(Handler*);
 

@@ -30,8 +30,7 @@ public:
     virtual void UninitializeProgressControl();
     /// Puts up a progress control showing `text`, of the host's kind `type`, for positions
     /// from `low` to `high`. Returns whether it is up. Default: returns true.
-    virtual bool InitializeProgressControl(const char* text, unsigned char type, int low,
-                                           int high);
+    virtual bool InitializeProgressControl(const char* text, unsigned char type, int low, int high);
     /// Whether a progress control is up. Default: false.
     virtual bool IsProgressControlActive() const;
     /// The kind of the progress control that is up. Default: 0.

@@ -55,8 +55,7 @@ public:
 
     /// Makes `text` the current text (without telling the handler's SetStatusText) and
     /// forwards to the handler's InitializeProgressControl. False with no handler.
-    static bool InitializeProgressControl(const char* text, unsigned char type, int low,
-                                          int high);
+    static bool InitializeProgressControl(const char* text, unsigned char type, int low, int high);
     /// Forwarded to the handler; nothing with no handler.
     static void SetProgress(int position);
     static void StepProgress();

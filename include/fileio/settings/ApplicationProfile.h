@@ -25,8 +25,7 @@ public:
                                     const char* defaultValue) = 0;
     /// Stores `value` as the text of `entry` in `section`. A null `value` removes the
     /// entry; a null `entry` removes the whole section. Non-zero on success.
-    virtual int WriteProfileString(const char* section, const char* entry,
-                                   const char* value) = 0;
+    virtual int WriteProfileString(const char* section, const char* entry, const char* value) = 0;
     /// Reads binary data stored by WriteProfileBinary. On success returns non-zero and sets
     /// *data to a buffer from `new unsigned char[]` (the caller releases it with delete[])
     /// and *bytes to its size; otherwise returns 0 with *data null and *bytes 0.

@@ -20,8 +20,7 @@ FILEIO_API String GetLocalRegistryString(const String& section, const String& en
                                          const String& defaultValue);
 /// The stored number (decimal conversion; a text without a number reads as 0);
 /// `defaultValue` when the entry is absent.
-FILEIO_API int GetLocalRegistryValue(const String& section, const String& entry,
-                                     int defaultValue);
+FILEIO_API int GetLocalRegistryValue(const String& section, const String& entry, int defaultValue);
 FILEIO_API float GetLocalRegistryValue(const String& section, const String& entry,
                                        float defaultValue);
 

@@ -25,13 +25,10 @@
 /// The number stored as `entry` of `section`; `defaultValue` when the entry is absent.
 /// Example: a missing entry reads as the default, 7; an entry holding "abc" reads as 0.
 FILEIO_API int GetRegistryValue(const String& section, const String& entry, int defaultValue);
-FILEIO_API float GetRegistryValue(const String& section, const String& entry,
-                                  float defaultValue);
-FILEIO_API double GetRegistryValue(const String& section, const String& entry,
-                                   double defaultValue);
+FILEIO_API float GetRegistryValue(const String& section, const String& entry, float defaultValue);
+FILEIO_API double GetRegistryValue(const String& section, const String& entry, double defaultValue);
 FILEIO_API int GetRegistryValue(int, const char* section, const char* entry, int defaultValue);
-FILEIO_API float GetRegistryValue(int, const char* section, const char* entry,
-                                  float defaultValue);
+FILEIO_API float GetRegistryValue(int, const char* section, const char* entry, float defaultValue);
 FILEIO_API double GetRegistryValue(int, const char* section, const char* entry,
                                    double defaultValue);
 
@@ -70,10 +67,8 @@ FILEIO_API char* GetRegistryString(int, const char* section, const char* entry,
                                    const char* defaultValue);
 
 /// Stores the text. Returns the profile's answer, 0 without a profile object.
-FILEIO_API int SetRegistryString(const String& section, const String& entry,
-                                 const String& value);
-FILEIO_API int SetRegistryString(int, const char* section, const char* entry,
-                                 const char* value);
+FILEIO_API int SetRegistryString(const String& section, const String& entry, const String& value);
+FILEIO_API int SetRegistryString(int, const char* section, const char* entry, const char* value);
 
 /// Removes the entry (by writing a null value through the profile's WriteProfileString).
 /// Returns the profile's answer, 0 without a profile object.

@@ -46,7 +46,9 @@ std::vector<Choice> ChoicesOf(unsigned int style) {
     }
 }
 
-bool SomebodyToAsk() { return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1; }
+bool SomebodyToAsk() {
+    return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1;
+}
 
 /// The first non-blank character of the next line typed, lower-cased; 0 at the end of
 /// the input.

@@ -84,7 +84,9 @@ bool ReplaceByRename(const char* from, const char* to) {
     return true;
 }
 
-bool RemoveFile(const char* path) { return ::unlink(path) == 0; }
+bool RemoveFile(const char* path) {
+    return ::unlink(path) == 0;
+}
 
 FileLockToken TakeFileLock(const char* path) {
     const int fd = OpenRetrying(path, O_RDWR | O_CREAT, 0600);
@@ -111,11 +113,13 @@ void ReleaseFileLock(FileLockToken token) {
 
 } // namespace
 
-char NativeSeparator() noexcept { return '/'; }
+char NativeSeparator() noexcept {
+    return '/';
+}
 
 FileServices& Files() {
     static FileServices table{ReadWholeFile, WriteFileDurably, ReplaceByRename,
-                              RemoveFile,    TakeFileLock,         ReleaseFileLock};
+                              RemoveFile,    TakeFileLock,     ReleaseFileLock};
     return table;
 }
 

@@ -144,8 +144,7 @@ bool WriteString(const char* key, const char* name, const char* value) {
     if (NormalizeKeyPath(key).empty())
         return false;
     // Writing the text a value already holds succeeds without touching the file.
-    return Change([&](HiveDocument& document) { return document.Set(key, name, value); },
-                  true);
+    return Change([&](HiveDocument& document) { return document.Set(key, name, value); }, true);
 }
 
 bool DeleteValue(const char* key, const char* name) {

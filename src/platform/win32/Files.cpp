@@ -11,8 +11,9 @@ namespace {
 
 ReadResult ReadWholeFile(const char* path, std::string& bytes) {
     bytes.clear();
-    HANDLE file = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                              nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE file =
+        CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         const DWORD error = GetLastError();
         return (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
@@ -36,8 +37,8 @@ ReadResult ReadWholeFile(const char* path, std::string& bytes) {
 }
 
 bool WriteFileDurably(const char* path, const void* data, std::size_t size) {
-    HANDLE file = CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE file =
+        CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return false;
     const char* bytes = static_cast<const char*>(data);
@@ -58,7 +59,9 @@ bool ReplaceByRename(const char* from, const char* to) {
     return MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
 }
 
-bool RemoveFile(const char* path) { return DeleteFileA(path) != 0; }
+bool RemoveFile(const char* path) {
+    return DeleteFileA(path) != 0;
+}
 
 FileLockToken TakeFileLock(const char* path) {
     HANDLE file = CreateFileA(path, GENERIC_READ | GENERIC_WRITE,
@@ -85,11 +88,13 @@ void ReleaseFileLock(FileLockToken token) {
 
 } // namespace
 
-char NativeSeparator() noexcept { return '\\'; }
+char NativeSeparator() noexcept {
+    return '\\';
+}
 
 FileServices& Files() {
     static FileServices table{ReadWholeFile, WriteFileDurably, ReplaceByRename,
-                              RemoveFile,    TakeFileLock,         ReleaseFileLock};
+                              RemoveFile,    TakeFileLock,     ReleaseFileLock};
     return table;
 }
 

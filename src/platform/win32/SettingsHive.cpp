@@ -45,7 +45,8 @@ private:
 bool ReadString(const char* keyPath, const char* name, std::string& value) {
     const std::string path = NormalizeKeyPath(keyPath);
     Key key;
-    if (path.empty() || (!key.Open(path.c_str(), KEY_ALL_ACCESS) && !key.Open(path.c_str(), KEY_READ)))
+    if (path.empty() ||
+        (!key.Open(path.c_str(), KEY_ALL_ACCESS) && !key.Open(path.c_str(), KEY_READ)))
         return false;
     DWORD longest = 0;
     if (RegQueryInfoKeyA(key.Handle(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
@@ -96,7 +97,9 @@ bool DeleteKey(const char* parent, const char* name) {
            RegDeleteTreeA(key.Handle(), subkey.c_str()) == ERROR_SUCCESS;
 }
 
-std::string TakeDamageReport() { return {}; }
+std::string TakeDamageReport() {
+    return {};
+}
 
 } // namespace
 

@@ -37,9 +37,13 @@ std::string ApplicationName() {
     return name.substr(0, name.rfind('.'));
 }
 
-void DebugTrace(const char* text) { OutputDebugStringA(text); }
+void DebugTrace(const char* text) {
+    OutputDebugStringA(text);
+}
 
-void WarningSound(unsigned int kind) { MessageBeep(kind); }
+void WarningSound(unsigned int kind) {
+    MessageBeep(kind);
+}
 
 } // namespace
 
