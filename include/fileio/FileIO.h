@@ -6,6 +6,8 @@
 #include "fileio/core/Vectors.h"
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
+#include "fileio/stream/Token.h"
+#include "fileio/stream/Vocabulary.h"
 #include "fileio/settings/ApplicationProfile.h"
 #include "fileio/settings/LocalRegistry.h"
 #include "fileio/settings/RegistryProfile.h"

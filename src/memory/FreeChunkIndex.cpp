@@ -133,12 +133,28 @@ void FreeChunkIndex::Erase(const MemChunk* chunk) noexcept {
         Rescan(slot / kBucketSlots);
 }
 
-void FreeChunkIndex::Grow(const MemChunk* chunk, unsigned long long oldSize) noexcept {
-    const unsigned slot = SlotOf(chunk);
-    assert(m_begins.Test(slot) && oldSize <= chunk->size && "FreeChunkIndex: the chunk is not recorded");
-    m_ends.Clear(slot + static_cast<unsigned>(oldSize / kSlotBytes));
-    m_ends.Set(slot + UnitsOf(chunk));
-    Raise(slot / kBucketSlots, UnitsOf(chunk));
+void FreeChunkIndex::Reshape(const MemChunk* before, unsigned long long oldSize, const MemChunk* after) noexcept {
+    const unsigned oldSlot = SlotOf(before);
+    const unsigned newSlot = SlotOf(after);
+    const auto oldUnits = static_cast<Units>(oldSize / kSlotBytes);
+    const Units newUnits = UnitsOf(after);
+    assert(m_begins.Test(oldSlot) && "FreeChunkIndex: the chunk is not recorded");
+    if (newSlot != oldSlot) {
+        assert(!m_begins.Test(newSlot) && "FreeChunkIndex: another chunk is recorded there");
+        m_begins.Clear(oldSlot);
+        m_begins.Set(newSlot);
+    }
+    if (newSlot + newUnits != oldSlot + oldUnits) {
+        m_ends.Clear(oldSlot + oldUnits);
+        m_ends.Set(newSlot + newUnits);
+    }
+    // The new bucket's figure first: a rescan of the old bucket then rebuilds the figures
+    // above it from up-to-date children.
+    const unsigned oldBucket = oldSlot / kBucketSlots;
+    const unsigned newBucket = newSlot / kBucketSlots;
+    Raise(newBucket, newUnits);
+    if ((oldBucket != newBucket || newUnits < oldUnits) && oldUnits == m_largest[kBuckets + oldBucket])
+        Rescan(oldBucket);
 }
 
 bool FreeChunkIndex::BeginsAt(const void* address) const noexcept { return m_begins.Test(SlotOf(address)); }

@@ -35,8 +35,10 @@ public:
     void Insert(const MemChunk* chunk) noexcept;
     /// Forgets a recorded chunk. REQUIRES: its size word is still the recorded size.
     void Erase(const MemChunk* chunk) noexcept;
-    /// Notes that a recorded chunk's size word grew from oldSize to its present value.
-    void Grow(const MemChunk* chunk, unsigned long long oldSize) noexcept;
+    /// Notes that the recorded chunk at `before`, of oldSize bytes, is now the chunk at
+    /// `after` (its size word already written): a chunk that grew or shrank at either end.
+    /// The two may be the same address. REQUIRES: no other recorded chunk begins at `after`.
+    void Reshape(const MemChunk* before, unsigned long long oldSize, const MemChunk* after) noexcept;
 
     /// True when a recorded free chunk begins at `address`.
     [[nodiscard]] bool BeginsAt(const void* address) const noexcept;

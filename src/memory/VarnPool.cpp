@@ -48,6 +48,25 @@ MemChunk*& LinkTo(MemHeader* block, MemChunk* above) noexcept {
     return above != nullptr ? above->next : block->freeList;
 }
 
+#ifndef NDEBUG
+// Checks in debug builds that a block's free list holds exactly the chunks of its index, in
+// descending address order, and that largestFree is the largest of them. It walks the whole
+// list, as the search for a chunk did before the index existed.
+void CheckFreeList(const MemHeader* block, const FreeChunkIndex* index) {
+    unsigned long long largest = 0;
+    const void* limit = block->end;
+    for (const MemChunk* chunk = block->freeList;; chunk = chunk->next) {
+        assert((index == nullptr || chunk == index->Below(limit)) && "VarnPool: the free list and its index differ");
+        if (chunk == nullptr)
+            break;
+        largest = chunk->size > largest ? chunk->size : largest;
+        limit = chunk;
+    }
+    assert(largest == block->largestFree && (index == nullptr || largest == index->Largest()) &&
+           "VarnPool: largestFree is not the largest free chunk");
+}
+#endif
+
 } // namespace
 
 // The pool's lock, held for the guard's lifetime.
@@ -110,6 +129,9 @@ void* VarnPool::VarnAlloc(unsigned long long n) {
     chunk->size = size;
     chunk->next = nullptr;
     std::memset(chunk + 1, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
+#ifndef NDEBUG
+    CheckFreeList(block, m_table->Find(block->start)->index);
+#endif
     // Only the lock holder writes the total; a plain store keeps readers' snapshots whole.
     m_total.store(m_total.load(std::memory_order_relaxed) + size, std::memory_order_relaxed);
     return chunk + 1;
@@ -126,20 +148,19 @@ void VarnPool::TakeFromChunk(MemHeader* block, FreeChunkIndex* index, MemChunk* 
     const unsigned long long taken = chunk->size;
     const unsigned long long remainder = taken - size;
     MemChunk*& link = LinkTo(block, index != nullptr ? index->Above(chunk) : nullptr);
-    if (index != nullptr)
-        index->Erase(chunk);
     if (remainder != 0 && remainder >= minimumRemainder) {
         MemChunk* rest = ChunkAt(Bytes(chunk) + size);
         rest->size = remainder;
         rest->next = chunk->next;
         link = rest;
-        index->Insert(rest);
+        index->Reshape(chunk, taken, rest);
     } else {
         link = chunk->next;
+        if (index != nullptr)
+            index->Erase(chunk);
     }
     if (taken == block->largestFree)
         block->largestFree = index != nullptr ? index->Largest() : 0;
-    assert((index == nullptr || block->largestFree == index->Largest()) && "VarnPool: largest free size is stale");
 }
 
 void VarnPool::VarnFree(void* p) {
@@ -173,33 +194,49 @@ void VarnPool::VarnFree(void* p) {
 
     // The free chunks on either side: lower below the chunk, upper above it; on the list,
     // upper comes right before lower. The index tells whether they touch the chunk without
-    // reading their headers.
+    // reading their headers. Merged-away headers are cleared.
     MemChunk* lower = index->Below(chunk);
     MemChunk* upper = index->Above(chunk);
+    const bool mergesLower = index->EndsAt(chunk);
+    const bool mergesUpper = upper != nullptr && Bytes(chunk) + size == Bytes(upper);
     MemChunk* current;
-    if (index->EndsAt(chunk)) {
-        const unsigned long long oldSize = lower->size;
-        lower->size += size;
-        index->Grow(lower, oldSize);
-        *chunk = MemChunk{};
-        current = lower;
+    if (!mergesUpper) {
+        if (mergesLower) {
+            const unsigned long long oldSize = lower->size;
+            lower->size += size;
+            index->Reshape(lower, oldSize, lower);
+            *chunk = MemChunk{};
+            current = lower;
+        } else {
+            chunk->next = lower;
+            LinkTo(block, upper) = chunk;
+            index->Insert(chunk);
+            current = chunk;
+        }
     } else {
-        chunk->next = lower;
-        LinkTo(block, upper) = chunk;
-        index->Insert(chunk);
-        current = chunk;
-    }
-    if (Bytes(chunk) + size == Bytes(upper)) {
-        LinkTo(block, index->Above(upper)) = current;
-        const unsigned long long oldSize = current->size;
-        index->Erase(upper);
-        current->size += upper->size;
-        index->Grow(current, oldSize);
+        // Upper's place on the list goes to the merged chunk.
+        const unsigned long long upperSize = upper->size;
+        LinkTo(block, index->Above(upper)) = mergesLower ? lower : chunk;
+        if (mergesLower) {
+            index->Erase(upper);
+            const unsigned long long oldSize = lower->size;
+            lower->size += size + upperSize;
+            index->Reshape(lower, oldSize, lower);
+            *chunk = MemChunk{};
+            current = lower;
+        } else {
+            chunk->size = size + upperSize;
+            chunk->next = upper->next;
+            index->Reshape(upper, upperSize, chunk);
+            current = chunk;
+        }
         *upper = MemChunk{};
     }
     if (current->size > block->largestFree)
         block->largestFree = current->size;
-    assert(block->largestFree == index->Largest() && "VarnPool: largest free size is stale");
+#ifndef NDEBUG
+    CheckFreeList(block, index);
+#endif
 
     std::memset(p, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
 }
