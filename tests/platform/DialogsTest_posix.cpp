@@ -51,8 +51,8 @@ template <class Body> int RunAtTerminal(const std::string& typed, Body body) {
 }
 
 TEST(PosixDialogsTest, WithoutATerminalTheAnswerIsTheOneThatStops) {
-    ASSERT_FALSE(::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1)
-        << "run this test without a terminal";
+    if (::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1)
+        GTEST_SKIP() << "somebody is at this terminal: run the test without one";
     const std::pair<unsigned int, int> rows[] = {
         {box::kOk, box::kAnswerOk},
         {box::kOkCancel, box::kAnswerCancel},
