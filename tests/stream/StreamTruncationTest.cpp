@@ -233,68 +233,64 @@ std::vector<Sample> Samples() {
             {"binary", SampleFile(true), 5.0f, Raw({0x50, 0x01, 0x00, 0xA0})}};
 }
 
+/// Runs `check` on every sample, on both transports, loaded with every prefix of the sample
+/// (the whole file last) at the sample's version.
+template <class Check> void ForEachPrefix(Check check) {
+    for (const Sample& sample : Samples()) {
+        for (bool byteWise : {false, true}) {
+            SCOPED_TRACE(std::string(sample.name) + (byteWise ? " byte-wise" : ""));
+            for (std::size_t length = 0; length <= sample.bytes.size(); ++length) {
+                SCOPED_TRACE("prefix of " + std::to_string(length) + " bytes");
+                const std::string prefix = sample.bytes.substr(0, length);
+                auto stream = Transport(byteWise);
+                Load(*stream, prefix, FM_LOADING | FM_VARN);
+                stream->SetVersion(sample.version);
+                check(sample, prefix, *stream);
+            }
+        }
+    }
+}
+
 } // namespace
 
 TEST(StreamTruncation, WholeSamplesReadEveryField) {
-    for (const Sample& sample : Samples()) {
-        for (bool byteWise : {false, true}) {
-            SCOPED_TRACE(std::string(sample.name) + (byteWise ? " byte-wise" : ""));
-            auto stream = Transport(byteWise);
-            Load(*stream, sample.bytes, FM_LOADING | FM_VARN, sample.version);
-            const Outcome outcome = ReadTyped(*stream, sample.bytes.size(), sample.version);
-            EXPECT_TRUE(outcome.finished);
-            EXPECT_FALSE(outcome.failed);
-            EXPECT_EQ(outcome.labels, 4 * static_cast<int>(Schema().size()));
-        }
-    }
+    ForEachPrefix([](const Sample& sample, const std::string& prefix, VarnStream& stream) {
+        if (prefix.size() != sample.bytes.size())
+            return;
+        const Outcome outcome = ReadTyped(stream, prefix.size(), sample.version);
+        EXPECT_TRUE(outcome.finished);
+        EXPECT_FALSE(outcome.failed);
+        EXPECT_EQ(outcome.labels, 4 * static_cast<int>(Schema().size()));
+    });
 }
 
 TEST(StreamTruncation, EveryPrefixEndsInFailureOrACleanEnd) {
-    for (const Sample& sample : Samples()) {
-        for (bool byteWise : {false, true}) {
-            SCOPED_TRACE(std::string(sample.name) + (byteWise ? " byte-wise" : ""));
-            for (std::size_t length = 0; length <= sample.bytes.size(); ++length) {
-                const std::string prefix = sample.bytes.substr(0, length);
-                auto stream = Transport(byteWise);
-                Load(*stream, prefix, FM_LOADING | FM_VARN, sample.version);
-                const Outcome outcome = ReadTyped(*stream, prefix.size(), sample.version);
-                ASSERT_TRUE(outcome.finished) << "prefix of " << length << " bytes";
-                ASSERT_TRUE(outcome.failed || outcome.atEnd) << "prefix of " << length << " bytes";
-            }
-        }
-    }
+    ForEachPrefix([](const Sample& sample, const std::string& prefix, VarnStream& stream) {
+        const Outcome outcome = ReadTyped(stream, prefix.size(), sample.version);
+        EXPECT_TRUE(outcome.finished);
+        EXPECT_TRUE(outcome.failed || outcome.atEnd);
+    });
 }
 
 TEST(StreamTruncation, SkipsOnEveryPrefixEndAndGoBackWhenNothingIsFound) {
-    for (const Sample& sample : Samples()) {
-        for (bool byteWise : {false, true}) {
-            SCOPED_TRACE(std::string(sample.name) + (byteWise ? " byte-wise" : ""));
-            for (std::size_t length = 0; length <= sample.bytes.size(); ++length) {
-                const std::string prefix = sample.bytes.substr(0, length);
-                auto stream = Transport(byteWise);
-                Load(*stream, prefix, FM_LOADING | FM_VARN, sample.version);
-                stream->SetVersion(sample.version);
-                // Stand after the first header, as a reader that decided to skip would.
-                SkipMarker(*stream);
-                const unsigned long long start = stream->GetPos();
-                if (stream->IsHeaderFromAnyVersion()) {
-                    Header header;
-                    *stream >> header;
-                }
-                const unsigned long long after = stream->GetPos();
-                const bool complete = prefix.find(sample.end) != std::string::npos;
-                const bool skipped = stream->SkipHeader(Header(kModelFile));
-                EXPECT_EQ(skipped, complete) << "prefix of " << length << " bytes";
-                if (skipped)
-                    EXPECT_TRUE(stream->VirtualEof()) << "the end header is the last token";
-                else
-                    EXPECT_EQ(stream->GetPos(), after) << "prefix of " << length << " bytes";
-
-                stream->Seek(static_cast<long long>(start), SM_BEGIN);
-                const bool found =
-                    stream->SkipPast(static_cast<unsigned>(kModelFile) | 0x20000000u);
-                EXPECT_EQ(found, complete) << "prefix of " << length << " bytes";
-            }
+    ForEachPrefix([](const Sample& sample, const std::string& prefix, VarnStream& stream) {
+        // Stand after the first header, as a reader that decided to skip would.
+        SkipMarker(stream);
+        const unsigned long long start = stream.GetPos();
+        if (stream.IsHeaderFromAnyVersion()) {
+            Header header;
+            stream >> header;
         }
-    }
+        const unsigned long long after = stream.GetPos();
+        const bool complete = prefix.find(sample.end) != std::string::npos;
+        const bool skipped = stream.SkipHeader(Header(kModelFile));
+        EXPECT_EQ(skipped, complete);
+        if (skipped)
+            EXPECT_TRUE(stream.VirtualEof()) << "the end header is the last token";
+        else
+            EXPECT_EQ(stream.GetPos(), after);
+
+        stream.Seek(static_cast<long long>(start), SM_BEGIN);
+        EXPECT_EQ(stream.SkipPast(static_cast<unsigned>(kModelFile) | 0x20000000u), complete);
+    });
 }
