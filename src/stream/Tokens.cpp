@@ -3,6 +3,7 @@
 #include "fileio/stream/MemoryStream.h"
 #include "fileio/stream/VarnStream.h"
 
+#include "core/StringAscii.h"
 #include "stream/StreamBytes.h"
 #include "stream/TokenText.h"
 
@@ -17,21 +18,6 @@ namespace {
 int LookUpSectionWord(const char* word) {
     const int id = GetHeaderIDFromText(word);
     return id != -1 ? id : GetLabelIDFromText(word);
-}
-
-/// ASCII case-insensitive equality.
-bool EqualsIgnoringCase(const char* a, const char* b) {
-    for (;; ++a, ++b) {
-        char x = *a, y = *b;
-        if (x >= 'A' && x <= 'Z')
-            x = static_cast<char>(x - 'A' + 'a');
-        if (y >= 'A' && y <= 'Z')
-            y = static_cast<char>(y - 'A' + 'a');
-        if (x != y)
-            return false;
-        if (x == '\0')
-            return true;
-    }
 }
 
 /// The start of the text the header table gives for an id without a word.
@@ -241,7 +227,7 @@ bool VarnStream::SkipHeaderText(const Header& header) {
         line >> found;
         if (std::strcmp(found.text, header.text) == 0) {
             ++depth;
-        } else if (EqualsIgnoringCase(found.text, endWord)) {
+        } else if (CompareNoCase(found.text, endWord) == 0) {
             if (depth == 0)
                 return true;
             --depth;
