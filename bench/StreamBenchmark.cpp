@@ -3,9 +3,8 @@
 //
 // The project has nested sections (a model holding meshes, each holding patch sections) and
 // a realistic mix of fields: names, flags, vectors, quaternions, colours, integers, floats,
-// doubles, times and now and then a matrix. Its size is 100 MB; the environment variable
-// FILEIO_STREAM_BENCH_MB or the option --size_mb=N sets another (the smoke run under CTest
-// uses 1).
+// doubles, times and now and then a matrix. Its size is 100 MB, 1 MB in the smoke run under
+// CTest (BenchScale.h); the option --size_mb=N sets another.
 //
 // The minimal reader walks a pointer over the same bytes. It does the work any reader of the
 // file must do and nothing else: it finds each token, asks the vocabulary for the header or
@@ -19,6 +18,7 @@
 // block already in memory, so the write case that compares with them writes into a block
 // the stream already holds; the "Growing" cases write into a new stream each time.
 
+#include "BenchScale.h"
 #include "core/StringNumbers.h"
 #include "fileio/FileIO.h"
 
@@ -132,14 +132,10 @@ void WriteProject(VarnStream& s, unsigned long long bytes) {
 unsigned long long g_sizeOption = 0;
 
 unsigned long long ProjectBytes() {
-    static const unsigned long long bytes = [] {
-        const char* mb = std::getenv("FILEIO_STREAM_BENCH_MB");
-        unsigned long long size = mb != nullptr ? std::strtoull(mb, nullptr, 10) : 100;
-        if (g_sizeOption != 0)
-            size = g_sizeOption;
-        return (size == 0 ? 1 : size) << 20;
-    }();
-    return bytes;
+    const unsigned long long megabytes =
+        g_sizeOption != 0 ? g_sizeOption
+                          : static_cast<unsigned long long>(fileio::bench::Scaled(100));
+    return megabytes << 20;
 }
 
 const std::string& Project(bool binary) {
