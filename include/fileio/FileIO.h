@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fileio/Export.h"
+#include "fileio/core/CustomRange.h"
 #include "fileio/core/String.h"
 #include "fileio/core/Time.h"
 #include "fileio/core/Vectors.h"
