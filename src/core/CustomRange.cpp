@@ -3,10 +3,11 @@
 
 #include "fileio/memory/NamedPools.h"
 
+#include "core/Rounding.h"
+
 #include <algorithm>
 #include <climits>
 #include <cmath>
-#include <limits>
 
 // ---- storage ----------------------------------------------------------------------------
 
@@ -96,9 +97,8 @@ long long StepTicks(const CustomTimeRange& item, int fps) noexcept {
         return 0;
     const double ticks =
         static_cast<double>(Time::TicksPerSecond) / fps * static_cast<double>(item.step);
-    if (!(ticks >= 1.0 && ticks < 9.2e18))
-        return ticks >= 9.2e18 ? std::numeric_limits<long long>::max() : 0;
-    return std::llrint(ticks);
+    // At most 135000 x INT_MAX: always inside the tick range.
+    return ticks >= 1.0 ? fileio::detail::RoundToNearestEven(ticks) : 0;
 }
 
 /// The number of times GetNextTime produces for an item.
