@@ -66,20 +66,21 @@ void TakeFromChunk(MemHeader* block, FreeChunks free, MemChunk* chunk, unsigned 
 }
 
 #ifndef NDEBUG
-// Checks in debug builds that every search agrees with a walk of the block's free list, which
-// must run in descending address order, and that largestFree is the largest free size.
-void CheckFreeList(const MemHeader* block, const FreeChunks& free) {
-    unsigned long long largest = 0;
-    const void* limit = block->end;
-    for (const MemChunk* chunk = block->freeList;; chunk = chunk->next) {
-        assert(chunk == free.Below(limit) && "VarnPool: a search disagrees with the free list");
-        if (chunk == nullptr)
-            break;
-        largest = chunk->size > largest ? chunk->size : largest;
-        limit = chunk;
+// Checks in debug builds, after each change of a block's free list at `address`, that the
+// list's links there agree with the searches: the link word in front of that place points
+// at the free chunk there, or at the first one below, and that chunk links on to the next
+// one below. Every change is checked where it happens, so the whole list stays in order.
+// Also checks that largestFree is the largest free size.
+void CheckFreeListAt(const MemHeader* block, const FreeChunks& free, const void* address) {
+    MemChunk* const* link = &free.LinkTo(address);
+    const MemChunk* below = free.Below(address);
+    if (free.BeginsAt(address)) {
+        assert(*link == address && static_cast<const MemChunk*>(address)->next == below &&
+               "VarnPool: a free chunk is not linked where it lies");
+    } else {
+        assert(*link == below && "VarnPool: the free list skips or misorders a chunk");
     }
-    assert(largest == block->largestFree && largest == free.Largest() &&
-           "VarnPool: largestFree is not the largest free chunk");
+    assert(block->largestFree == free.Largest() && "VarnPool: largestFree is not the largest free chunk");
 }
 #endif
 
@@ -146,7 +147,7 @@ void* VarnPool::VarnAlloc(unsigned long long n) {
     chunk->next = nullptr;
     std::memset(chunk + 1, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
 #ifndef NDEBUG
-    CheckFreeList(block, FreeChunks(*entry));
+    CheckFreeListAt(block, FreeChunks(*entry), Bytes(chunk) + size);
 #endif
     // Only the lock holder writes the total; a plain store keeps readers' snapshots whole.
     m_total.store(m_total.load(std::memory_order_relaxed) + size, std::memory_order_relaxed);
@@ -223,7 +224,7 @@ void VarnPool::VarnFree(void* p) {
     if (current->size > block->largestFree)
         block->largestFree = current->size;
 #ifndef NDEBUG
-    CheckFreeList(block, free);
+    CheckFreeListAt(block, free, current);
 #endif
 
     std::memset(p, 0, static_cast<std::size_t>(size - kChunkHeaderSize));

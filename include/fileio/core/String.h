@@ -318,6 +318,11 @@ public:
 
     // ---- log file (handlers/)
 
+    /// The full name of the log file that the host's log handler writes: the application's
+    /// folder followed by "\tollan.log" on Windows and by "/tollan.log" on Linux. Computed
+    /// on the first call; the same text for the rest of the process's life.
+    static String GetLogFileName();
+
 private:
     /// A new pool buffer holding text, or null when text is empty.
     static char* CopyOf(std::string_view text);

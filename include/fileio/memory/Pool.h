@@ -112,7 +112,9 @@ public:
     /// Gives back an allocation of this pool; null is ignored. The block holding it goes back
     /// to the system when this was its last allocation.
     /// REQUIRES: p is null or came from VarnAlloc of this pool and was not freed yet. A
-    /// pointer that lies in no block of the pool ends the process.
+    /// pointer that lies in no block of the pool ends the process, and so does a second
+    /// free of an allocation whose chunk is still free on its own; a second free of a chunk
+    /// that has since merged into the free chunk below it is ignored.
     void VarnFree(void* p);
 
     /// Releases every block and every descriptor; all allocations become invalid. The pool is
