@@ -16,6 +16,7 @@
 #include "fileio/handlers/StatusHandler.h"
 #include "fileio/handlers/StatusMessage.h"
 #include "fileio/handlers/YesNoDontask.h"
+#include "fileio/memory/MemoryReport.h"
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
 #include "fileio/settings/ApplicationProfile.h"
