@@ -72,7 +72,8 @@ void CustomRange::AppendItem(Time start, Time end, int step) {
 void CustomRange::Append(Time start, Time end, float step) {
     const float whole = std::trunc(step);
     // Compared in double: the int range's top is not a float.
-    const bool fits = whole >= static_cast<double>(INT_MIN) && whole <= static_cast<double>(INT_MAX);
+    const bool fits =
+        whole >= static_cast<double>(INT_MIN) && whole <= static_cast<double>(INT_MAX);
     AppendItem(start, end, fits ? static_cast<int>(whole) : 0);
 }
 
@@ -116,8 +117,8 @@ unsigned long long PositionsOf(const CustomTimeRange& item, int fps) noexcept {
 int ClampToInt(double value) noexcept {
     if (std::isnan(value))
         return 0;
-    return static_cast<int>(std::clamp(value, static_cast<double>(INT_MIN),
-                                       static_cast<double>(INT_MAX)));
+    return static_cast<int>(
+        std::clamp(value, static_cast<double>(INT_MIN), static_cast<double>(INT_MAX)));
 }
 
 } // namespace
@@ -131,9 +132,8 @@ int CustomRange::GetTotalFrames(int fps) const noexcept {
             total += item->end < item->start ? 0.0 : 1.0;
             continue;
         }
-        const double seconds = item->end == item->start
-                                   ? 0.0
-                                   : (item->end - item->start).GetSecondsDouble();
+        const double seconds =
+            item->end == item->start ? 0.0 : (item->end - item->start).GetSecondsDouble();
         const float frames = static_cast<float>(fps * seconds);
         total += std::trunc((frames + 1.0f) / static_cast<float>(item->step));
     }

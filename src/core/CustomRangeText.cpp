@@ -100,8 +100,8 @@ int StepFramesOf(Time step, int fps) noexcept {
     // The tick count of a frame count is rounded to the nearest tick; half a tick more
     // (toward the count's sign) undoes that rounding before truncation.
     const double ticks = static_cast<double>(step.GetTicks());
-    const double frames = (ticks + std::copysign(0.5, ticks)) * fps /
-                          static_cast<double>(Time::TicksPerSecond);
+    const double frames =
+        (ticks + std::copysign(0.5, ticks)) * fps / static_cast<double>(Time::TicksPerSecond);
     const double whole = std::trunc(frames);
     if (!(whole >= std::numeric_limits<int>::min() && whole <= std::numeric_limits<int>::max()))
         return 0;

@@ -174,8 +174,12 @@ TEST(CustomRangeTest, AppendTruncatesTheStepAndSetReplaces) {
         float step;
         int expected;
     };
-    const Row rows[] = {{1.0f, 1},   {2.9f, 2},          {-2.9f, -2},
-                        {0.99f, 0},  {3e9f, 0},          {-3e9f, 0},
+    const Row rows[] = {{1.0f, 1},
+                        {2.9f, 2},
+                        {-2.9f, -2},
+                        {0.99f, 0},
+                        {3e9f, 0},
+                        {-3e9f, 0},
                         {2147483520.0f, 2147483520}};
     for (const Row& row : rows) {
         SCOPED_TRACE(row.step);

@@ -102,10 +102,12 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
     };
     const Row rows[] = {
         {"5", 24, FRAMES, {{5, 5, 1}}, "5"},
-        {"1-10, 15, 20-40 s2", 24, FRAMES, {{1, 10, 1}, {15, 15, 1}, {20, 40, 2}},
+        {"1-10, 15, 20-40 s2",
+         24,
+         FRAMES,
+         {{1, 10, 1}, {15, 15, 1}, {20, 40, 2}},
          "1-10,15,20-40 s2"},
-        {"1 - 10 s 2; 15 20", 24, FRAMES, {{1, 10, 2}, {15, 15, 1}, {20, 20, 1}},
-         "1-10 s2,15,20"},
+        {"1 - 10 s 2; 15 20", 24, FRAMES, {{1, 10, 2}, {15, 15, 1}, {20, 20, 1}}, "1-10 s2,15,20"},
         {"1-10 s20", 24, FRAMES, {{1, 10, 20}}, "1-10 s20"},
         {"1-10 s 20", 24, FRAMES, {{1, 10, 20}}, "1-10 s20"},
         // A bare step mark at the end adds nothing; ended by a character it is step 1.

@@ -71,10 +71,9 @@ protected:
 
     // The block pools in report order, and what the sequence added to each.
     static constexpr VarnPoolKind kReported[] = {
-        VarnPoolKind::Act,    VarnPoolKind::Att,       VarnPoolKind::Chor,
-        VarnPoolKind::Seg,    VarnPoolKind::Ext,       VarnPoolKind::Patch,
-        VarnPoolKind::Particle, VarnPoolKind::Bitmap,  VarnPoolKind::Shadow,
-        VarnPoolKind::Radiosity, VarnPoolKind::Test,   VarnPoolKind::LBuff,
+        VarnPoolKind::Act,    VarnPoolKind::Att,       VarnPoolKind::Chor,     VarnPoolKind::Seg,
+        VarnPoolKind::Ext,    VarnPoolKind::Patch,     VarnPoolKind::Particle, VarnPoolKind::Bitmap,
+        VarnPoolKind::Shadow, VarnPoolKind::Radiosity, VarnPoolKind::Test,     VarnPoolKind::LBuff,
         VarnPoolKind::Undo,   VarnPoolKind::Prop,      VarnPoolKind::Poly,
     };
 

@@ -67,9 +67,7 @@ public:
     /// The number of items.
     [[nodiscard]] int GetCount() const noexcept { return static_cast<int>(m_items.size()); }
     /// The items in order; they stay owned by the list.
-    [[nodiscard]] const std::vector<CustomTimeRange*>& GetItems() const noexcept {
-        return m_items;
-    }
+    [[nodiscard]] const std::vector<CustomTimeRange*>& GetItems() const noexcept { return m_items; }
 
     /// Adds an item at the tail with the step truncated toward zero (a step outside the
     /// int range, or NaN, gives 0).
