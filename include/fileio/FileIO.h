@@ -6,3 +6,7 @@
 #include "fileio/core/Vectors.h"
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
+#include "fileio/path/BasePath.h"
+#include "fileio/path/DirectorySearch.h"
+#include "fileio/path/FileSystem.h"
+#include "fileio/path/UniversalPath.h"
