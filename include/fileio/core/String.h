@@ -11,21 +11,33 @@
 // Both are IsEmpty(), but equality and ordering tell them apart: null orders before every
 // non-null string and is not equal to an empty buffer.
 //
-// Comparison is case-insensitive throughout (ASCII letters); only Compare() can be asked
-// to respect case. Number texts never depend on the process's locale: the decimal point is
-// always ".", and the conversions back read "." whatever the locale says.
+// Comparison is case-insensitive throughout (ASCII letters only; bytes of 0x80 and above
+// compare as they are); only Compare() can be asked to respect case. The searching text
+// operations (Find, ReverseFind, Replace) ignore case the same way; RemoveAll matches bytes
+// exactly.
+//
+// Number texts never depend on the process's locale: the decimal point is always ".", and
+// the conversions back read "." whatever the locale says (see "conversions to numbers").
 //
 // Copies always duplicate the text: there is no sharing, no reference count, and the
 // "move" operations copy and leave their source untouched.
 //
 // Thread safety: a String is not synchronised. Distinct strings may be used on different
 // threads (the string pool locks each allocation and release).
+//
+// Example:
+//   String name("Bone12");
+//   name.GetNumberSuffix();          // 12
+//   String(0.1f);                    // "0.100000001"
+//   String("0.5").Str_atod();        // 0.5, in any locale
 #pragma once
 
 #include "fileio/Export.h"
 #include "fileio/core/Vectors.h"
 
 #include <cstddef>
+#include <new>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -42,23 +54,25 @@ public:
     String(String&& other);
     /// Null pointer or "" gives null; otherwise a copy of the text.
     String(const char* text);
-    /// Always allocates room for n bytes and copies exactly n bytes from p (which is not
-    /// tested): n = 0 gives a non-null empty buffer. REQUIRES: n >= 0.
+    /// Always allocates room for n bytes and copies exactly n bytes from p (embedded NULs
+    /// too): n = 0 gives a non-null empty buffer. A negative n counts as 0; a null p leaves
+    /// the buffer zeroed.
     String(const char* p, int n);
     /// One character: always allocates, so String('\0') is a non-null empty buffer.
     String(char c);
     String(unsigned char c);
-    /// n copies of c.
+    /// n copies of c, terminated; always allocates (n <= 0 gives an empty buffer).
     String(char c, int n);
     /// A zeroed buffer of n + 1 bytes: empty text with room for n characters to be written
-    /// through Get(). The second argument is ignored.
+    /// through Get(). The second argument is ignored. A negative n counts as 0.
     String(int n, int);
     /// size() 0 gives null; otherwise a copy of size() bytes.
     String(const std::string& text);
 
     // Numbers and vectors convert implicitly, as host code expects.
 
-    /// Integers: plain decimal digits, "-" for negative values, no padding or grouping.
+    /// Integers: plain decimal digits, "-" for negative values, no padding or grouping; the
+    /// most negative value of each type is exact ("-9223372036854775808").
     String(short value);
     String(unsigned short value);
     String(int value);
@@ -67,14 +81,17 @@ public:
     String(unsigned long value);
     String(long long value);
     String(unsigned long long value);
-    /// "%.9g": 0.1f -> "0.100000001", 1e10f -> "1e+10", -0.0f -> "-0". Infinities are "inf"
-    /// and "-inf"; NaNs are "nan", "-nan", "-nan(ind)" (the default indeterminate NaN) and
-    /// "nan(snan)" / "-nan(snan)" (signalling).
+    /// "%.9g" (enough digits for every float to read back exactly): 0.1f -> "0.100000001",
+    /// 1e10f -> "1e+10", -0.0f -> "-0". Infinities are "inf" and "-inf"; a quiet NaN is
+    /// "nan" or "-nan", except the default indeterminate NaN (sign set, only the top
+    /// mantissa bit set), which is "-nan(ind)"; a signalling NaN is "nan(snan)" or
+    /// "-nan(snan)".
     String(float value);
-    /// "%.17g": 0.1 -> "0.10000000000000001", 0.5 -> "0.5".
+    /// "%.17g" with the same special spellings: 0.1 -> "0.10000000000000001", 0.5 -> "0.5".
     String(double value);
-    /// Fixed notation with min(decimals, 9) digits after the point, then (only when the text
-    /// has a ".") trailing zeros and a trailing "." removed: String(0.125f, 2) is "0.12".
+    /// "%.*f" with min(decimals, 9) digits after the point (a negative count means 6), then,
+    /// only when the text has a ".", trailing zeros and a trailing "." removed:
+    /// String(0.125f, 2) is "0.12" (ties go to even on the exact binary value).
     String(float value, int decimals);
     /// As above with min(decimals, 17): String(2.0, 2) is "2", String(100.0, 0) is "100".
     String(double value, int decimals);
@@ -95,8 +112,8 @@ public:
     /// Self-assignment does nothing; otherwise frees the old buffer and copies.
     String& operator=(const String& other);
     String& operator=(String&& other);
-    /// Frees the old buffer first, then copies as String(const char*). Assigning a pointer
-    /// into this string's own buffer is not supported.
+    /// Replaces the text with a copy as String(const char*) makes it. The copy is made
+    /// before the old buffer is freed, so a pointer into this string's own text works.
     String& operator=(const char* text);
     String& operator=(const unsigned char* text);
     String& operator=(const std::string& text);
@@ -109,6 +126,7 @@ public:
     [[nodiscard]] char* Get() const noexcept { return m_str; }
     /// The text length (0 for null).
     [[nodiscard]] unsigned long long GetLength() const noexcept;
+    /// The text length as int (texts longer than INT_MAX report INT_MAX).
     [[nodiscard]] int GetLength_Int() const noexcept;
     /// Null or first byte NUL.
     [[nodiscard]] bool IsEmpty() const noexcept { return m_str == nullptr || m_str[0] == '\0'; }
@@ -127,15 +145,33 @@ public:
     String& operator+=(const String& s);
     /// Appends one character; NUL changes nothing.
     String& operator+=(char c);
-    /// Removes every non-overlapping occurrence of pattern, left to right, and returns the
-    /// count. An empty pattern or text removes nothing and returns 0.
+    /// Removes every non-overlapping occurrence of pattern (exact bytes), left to right, and
+    /// returns the count. An empty pattern or text removes nothing and returns 0; removing
+    /// everything leaves an empty buffer. "abcab".RemoveAll("ab") gives "c" and returns 2.
     int RemoveAll(const String& pattern);
 
     // ---- conversions to numbers -----------------------------------------------------------
-    // Decimal, leading white space skipped, parsing stops at the first character that does
-    // not fit, a text without a number gives 0: the C runtime's conversions in the "C" locale.
-    // Widths follow the Windows data model on every platform: Str_atoi and Str_atol give a
-    // 32-bit value (clamped as a 32-bit strtol clamps), Str_atoul a 32-bit unsigned value.
+    // The C runtime's conversions as they behave in the "C" locale, whatever the process's
+    // locale is:
+    //   - leading white space (space, \t, \n, \v, \f, \r) is skipped, then an optional sign;
+    //   - parsing stops at the first character that does not fit, and what was read so far
+    //     counts ("12abc" -> 12, "1e" -> 1, "1e+" -> 1); a text without a number (also null,
+    //     "", "-", "." and "abc") gives 0.
+    // Integers are decimal. Widths follow the Windows data model on every platform:
+    //   - Str_atoi and Str_atol give a 32-bit value, clamped to [-2147483648, 2147483647]
+    //     on overflow as a 32-bit strtol clamps;
+    //   - Str_atoul gives a 32-bit unsigned value with strtoul's rules: a "-" negates modulo
+    //     2^32 ("-1" -> 4294967295), and a magnitude above 4294967295 gives 4294967295
+    //     whatever the sign;
+    //   - Str_atoll and Str_atoull follow the same rules with 64 bits.
+    // Floating point (Str_atof as strtof, Str_atod as strtod) reads decimal numbers with an
+    // optional "e" exponent, hexadecimal numbers ("0x1.8p3" is 12), and, ignoring case,
+    // "inf", "infinity", "nan" and "nan(chars)". Results are correctly rounded. Overflow
+    // gives +-infinity (HUGE_VAL); underflow gives the correctly rounded tiny value, or a
+    // zero of the text's sign. A numeric "nan(n)" sets the NaN's payload as glibc does;
+    // "nan(snan)" gives a signalling NaN and "-nan(ind)" the default indeterminate NaN. So
+    // every text the number constructors write reads back to the same value; a NaN comes
+    // back with its sign and its kind (quiet or signalling), its payload is not written.
 
     [[nodiscard]] int Str_atoi() const noexcept;
     [[nodiscard]] long Str_atol() const noexcept;
@@ -146,7 +182,11 @@ public:
     [[nodiscard]] double Str_atod() const noexcept;
 
     // ---- comparison -----------------------------------------------------------------------
-    // Case-insensitive; null orders before everything, including an empty buffer.
+    // Case-insensitive (as _stricmp: both bytes lowered, then compared as unsigned); null
+    // orders before everything, including an empty buffer:
+    //   ==  both null: true; one null: false; else equal ignoring case.
+    //   <   left null: true exactly when right is non-null; right null: false.
+    //   <=  left null: true; right null: false.   >, >= mirror < and <=.
 
     friend FILEIO_API bool operator==(const String& a, const String& b) noexcept;
     friend FILEIO_API bool operator!=(const String& a, const String& b) noexcept;
@@ -165,9 +205,105 @@ public:
     /// String objects allocated with new live in the string pool too.
     static void* operator new(std::size_t size);
     static void operator delete(void* p) noexcept;
+    /// Construction in storage the caller provides, as the global placement form.
+    static void* operator new(std::size_t, void* where) noexcept { return where; }
+    static void operator delete(void*, void*) noexcept {}
 
-    // ---- text operations ------------------------------------------------------------------
-    // (declared below by the string text operations)
+    // ---- searching --------------------------------------------------------------------------
+    // Indices are byte offsets. Letters match ignoring case (ASCII). An empty pattern or a
+    // NUL character is never found. No input reads outside the text.
+
+    /// The first index >= start (negative counts as 0) where c occurs, or -1.
+    [[nodiscard]] int Find(char c, int start = 0) const noexcept;
+    /// The first index >= start where pattern begins, or -1. "Scene.PRJ".Find(".prj") is 5.
+    [[nodiscard]] int Find(const String& pattern, int start = 0) const noexcept;
+    /// The last index <= start where c occurs, or -1. A negative start (the default) or one
+    /// past the end searches from the last character.
+    [[nodiscard]] int ReverseFind(char c, int start = -1) const noexcept;
+    /// The last index <= start where pattern begins, or -1; start as for ReverseFind(char).
+    [[nodiscard]] int ReverseFind(const String& pattern, int start = -1) const noexcept;
+
+    // ---- parts ------------------------------------------------------------------------------
+    // Counts are clamped to the text; an empty result is null.
+
+    /// The first count characters ("Bone12".Left(4) is "Bone").
+    [[nodiscard]] String Left(int count) const;
+    /// The last count characters ("Bone12".Right(2) is "12").
+    [[nodiscard]] String Right(int count) const;
+    /// count characters from first (a negative count means "to the end"; a negative first
+    /// counts as 0): "abcdef".Mid(2, 3) is "cde", "abcdef".Mid(4) is "ef".
+    [[nodiscard]] String Mid(int first, int count = -1) const;
+    /// The next token at or after position: delimiters at position are skipped, the token
+    /// runs to the next delimiter (any byte of `delimiters`, matched exactly) or the end,
+    /// and position moves just past that delimiter. When no token is left the result is
+    /// null and position becomes -1 (also for a position that is negative or past the end).
+    /// Example: over "C:/a//b" with ":/": "C", "a", "b", then null with position -1.
+    [[nodiscard]] String Tokenize(const String& delimiters, int& position) const;
+
+    // ---- changing the text in place -----------------------------------------------------------
+    // Each returns the string itself. A result with no text leaves the string null.
+
+    /// Replaces every non-overlapping occurrence of oldText (ignoring case), left to right,
+    /// with newText (which may be empty) and returns the count. An empty oldText replaces
+    /// nothing.
+    int Replace(const String& oldText, const String& newText);
+    /// Removes leading / trailing / both white space (space, \t, \n, \v, \f, \r).
+    String& TrimLeft();
+    String& TrimRight();
+    String& Trim();
+    /// Removes leading / trailing / both bytes that occur in characters (matched exactly).
+    String& TrimLeft(const String& characters);
+    String& TrimRight(const String& characters);
+    String& Trim(const String& characters);
+    /// ASCII letters to upper / lower case; other bytes stay.
+    String& MakeUpper() noexcept;
+    String& MakeLower() noexcept;
+
+    // ---- XML escapes ----------------------------------------------------------------------------
+
+    /// Turns the escapes "&amp;", "&lt;", "&gt;", "&quot;", "&apos;" and the numeric forms
+    /// "&#NN;" / "&#xHH;" (a byte 1 to 255, at most 8 digits) back into their characters
+    /// and returns how many it turned. Anything else, a malformed escape included, stays as
+    /// it is. "A&#38;B" becomes "A&B".
+    int ContractXMLEscapes();
+    /// The inverse: "&", "<", ">", '"' and "'" become "&amp;", "&lt;", "&gt;", "&quot;"
+    /// and "&apos;". Returns how many characters it escaped.
+    int ExpandXMLEscapes();
+    /// The text enclosed in double quotes (null gives "\"\"").
+    [[nodiscard]] String Quote() const;
+
+    // ---- display -----------------------------------------------------------------------------------
+
+    /// The text shortened to at most maxLength bytes for display. A text that fits is
+    /// returned whole. A path keeps its leading folders (as many whole ones as fit, at
+    /// least the first) and its file name, with "..." in place of the folders between:
+    /// "C:\Projects\Robot\Parts\scene.prj" at 25 is "C:\Projects\...\scene.prj". Both "\"
+    /// and "/" separate. When even the first folder and the name do not fit, the result is
+    /// "..." followed by the end of the text; a maxLength below 4 gives the first maxLength
+    /// bytes (null for 0 or less).
+    [[nodiscard]] String GetAbbreviated(int maxLength) const;
+
+    // ---- numbered names --------------------------------------------------------------------------
+    // A name's number suffix is its run of trailing decimal digits, at most the last 9 (so it
+    // always fits an int): "Bone12" has the suffix 12 after "Bone".
+
+    /// The suffix's value, or -1 when the text does not end in a digit.
+    [[nodiscard]] int GetNumberSuffix() const noexcept;
+    /// The text before the suffix ("Bone12" -> "Bone", "Bone" -> "Bone", "12" -> null).
+    [[nodiscard]] String GetWithoutNumberSuffix() const;
+    /// The next name in the numbered sequence: the suffix plus 1, keeping its width with
+    /// leading zeros: "Bone" -> "Bone1", "Bone12" -> "Bone13", "Bone007" -> "Bone008",
+    /// "Bone99" -> "Bone100".
+    [[nodiscard]] String GetNextNumberedName() const;
+    /// The first name after this one in the numbered sequence that does not equal (ignoring
+    /// case) any name in taken: with "Bone1" and "bone2" taken, "Bone" gives "Bone3".
+    [[nodiscard]] String GetNextFreeName(std::span<const String> taken) const;
+
+    // ---- times (core/Time.h)
+
+    // ---- paths (path/)
+
+    // ---- log file (handlers/)
 
     // ---- paths (path/) ----------------------------------------------------------------------
     // The string is a path. Decomposition reads both separators ("\" and "/") on every
@@ -248,5 +384,17 @@ public:
     [[nodiscard]] String GetMatchNameAbsoluteFromFile() const;
 
 private:
+    /// A new pool buffer holding text, or null when text is empty.
+    static char* CopyOf(std::string_view text);
+    /// Frees the current buffer and takes buffer (which may be null) in its place.
+    void Install(char* buffer) noexcept;
+    /// Removes leading (left) and / or trailing (right) bytes that occur in characters.
+    String& TrimCharacters(std::string_view characters, bool left, bool right);
+
     char* m_str;
 };
+
+/// The concatenation of a and b; null when both are empty.
+FILEIO_API String operator+(const String& a, const String& b);
+FILEIO_API String operator+(const String& a, const char* b);
+FILEIO_API String operator+(const char* a, const String& b);

@@ -1,0 +1,37 @@
+// StringTestSupport.h - shared pieces of the String tests: a fixture that checks every test
+// gives all of its string memory back, and bit-level helpers for floating-point values.
+#pragma once
+
+#include "fileio/core/String.h"
+#include "memory/NamedPoolObjects.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cstdint>
+#include <string>
+
+/// Fails a test that leaves string-pool memory behind (every String it made must have
+/// freed its buffer by the end of the test body).
+class StringPoolTest : public ::testing::Test {
+protected:
+    static unsigned long long StringPoolTotal() {
+        return fileio::detail::NamedVarnPool(fileio::detail::VarnPoolKind::String).GetTotal();
+    }
+    void SetUp() override { m_before = StringPoolTotal(); }
+    void TearDown() override { EXPECT_EQ(StringPoolTotal(), m_before) << "string memory leaked"; }
+
+private:
+    unsigned long long m_before = 0;
+};
+
+/// The text of a String as std::string, with a marker for null ("<null>") so that a null
+/// result never passes for an empty buffer.
+inline std::string TextOf(const String& s) {
+    return s.Get() ? std::string(s.Get()) : std::string("<null>");
+}
+
+inline double DoubleFromBits(std::uint64_t bits) { return std::bit_cast<double>(bits); }
+inline float FloatFromBits(std::uint32_t bits) { return std::bit_cast<float>(bits); }
+inline std::uint64_t BitsOf(double value) { return std::bit_cast<std::uint64_t>(value); }
+inline std::uint32_t BitsOf(float value) { return std::bit_cast<std::uint32_t>(value); }
