@@ -38,8 +38,6 @@ int String::FindAndRemoveDoubleSeparators() {
     return static_cast<int>(removed);
 }
 
-String String::Quote() const { return String(detail::Quote(View())); }
-
 String String::Point() { return String("."); }
 
 String String::GetAppPath() {

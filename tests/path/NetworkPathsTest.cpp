@@ -135,8 +135,9 @@ TEST(NetworkPaths, MappedDrivesBecomeTheirConnectionsThroughACache) {
         SCOPED_TRACE(row.path);
         std::string out;
         EXPECT_EQ(detail::MappedDriveToUNC(row.path, kWindows, out), row.converted);
-        if (row.converted)
+        if (row.converted) {
             EXPECT_EQ(out, row.unc);
+        }
         EXPECT_EQ(waitCursors, 0);
     }
     EXPECT_EQ(CountQueries("P:"), 1); // asked once, then taken from the cache
@@ -172,12 +173,14 @@ TEST(NetworkPaths, LocalSharesNameTheDeepestShareThatHoldsThePath) {
         SCOPED_TRACE(row.path);
         std::string out;
         EXPECT_EQ(detail::LocalPathToShare(row.path, kWindows, out), row.windowsConverted);
-        if (row.windowsConverted)
+        if (row.windowsConverted) {
             EXPECT_EQ(out, row.windows);
+        }
         out.clear();
         EXPECT_EQ(detail::LocalPathToShare(row.path, kPosix, out), row.posixConverted);
-        if (row.posixConverted)
+        if (row.posixConverted) {
             EXPECT_EQ(out, row.posix);
+        }
     }
 }
 

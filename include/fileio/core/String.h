@@ -301,10 +301,6 @@ public:
 
     // ---- times (core/Time.h)
 
-    // ---- paths (path/)
-
-    // ---- log file (handlers/)
-
     // ---- paths (path/) ----------------------------------------------------------------------
     // The string is a path. Decomposition reads both separators ("\" and "/") on every
     // platform; what joins or converts writes the platform's own ("\" on Windows, "/" on
@@ -328,8 +324,6 @@ public:
     /// leading ones of a network path ("\\server" or "//server"). Returns the number of
     /// characters removed.
     int FindAndRemoveDoubleSeparators();
-    /// The text enclosed in double quotes (an empty string gives two quote characters).
-    [[nodiscard]] String Quote() const;
     /// The one-character string ".".
     [[nodiscard]] static String Point();
     /// The folder of the running program, without a trailing separator; empty when the
@@ -382,6 +376,8 @@ public:
     /// A quoted universal name read from a file as a quoted native absolute name, resolved
     /// against the match base. A string without a double quote comes back unchanged.
     [[nodiscard]] String GetMatchNameAbsoluteFromFile() const;
+
+    // ---- log file (handlers/)
 
 private:
     /// A new pool buffer holding text, or null when text is empty.
