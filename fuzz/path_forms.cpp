@@ -37,7 +37,9 @@ void Script() {
     };
     auto& network = platform::Network();
     network.logicalDrives = [] { return std::vector<std::string>{"C:\\", "M:\\", "/mnt/art"}; };
-    network.driveType = [](const char* root) { return root[0] == 'C' ? 3 : platform::kRemoteDrive; };
+    network.driveType = [](const char* root) {
+        return root[0] == 'C' ? 3 : platform::kRemoteDrive;
+    };
     network.connectionName = [](const char* drive, std::string& out) {
         out = drive[0] == '/' ? "//fileserver/ART" : "\\\\macsrv\\ART";
         return true;
@@ -67,9 +69,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string_view input(reinterpret_cast<const char*>(data), size);
     std::size_t first = input.find('\0');
     std::string_view base = input.substr(0, first);
-    std::string_view path = first == std::string_view::npos ? std::string_view() : input.substr(first + 1);
+    std::string_view path =
+        first == std::string_view::npos ? std::string_view() : input.substr(first + 1);
     std::size_t second = path.find('\0');
-    bool posix = second != std::string_view::npos && second + 1 < path.size() && (path[second + 1] & 1);
+    bool posix =
+        second != std::string_view::npos && second + 1 < path.size() && (path[second + 1] & 1);
     path = path.substr(0, second);
     auto style = posix ? detail::PathStyle::Posix : detail::PathStyle::Windows;
 

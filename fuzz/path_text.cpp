@@ -13,7 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string_view input(reinterpret_cast<const char*>(data), size);
     std::size_t split = input.find('\0');
     std::string_view a = input.substr(0, split);
-    std::string_view b = split == std::string_view::npos ? std::string_view() : input.substr(split + 1);
+    std::string_view b =
+        split == std::string_view::npos ? std::string_view() : input.substr(split + 1);
     namespace detail = fileio::detail;
 
     for (auto style : {detail::PathStyle::Windows, detail::PathStyle::Posix}) {
@@ -21,7 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::string_view name = detail::NameOnly(a);
         if (folder.size() + name.size() != a.size())
             __builtin_trap();
-        if (detail::NameOnlyWithoutSuffix(a).size() > name.size() || detail::SuffixOnly(a).size() > name.size())
+        if (detail::NameOnlyWithoutSuffix(a).size() > name.size() ||
+            detail::SuffixOnly(a).size() > name.size())
             __builtin_trap();
         std::string joined = detail::CombineNameToPath(a, b, style);
         std::string collapsed(a);

@@ -125,7 +125,8 @@ std::string GetMatchNameRelativeForFile(std::string_view quoted, PathStyle style
 std::string GetMatchNameAbsoluteFromFile(std::string_view quoted, PathStyle style) {
     if (quoted.find('"') == std::string_view::npos)
         return std::string(quoted);
-    std::string absolute = RelativeToAbsolute(Unquoted(quoted), BaseChoice::MatchBase, false, style);
+    std::string absolute =
+        RelativeToAbsolute(Unquoted(quoted), BaseChoice::MatchBase, false, style);
     return Quote(UniversalToNative(absolute, style));
 }
 
@@ -143,7 +144,9 @@ void SetBasePath(const String& documentFile) {
     state.depth = PathDepth(state.basePath);
 }
 
-String GetBasePath() { return String(fileio::detail::State().fileName); }
+String GetBasePath() {
+    return String(fileio::detail::State().fileName);
+}
 
 void FreeBasePaths() {
     auto& state = fileio::detail::State();

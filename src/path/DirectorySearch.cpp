@@ -40,7 +40,8 @@ std::vector<std::string> FindFilesInFolder(std::string_view folder, std::string_
 
 } // namespace fileio::detail
 
-std::vector<String> FindFilesInFolder(const String& folder, const String& wildcard, bool recursive) {
+std::vector<String> FindFilesInFolder(const String& folder, const String& wildcard,
+                                      bool recursive) {
     std::vector<String> out;
     if (folder.IsEmpty())
         return out;

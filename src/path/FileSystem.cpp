@@ -11,9 +11,13 @@ using fileio::platform::Files;
 
 } // namespace
 
-bool FileExists(const String& path) { return path.IsNotEmpty() && Files().exists(path.Get()); }
+bool FileExists(const String& path) {
+    return path.IsNotEmpty() && Files().exists(path.Get());
+}
 
-bool DirExists(const String& path) { return path.IsNotEmpty() && Files().isFolder(path.Get()); }
+bool DirExists(const String& path) {
+    return path.IsNotEmpty() && Files().isFolder(path.Get());
+}
 
 bool Remove(const String& path) {
     if (path.IsEmpty())

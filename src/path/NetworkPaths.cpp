@@ -172,7 +172,9 @@ bool LocalPathToShare(std::string_view path, PathStyle style, std::string& out) 
     return true;
 }
 
-void ClearConnectionCache() { ConnectionCache().clear(); }
+void ClearConnectionCache() {
+    ConnectionCache().clear();
+}
 
 std::string GetUNCFileName(std::string_view path, PathStyle style) {
     if (path.empty() || (path.size() >= 2 && path[1] == ':'))
@@ -182,7 +184,8 @@ std::string GetUNCFileName(std::string_view path, PathStyle style) {
     std::string out;
     if (LocalPathToShare(path, style, out))
         return out;
-    if (MappedDriveToUNC(path, style, out) && out.find(ForeignSeparator(style)) == std::string::npos)
+    if (MappedDriveToUNC(path, style, out) &&
+        out.find(ForeignSeparator(style)) == std::string::npos)
         return out;
     return std::string(path);
 }

@@ -16,15 +16,21 @@ String FromView(std::string_view text) {
 
 } // namespace
 
-String String::GetPathOnly() const { return FromView(detail::PathOnly(View())); }
+String String::GetPathOnly() const {
+    return FromView(detail::PathOnly(View()));
+}
 
-String String::GetNameOnly() const { return FromView(detail::NameOnly(View())); }
+String String::GetNameOnly() const {
+    return FromView(detail::NameOnly(View()));
+}
 
 String String::GetNameOnlyWithoutSuffix() const {
     return FromView(detail::NameOnlyWithoutSuffix(View()));
 }
 
-String String::GetSuffixOnly() const { return FromView(detail::SuffixOnly(View())); }
+String String::GetSuffixOnly() const {
+    return FromView(detail::SuffixOnly(View()));
+}
 
 String String::CombineNameToPath(const String& folder, const String& name) {
     return String(detail::CombineNameToPath(folder.View(), name.View(), kNativePathStyle));
@@ -38,7 +44,9 @@ int String::FindAndRemoveDoubleSeparators() {
     return static_cast<int>(removed);
 }
 
-String String::Point() { return String("."); }
+String String::Point() {
+    return String(".");
+}
 
 String String::GetAppPath() {
     std::string file;
@@ -85,7 +93,9 @@ String String::NetSharePlaceHolder() const {
     return copy;
 }
 
-String String::GetFileNamesMatchName() const { return IsEmpty() ? String() : Quote(); }
+String String::GetFileNamesMatchName() const {
+    return IsEmpty() ? String() : Quote();
+}
 
 String String::GetMatchNameRelativeForFile() const {
     return String(detail::GetMatchNameRelativeForFile(View(), kNativePathStyle));

@@ -6,7 +6,6 @@ namespace fileio::detail {
 
 namespace {
 
-
 bool SameChar(char a, char b, PathStyle style) noexcept {
     return style == PathStyle::Windows ? AsciiLower(a) == AsciiLower(b) : a == b;
 }
@@ -20,9 +19,13 @@ std::size_t LastSeparator(std::string_view path) noexcept {
 
 } // namespace
 
-char NativeSeparator(PathStyle style) noexcept { return style == PathStyle::Windows ? '\\' : '/'; }
+char NativeSeparator(PathStyle style) noexcept {
+    return style == PathStyle::Windows ? '\\' : '/';
+}
 
-char ForeignSeparator(PathStyle style) noexcept { return style == PathStyle::Windows ? '/' : '\\'; }
+char ForeignSeparator(PathStyle style) noexcept {
+    return style == PathStyle::Windows ? '/' : '\\';
+}
 
 std::string_view PathOnly(std::string_view path) noexcept {
     std::size_t last = LastSeparator(path);
@@ -130,7 +133,8 @@ bool IsWithinFolder(std::string_view path, std::string_view folder, PathStyle st
         --end;
     if (end == 0 && !folder.empty())
         return !path.empty() && IsSeparator(path[0]); // the root contains every rooted path
-    if (end == 0 || path.size() < end || !SameName(path.substr(0, end), folder.substr(0, end), style))
+    if (end == 0 || path.size() < end ||
+        !SameName(path.substr(0, end), folder.substr(0, end), style))
         return false;
     return path.size() == end || IsSeparator(path[end]);
 }
@@ -147,7 +151,8 @@ bool MatchesWildcard(std::string_view name, std::string_view pattern, PathStyle 
         if (p < pattern.size() && pattern[p] == '*') {
             starP = p++;
             starN = n;
-        } else if (p < pattern.size() && (pattern[p] == '?' || SameChar(pattern[p], name[n], style))) {
+        } else if (p < pattern.size() &&
+                   (pattern[p] == '?' || SameChar(pattern[p], name[n], style))) {
             ++p;
             ++n;
         } else if (starP != std::string_view::npos) {

@@ -19,7 +19,9 @@ using platform::PathStyle;
 /// cut their results to kMaxPath - 1 characters.
 inline constexpr std::size_t kMaxPath = 260;
 
-inline bool IsSeparator(char c) noexcept { return c == '\\' || c == '/'; }
+inline bool IsSeparator(char c) noexcept {
+    return c == '\\' || c == '/';
+}
 
 /// ASCII lower case; every other byte as it is (no locale is consulted).
 inline char AsciiLower(char c) noexcept {

@@ -10,8 +10,9 @@ namespace fileio::detail {
 namespace {
 
 /// The separators of universal path components: a drive letter is a component of its own.
-bool IsComponentSeparator(char c) noexcept { return c == ':' || c == '/'; }
-
+bool IsComponentSeparator(char c) noexcept {
+    return c == ':' || c == '/';
+}
 
 int CountComponents(std::string_view path) noexcept {
     int count = 0;
@@ -98,13 +99,17 @@ std::string ShortenPath(std::string_view path, int count) {
 
 using fileio::platform::kNativePathStyle;
 
-String NativeToUniversal(const String& path) { return String(fileio::detail::NativeToUniversal(path.View())); }
+String NativeToUniversal(const String& path) {
+    return String(fileio::detail::NativeToUniversal(path.View()));
+}
 
 String UniversalToNative(const String& path) {
     return String(fileio::detail::UniversalToNative(path.View(), kNativePathStyle));
 }
 
-int GetPathDepth(const String& path) { return fileio::detail::PathDepth(path.View()); }
+int GetPathDepth(const String& path) {
+    return fileio::detail::PathDepth(path.View());
+}
 
 int MatchPathDepth(const String& a, const String& b) {
     return fileio::detail::MatchPathDepth(a.View(), b.View());

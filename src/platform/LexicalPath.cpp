@@ -7,9 +7,13 @@ namespace fileio::platform {
 
 namespace {
 
-bool IsSeparator(char c) { return c == '/' || c == '\\'; }
+bool IsSeparator(char c) {
+    return c == '/' || c == '\\';
+}
 
-bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+bool IsLetter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
 
 /// The root of an absolute path ("/", "//" or "C:/") and how many bytes of `text` it spans
 /// (all separators that follow it included); an empty root for a relative path.

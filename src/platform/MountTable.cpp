@@ -8,9 +8,13 @@ namespace fileio::platform {
 
 namespace {
 
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r';
+}
 
-bool IsOctal(char c) { return c >= '0' && c <= '7'; }
+bool IsOctal(char c) {
+    return c >= '0' && c <= '7';
+}
 
 /// Decodes the octal escapes the kernel writes for blanks, newlines and backslashes.
 std::string Unescape(std::string_view field) {

@@ -25,12 +25,15 @@ constexpr PathStyle kPosix = PathStyle::Posix;
 class WindowsProject : public ::testing::Test {
 protected:
     WindowsProject()
-        : folders_(kWindows, {"C:\\Projects", "C:\\Projects\\Robot", "C:\\Projects\\Shared", "C:\\Elsewhere"},
+        : folders_(kWindows,
+                   {"C:\\Projects", "C:\\Projects\\Robot", "C:\\Projects\\Shared", "C:\\Elsewhere"},
                    "C:\\Elsewhere") {
         SetBasePath(String("C:\\Projects\\Robot\\robot.prj"));
     }
 
-    static std::string Relative(std::string_view path) { return detail::GetRelativePath(path, kWindows); }
+    static std::string Relative(std::string_view path) {
+        return detail::GetRelativePath(path, kWindows);
+    }
     static std::string Absolute(std::string_view path) {
         return detail::GetAbsolutePath(path, true, kWindows);
     }
@@ -46,7 +49,9 @@ protected:
         SetBasePath(String("/home/ann/Projects/Robot/robot.prj"));
     }
 
-    static std::string Relative(std::string_view path) { return detail::GetRelativePath(path, kPosix); }
+    static std::string Relative(std::string_view path) {
+        return detail::GetRelativePath(path, kPosix);
+    }
     static std::string Absolute(std::string_view path) {
         return detail::GetAbsolutePath(path, true, kPosix);
     }
@@ -154,8 +159,12 @@ TEST_F(WindowsProject, FailuresAreTracedAndLeaveThePath) {
 }
 
 TEST_F(WindowsProject, QuotedMatchNames) {
-    auto relative = [](std::string_view s) { return detail::GetMatchNameRelativeForFile(s, kWindows); };
-    auto absolute = [](std::string_view s) { return detail::GetMatchNameAbsoluteFromFile(s, kWindows); };
+    auto relative = [](std::string_view s) {
+        return detail::GetMatchNameRelativeForFile(s, kWindows);
+    };
+    auto absolute = [](std::string_view s) {
+        return detail::GetMatchNameAbsoluteFromFile(s, kWindows);
+    };
     EXPECT_EQ(relative("\"C:\\Projects\\Robot\\Parts\\arm.mdl\""), "\"Parts/arm.mdl\"");
     EXPECT_EQ(relative("\"D:\\sky.tga\""), "\"D:/sky.tga\"");
     EXPECT_EQ(relative("\"\""), "\"\"");
@@ -227,15 +236,18 @@ TEST(BasePath, RoundTripsOnTheRealFileSystem) {
     scratch.WriteFile("Shared/sky.tga", "sky");
 
     SetBasePath(String(scratch.Join("Project/doc.prj")));
-    EXPECT_STREQ(String(scratch.Join("Project/Parts/arm.mdl")).GetRelativePath().Get(), "Parts/arm.mdl");
-    EXPECT_STREQ(String(scratch.Join("Shared/sky.tga")).GetRelativePath().Get(), "../Shared/sky.tga");
+    EXPECT_STREQ(String(scratch.Join("Project/Parts/arm.mdl")).GetRelativePath().Get(),
+                 "Parts/arm.mdl");
+    EXPECT_STREQ(String(scratch.Join("Shared/sky.tga")).GetRelativePath().Get(),
+                 "../Shared/sky.tga");
     EXPECT_STREQ(String(scratch.Join("Project/")).GetRelativePath().Get(), ".");
 
     String arm = String("Parts/arm.mdl").GetAbsolutePath(true);
     String sky = String("../Shared/sky.tga").GetAbsolutePath(false);
     EXPECT_TRUE(FileExists(arm));
     EXPECT_TRUE(FileExists(sky));
-    EXPECT_TRUE(fs::equivalent(fs::path(arm.Get()), fs::path(scratch.Join("Project/Parts/arm.mdl"))));
+    EXPECT_TRUE(
+        fs::equivalent(fs::path(arm.Get()), fs::path(scratch.Join("Project/Parts/arm.mdl"))));
     EXPECT_TRUE(fs::equivalent(fs::path(sky.Get()), fs::path(scratch.Join("Shared/sky.tga"))));
     // The current directory stays at the base folder.
     EXPECT_TRUE(fs::equivalent(fs::current_path(), fs::path(scratch.Join("Project"))));

@@ -2,8 +2,8 @@
 // search on the real file system, and the name rules of directory search with a scripted
 // listing.
 
-#include "fileio/path/DirectorySearch.h"
 #include "fileio/path/FileSystem.h"
+#include "fileio/path/DirectorySearch.h"
 
 #include "PathTestSupport.h"
 #include "path/DirectorySearchDetail.h"
@@ -20,7 +20,9 @@ namespace fs = std::filesystem;
 constexpr PathStyle kWindows = PathStyle::Windows;
 constexpr PathStyle kPosix = PathStyle::Posix;
 
-String S(const std::string& text) { return String(text); }
+String S(const std::string& text) {
+    return String(text);
+}
 
 TEST(FileSystem, ExistenceOfFilesAndFolders) {
     pathtest::ScratchFolder scratch;
@@ -139,9 +141,12 @@ TEST(DirectorySearch, FindsMatchingFilesInOrderAndOptionallyBelow) {
 
     std::vector<String> deep = FindFilesInFolder(S(scratch.Join("")), S("*.mdl"), true);
     std::vector<std::string> deepExpected = {
-        scratch.Join("a.mdl"),          scratch.Join("b.mdl"),
-        scratch.Join("another/.hidden.mdl"), scratch.Join("another/w.mdl"),
-        scratch.Join("sub/z.mdl"),      scratch.Join("sub/deeper/y.mdl"),
+        scratch.Join("a.mdl"),
+        scratch.Join("b.mdl"),
+        scratch.Join("another/.hidden.mdl"),
+        scratch.Join("another/w.mdl"),
+        scratch.Join("sub/z.mdl"),
+        scratch.Join("sub/deeper/y.mdl"),
     };
     ASSERT_EQ(deep.size(), deepExpected.size());
     for (std::size_t i = 0; i < deep.size(); ++i)
@@ -170,8 +175,10 @@ std::vector<platform::FolderEntry> g_listing;
 
 TEST(DirectorySearch, NamesFollowTheStylesCaseRule) {
     platform::ScopedServices<platform::FileServices> guard(platform::Files());
-    g_listing = {{"Zeta.MDL", false, false}, {"alpha.mdl", false, false},
-                 {"Beta.mdl", false, false}, {"beta.txt", false, false}};
+    g_listing = {{"Zeta.MDL", false, false},
+                 {"alpha.mdl", false, false},
+                 {"Beta.mdl", false, false},
+                 {"beta.txt", false, false}};
     platform::Files().listFolder = [](const char* folder, std::vector<platform::FolderEntry>& out) {
         if (std::string_view(folder) != "root")
             return false;

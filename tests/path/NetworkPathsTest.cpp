@@ -129,7 +129,8 @@ TEST(NetworkPaths, MappedDrivesBecomeTheirConnectionsThroughACache) {
         {"R:\\x", false, ""},
         {"\\\\srv\\x", false, ""},
         {"", false, ""},
-        {"P:\\" + std::string(300, 'y'), true, ("\\\\files\\Projects\\" + std::string(300, 'y')).substr(0, 259)},
+        {"P:\\" + std::string(300, 'y'), true,
+         ("\\\\files\\Projects\\" + std::string(300, 'y')).substr(0, 259)},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.path);
@@ -149,7 +150,9 @@ TEST(NetworkPaths, MappedDrivesBecomeTheirConnectionsThroughACache) {
 }
 
 TEST(NetworkPaths, LocalSharesNameTheDeepestShareThatHoldsThePath) {
-    ScriptedNetwork network({}, {{"Data", "C:\\Data"}, {"Deep", "C:\\Data\\Deep\\"}, {"Drive", "D:\\"},
+    ScriptedNetwork network({}, {{"Data", "C:\\Data"},
+                                 {"Deep", "C:\\Data\\Deep\\"},
+                                 {"Drive", "D:\\"},
                                  {"pub", "/srv/pub"}});
     struct Row {
         std::string path;
@@ -159,7 +162,8 @@ TEST(NetworkPaths, LocalSharesNameTheDeepestShareThatHoldsThePath) {
         std::string posix;
     };
     const Row rows[] = {
-        {"C:\\Data\\Deep\\x.mdl", true, "\\\\WORKSTATION\\Deep\\x.mdl", true, "//WORKSTATION/Deep/x.mdl"},
+        {"C:\\Data\\Deep\\x.mdl", true, "\\\\WORKSTATION\\Deep\\x.mdl", true,
+         "//WORKSTATION/Deep/x.mdl"},
         {"c:\\data\\deep\\x.mdl", true, "\\\\WORKSTATION\\Deep\\x.mdl", false, ""},
         {"C:\\Data\\y.mdl", true, "\\\\WORKSTATION\\Data\\y.mdl", true, "//WORKSTATION/Data/y.mdl"},
         {"C:\\Data", true, "\\\\WORKSTATION\\Data", true, "//WORKSTATION/Data"},
@@ -229,7 +233,8 @@ TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
     std::string root;
     EXPECT_TRUE(detail::FindDriveForShare("ART", kPosix, root));
     EXPECT_EQ(root, "//fileserver/ART");
-    EXPECT_EQ(detail::GetServerFileName("//MACSERVER/Volumes/art/sky.tga", kPosix), "//fileserver/ART/sky.tga");
+    EXPECT_EQ(detail::GetServerFileName("//MACSERVER/Volumes/art/sky.tga", kPosix),
+              "//fileserver/ART/sky.tga");
 
     // A reference outside the base path is written in its network form.
     pathtest::BasePathGuard base;
@@ -316,9 +321,11 @@ TEST(NetworkPaths, PosixDriveServicesFollowTheMountTable) {
     EXPECT_FALSE(network.connectionName("/mnt/reused", connection));
     EXPECT_TRUE(network.sharedFolders().empty());
 
-    EXPECT_STREQ(String("/mnt/art/models/arm.mdl").GetUNCFileName().Get(), "//fileserver/ART/models/arm.mdl");
+    EXPECT_STREQ(String("/mnt/art/models/arm.mdl").GetUNCFileName().Get(),
+                 "//fileserver/ART/models/arm.mdl");
     EXPECT_STREQ(String("/mnt/reused/x").GetUNCFileName().Get(), "/mnt/reused/x");
-    EXPECT_STREQ(String("MACSERVER/Volumes/art/x.tga").GetServerFileName().Get(), "//fileserver/ART/x.tga");
+    EXPECT_STREQ(String("MACSERVER/Volumes/art/x.tga").GetServerFileName().Get(),
+                 "//fileserver/ART/x.tga");
     detail::ClearConnectionCache();
 }
 

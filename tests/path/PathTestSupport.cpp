@@ -58,7 +58,9 @@ std::string ScratchFolder::ReadFile(std::string_view relative) const {
 
 namespace {
 std::vector<std::string> g_traceLines;
-void CaptureTrace(const char* text) { g_traceLines.emplace_back(text); }
+void CaptureTrace(const char* text) {
+    g_traceLines.emplace_back(text);
+}
 } // namespace
 
 TraceCapture::TraceCapture() : guard_(System()) {
@@ -68,7 +70,9 @@ TraceCapture::TraceCapture() : guard_(System()) {
 
 TraceCapture::~TraceCapture() = default;
 
-const std::vector<std::string>& TraceCapture::Lines() const { return g_traceLines; }
+const std::vector<std::string>& TraceCapture::Lines() const {
+    return g_traceLines;
+}
 
 // ---- scripted network ------------------------------------------------------------------
 
@@ -116,7 +120,9 @@ bool ScriptedConnectionName(const char* name, std::string& out) {
     return false;
 }
 
-std::vector<SharedFolder> ScriptedShares() { return g_network.shares; }
+std::vector<SharedFolder> ScriptedShares() {
+    return g_network.shares;
+}
 
 bool ScriptedHostName(std::string& out) {
     out = g_network.hostName;
@@ -130,8 +136,8 @@ bool ScriptedComputerName(std::string& out) {
 
 } // namespace
 
-ScriptedNetwork::ScriptedNetwork(std::vector<ScriptedDrive> drives, std::vector<SharedFolder> shares,
-                                 std::string hostName)
+ScriptedNetwork::ScriptedNetwork(std::vector<ScriptedDrive> drives,
+                                 std::vector<SharedFolder> shares, std::string hostName)
     : network_(Network()), system_(System()) {
     g_network = NetworkScript{std::move(drives), std::move(shares), std::move(hostName), true, {}};
     Network().logicalDrives = ScriptedLogicalDrives;
@@ -143,9 +149,13 @@ ScriptedNetwork::ScriptedNetwork(std::vector<ScriptedDrive> drives, std::vector<
     fileio::detail::ClearConnectionCache();
 }
 
-ScriptedNetwork::~ScriptedNetwork() { fileio::detail::ClearConnectionCache(); }
+ScriptedNetwork::~ScriptedNetwork() {
+    fileio::detail::ClearConnectionCache();
+}
 
-const std::vector<std::string>& ScriptedNetwork::ConnectionQueries() { return g_network.queries; }
+const std::vector<std::string>& ScriptedNetwork::ConnectionQueries() {
+    return g_network.queries;
+}
 
 void ScriptedNetwork::SetComputerNameReadable(bool readable) {
     g_network.computerNameReadable = readable;
@@ -215,11 +225,17 @@ ScriptedFolders::ScriptedFolders(PathStyle style, std::set<std::string> folders,
 
 ScriptedFolders::~ScriptedFolders() = default;
 
-const std::string& ScriptedFolders::CurrentDirectory() { return g_folders.currentDir; }
+const std::string& ScriptedFolders::CurrentDirectory() {
+    return g_folders.currentDir;
+}
 
-const std::vector<std::string>& ScriptedFolders::DirectoryChanges() { return g_folders.changes; }
+const std::vector<std::string>& ScriptedFolders::DirectoryChanges() {
+    return g_folders.changes;
+}
 
-void ScriptedFolders::FailFullPath(bool fail) { g_folders.failFullPath = fail; }
+void ScriptedFolders::FailFullPath(bool fail) {
+    g_folders.failFullPath = fail;
+}
 
 void ScriptedFolders::FailSetCurrentDirectory(bool fail) {
     g_folders.failSetCurrentDirectory = fail;

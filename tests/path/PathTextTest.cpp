@@ -136,7 +136,7 @@ TEST(PathText, NamesCompareByTheStylesCaseRule) {
     }
     EXPECT_TRUE(detail::NameLess("apple", "Banana", kWindows));
     EXPECT_FALSE(detail::NameLess("apple", "Banana", kPosix)); // "B" < "a" in bytes
-    EXPECT_TRUE(detail::NameLess("A", "a", kWindows)); // ties broken by bytes
+    EXPECT_TRUE(detail::NameLess("A", "a", kWindows));         // ties broken by bytes
     EXPECT_FALSE(detail::NameLess("a", "A", kWindows));
     EXPECT_TRUE(detail::NameLess("ab", "ABC", kWindows));
 }

@@ -45,8 +45,12 @@ TEST(UniversalPath, UniversalToNativeWritesTheStylesSeparator) {
         {"C:/Projects/Robot/arm.mdl", "C:\\Projects\\Robot\\arm.mdl", "C:/Projects/Robot/arm.mdl"},
         {"//Server/Share/b.mdl", "\\\\Server\\Share\\b.mdl", "//Server/Share/b.mdl"},
         {"../Shared/sky.tga", "..\\Shared\\sky.tga", "../Shared/sky.tga"},
-        {"AC\x12" "DC.wav", "AC/DC.wav", "AC/DC.wav"},
-        {"dir/a\x12" "b", "dir\\a/b", "dir/a/b"},
+        {"AC\x12"
+         "DC.wav",
+         "AC/DC.wav", "AC/DC.wav"},
+        {"dir/a\x12"
+         "b",
+         "dir\\a/b", "dir/a/b"},
         {"back\\slash", "back\\slash", "back/slash"},
         {"", "", ""},
     };
@@ -63,8 +67,15 @@ TEST(UniversalPath, NativePathsSurviveTheRoundTrip) {
     while (longPath.size() < 400)
         longPath += "\\f\xe9older";
     const std::string windowsPaths[] = {
-        "C:\\Projects\\Robot\\arm.mdl", "\\\\Server\\Share\\b.mdl", "..\\x", ".", "",
-        "relative\\caf\xe9.tga", longPath, "C:\\trailing\\", "MACSERVER\\Volumes\\x",
+        "C:\\Projects\\Robot\\arm.mdl",
+        "\\\\Server\\Share\\b.mdl",
+        "..\\x",
+        ".",
+        "",
+        "relative\\caf\xe9.tga",
+        longPath,
+        "C:\\trailing\\",
+        "MACSERVER\\Volumes\\x",
     };
     for (const std::string& path : windowsPaths) {
         SCOPED_TRACE(path);
@@ -163,7 +174,10 @@ TEST(UniversalPath, ShortenPathDropsLeadingComponents) {
 TEST(UniversalPath, PublicFormsUseThePlatformsSeparator) {
     pathtest::ScriptedNetwork network({});
     const bool windows = fileio::platform::kNativePathStyle == kWindows;
-    EXPECT_STREQ(UniversalToNative(String("a/b\x12" "c")).Get(), windows ? "a\\b/c" : "a/b/c");
+    EXPECT_STREQ(UniversalToNative(String("a/b\x12"
+                                          "c"))
+                     .Get(),
+                 windows ? "a\\b/c" : "a/b/c");
     EXPECT_EQ(UniversalToNative(String()).Get(), nullptr);
 }
 

@@ -70,9 +70,13 @@ bool CopyFile(const char* from, const char* to) {
     return ok;
 }
 
-bool RemoveFile(const char* path) { return ::unlink(path) == 0; }
+bool RemoveFile(const char* path) {
+    return ::unlink(path) == 0;
+}
 
-bool RemoveFolder(const char* path) { return ::rmdir(path) == 0; }
+bool RemoveFolder(const char* path) {
+    return ::rmdir(path) == 0;
+}
 
 bool Rename(const char* from, const char* to, bool replace) {
     if (!replace && Exists(to)) {
@@ -82,7 +86,9 @@ bool Rename(const char* from, const char* to, bool replace) {
     return ::rename(from, to) == 0;
 }
 
-bool CreateFolder(const char* path) { return ::mkdir(path, 0777) == 0; }
+bool CreateFolder(const char* path) {
+    return ::mkdir(path, 0777) == 0;
+}
 
 bool GetCurrentDirectory(std::string& out) {
     std::string buffer(256, '\0');
@@ -98,7 +104,9 @@ bool GetCurrentDirectory(std::string& out) {
     }
 }
 
-bool SetCurrentDirectory(const char* path) { return ::chdir(path) == 0; }
+bool SetCurrentDirectory(const char* path) {
+    return ::chdir(path) == 0;
+}
 
 bool FullPath(const char* path, std::string& out) {
     std::string_view text(path);
@@ -143,9 +151,17 @@ bool ListFolder(const char* folder, std::vector<FolderEntry>& out) {
 
 FileServices& Files() {
     static FileServices table = {
-        Exists,       IsFolder,            CopyFile,           RemoveFile,
-        RemoveFolder, Rename,              CreateFolder,       GetCurrentDirectory,
-        SetCurrentDirectory, FullPath,     ListFolder,
+        Exists,
+        IsFolder,
+        CopyFile,
+        RemoveFile,
+        RemoveFolder,
+        Rename,
+        CreateFolder,
+        GetCurrentDirectory,
+        SetCurrentDirectory,
+        FullPath,
+        ListFolder,
     };
     return table;
 }

@@ -50,7 +50,9 @@ bool ConnectionName(const char* drive, std::string& out) {
     return false;
 }
 
-std::vector<SharedFolder> SharedFolders() { return {}; }
+std::vector<SharedFolder> SharedFolders() {
+    return {};
+}
 
 std::string MountTable() {
     std::ifstream file("/proc/self/mounts", std::ios::binary);

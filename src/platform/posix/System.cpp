@@ -51,9 +51,13 @@ void DebugTrace([[maybe_unused]] const char* text) {
 #endif
 }
 
-std::string LastErrorText() { return std::generic_category().message(errno); }
+std::string LastErrorText() {
+    return std::generic_category().message(errno);
+}
 
-void* BeginWaitCursor() { return nullptr; }
+void* BeginWaitCursor() {
+    return nullptr;
+}
 
 void EndWaitCursor(void*) {}
 
@@ -61,8 +65,8 @@ void EndWaitCursor(void*) {}
 
 SystemServices& System() {
     static SystemServices table = {
-        ComputerName, HostName, ApplicationFile, DebugTrace, LastErrorText, BeginWaitCursor,
-        EndWaitCursor,
+        ComputerName,  HostName,        ApplicationFile, DebugTrace,
+        LastErrorText, BeginWaitCursor, EndWaitCursor,
     };
     return table;
 }

@@ -13,9 +13,13 @@ namespace {
 using win32::Narrow;
 using win32::Widen;
 
-DWORD Attributes(const char* path) { return GetFileAttributesW(Widen(path).c_str()); }
+DWORD Attributes(const char* path) {
+    return GetFileAttributesW(Widen(path).c_str());
+}
 
-bool Exists(const char* path) { return Attributes(path) != INVALID_FILE_ATTRIBUTES; }
+bool Exists(const char* path) {
+    return Attributes(path) != INVALID_FILE_ATTRIBUTES;
+}
 
 bool IsFolder(const char* path) {
     DWORD attributes = Attributes(path);
@@ -26,16 +30,22 @@ bool CopyFile(const char* from, const char* to) {
     return CopyFileW(Widen(from).c_str(), Widen(to).c_str(), FALSE) != 0;
 }
 
-bool RemoveFile(const char* path) { return DeleteFileW(Widen(path).c_str()) != 0; }
+bool RemoveFile(const char* path) {
+    return DeleteFileW(Widen(path).c_str()) != 0;
+}
 
-bool RemoveFolder(const char* path) { return RemoveDirectoryW(Widen(path).c_str()) != 0; }
+bool RemoveFolder(const char* path) {
+    return RemoveDirectoryW(Widen(path).c_str()) != 0;
+}
 
 bool Rename(const char* from, const char* to, bool replace) {
     return MoveFileExW(Widen(from).c_str(), Widen(to).c_str(),
                        replace ? MOVEFILE_REPLACE_EXISTING : 0) != 0;
 }
 
-bool CreateFolder(const char* path) { return CreateDirectoryW(Widen(path).c_str(), nullptr) != 0; }
+bool CreateFolder(const char* path) {
+    return CreateDirectoryW(Widen(path).c_str(), nullptr) != 0;
+}
 
 bool GetCurrentDirectory(std::string& out) {
     DWORD size = GetCurrentDirectoryW(0, nullptr);
@@ -99,9 +109,17 @@ bool ListFolder(const char* folder, std::vector<FolderEntry>& out) {
 
 FileServices& Files() {
     static FileServices table = {
-        Exists,       IsFolder,            CopyFile,           RemoveFile,
-        RemoveFolder, Rename,              CreateFolder,       GetCurrentDirectory,
-        SetCurrentDirectory, FullPath,     ListFolder,
+        Exists,
+        IsFolder,
+        CopyFile,
+        RemoveFile,
+        RemoveFolder,
+        Rename,
+        CreateFolder,
+        GetCurrentDirectory,
+        SetCurrentDirectory,
+        FullPath,
+        ListFolder,
     };
     return table;
 }

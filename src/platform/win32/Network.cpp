@@ -21,7 +21,9 @@ std::vector<std::string> LogicalDrives() {
     return roots;
 }
 
-int DriveType(const char* root) { return static_cast<int>(GetDriveTypeA(root)); }
+int DriveType(const char* root) {
+    return static_cast<int>(GetDriveTypeA(root));
+}
 
 bool ConnectionName(const char* drive, std::string& out) {
     std::string buffer(260, '\0');
@@ -54,8 +56,9 @@ std::string PathOfShare(const std::string& lines) {
 std::vector<SharedFolder> SharedFolders() {
     std::vector<SharedFolder> shares;
     HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "SYSTEM\\CurrentControlSet\\Services\\LanmanServer\\Shares",
-                      0, KEY_READ, &key) != ERROR_SUCCESS)
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE,
+                      "SYSTEM\\CurrentControlSet\\Services\\LanmanServer\\Shares", 0, KEY_READ,
+                      &key) != ERROR_SUCCESS)
         return shares;
     DWORD count = 0;
     DWORD longestName = 0;
@@ -82,7 +85,9 @@ std::vector<SharedFolder> SharedFolders() {
     return shares;
 }
 
-std::string MountTable() { return {}; }
+std::string MountTable() {
+    return {};
+}
 
 } // namespace
 

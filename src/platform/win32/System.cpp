@@ -56,7 +56,8 @@ std::string LastErrorText() {
     DWORD n = FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
                                  FORMAT_MESSAGE_IGNORE_INSERTS,
                              nullptr, code, 0, reinterpret_cast<char*>(&text), 0, nullptr);
-    std::string out = n > 0 && text != nullptr ? std::string(text, n) : "error " + std::to_string(code);
+    std::string out =
+        n > 0 && text != nullptr ? std::string(text, n) : "error " + std::to_string(code);
     if (text != nullptr)
         LocalFree(text);
     while (!out.empty() && (out.back() == '\n' || out.back() == '\r' || out.back() == ' '))
@@ -64,16 +65,20 @@ std::string LastErrorText() {
     return out;
 }
 
-void* BeginWaitCursor() { return SetCursor(LoadCursorA(nullptr, MAKEINTRESOURCEA(32514))); }
+void* BeginWaitCursor() {
+    return SetCursor(LoadCursorA(nullptr, MAKEINTRESOURCEA(32514)));
+}
 
-void EndWaitCursor(void* previous) { SetCursor(static_cast<HCURSOR>(previous)); }
+void EndWaitCursor(void* previous) {
+    SetCursor(static_cast<HCURSOR>(previous));
+}
 
 } // namespace
 
 SystemServices& System() {
     static SystemServices table = {
-        ComputerName, HostName, ApplicationFile, DebugTrace, LastErrorText, BeginWaitCursor,
-        EndWaitCursor,
+        ComputerName,  HostName,        ApplicationFile, DebugTrace,
+        LastErrorText, BeginWaitCursor, EndWaitCursor,
     };
     return table;
 }
