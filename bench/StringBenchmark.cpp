@@ -1,0 +1,129 @@
+// StringBenchmark.cpp - String's float and double texts against snprintf with the same
+// format, over the same random values, in the same run.
+//
+// Each String case includes everything a caller pays: formatting, the pool allocation and
+// the copy, and the release. The snprintf cases only format into a stack buffer. A host
+// always has other strings alive, so the String cases keep one resident string: without
+// it, every release would empty the pool's only block and hand it back to the system, and
+// the case would time the block's system allocation instead of the text. Before
+// timing, every value's text is checked to be identical in both; a mismatch stops the case.
+// The FormatGeneral cases time the library's formatter alone, into a stack buffer like
+// snprintf's, so that the text work and the pool's share of a String can be told apart.
+// Values are drawn two ways: uniformly over all finite bit patterns (mostly huge or tiny
+// magnitudes, long exponents) and as "ordinary" scene numbers in [-1000, 1000].
+
+#include "core/StringNumbers.h"
+#include "fileio/core/String.h"
+
+#include <benchmark/benchmark.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t kValueCount = 4096;
+
+template <class Float>
+std::vector<Float> RandomBitPatterns() {
+    using Word = std::conditional_t<sizeof(Float) == 8, std::uint64_t, std::uint32_t>;
+    std::mt19937_64 random(12345);
+    std::vector<Float> values;
+    while (values.size() < kValueCount) {
+        const Float value = std::bit_cast<Float>(static_cast<Word>(random()));
+        if (std::isfinite(value))
+            values.push_back(value);
+    }
+    return values;
+}
+
+template <class Float>
+std::vector<Float> OrdinaryValues() {
+    std::mt19937_64 random(54321);
+    std::uniform_real_distribution<double> range(-1000.0, 1000.0);
+    std::vector<Float> values;
+    for (std::size_t i = 0; i < kValueCount; ++i)
+        values.push_back(static_cast<Float>(range(random)));
+    return values;
+}
+
+template <class Float>
+const char* FormatOf() {
+    return sizeof(Float) == 8 ? "%.17g" : "%.9g";
+}
+
+/// True when String and snprintf write the same text for every value.
+template <class Float>
+bool SameTexts(const std::vector<Float>& values) {
+    char expected[64];
+    for (Float value : values) {
+        std::snprintf(expected, sizeof expected, FormatOf<Float>(), static_cast<double>(value));
+        const String text(value);
+        if (std::strcmp(text.Get(), expected) != 0)
+            return false;
+    }
+    return true;
+}
+
+template <class Float>
+void BM_StringText(benchmark::State& state, std::vector<Float> (*make)()) {
+    const std::vector<Float> values = make();
+    if (!SameTexts(values)) {
+        state.SkipWithError("String and snprintf texts differ");
+        return;
+    }
+    const String resident("keeps the string pool's block alive");
+    std::size_t i = 0;
+    for (auto _ : state) {
+        const String text(values[i++ % values.size()]);
+        benchmark::DoNotOptimize(text.Get());
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+template <class Float>
+void BM_FormatGeneral(benchmark::State& state, std::vector<Float> (*make)()) {
+    const std::vector<Float> values = make();
+    char buffer[fileio::detail::kNumberTextSize];
+    const int digits = sizeof(Float) == 8 ? 17 : 9;
+    std::size_t i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(fileio::detail::FormatGeneral(buffer, values[i++ % values.size()], digits));
+        benchmark::DoNotOptimize(buffer);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+template <class Float>
+void BM_Snprintf(benchmark::State& state, std::vector<Float> (*make)()) {
+    const std::vector<Float> values = make();
+    char buffer[64];
+    std::size_t i = 0;
+    for (auto _ : state) {
+        std::snprintf(buffer, sizeof buffer, FormatOf<Float>(), static_cast<double>(values[i++ % values.size()]));
+        benchmark::DoNotOptimize(buffer);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+BENCHMARK_CAPTURE(BM_StringText, float_bits, RandomBitPatterns<float>);
+BENCHMARK_CAPTURE(BM_FormatGeneral, float_bits, RandomBitPatterns<float>);
+BENCHMARK_CAPTURE(BM_Snprintf, float_bits, RandomBitPatterns<float>);
+BENCHMARK_CAPTURE(BM_StringText, float_ordinary, OrdinaryValues<float>);
+BENCHMARK_CAPTURE(BM_FormatGeneral, float_ordinary, OrdinaryValues<float>);
+BENCHMARK_CAPTURE(BM_Snprintf, float_ordinary, OrdinaryValues<float>);
+BENCHMARK_CAPTURE(BM_StringText, double_bits, RandomBitPatterns<double>);
+BENCHMARK_CAPTURE(BM_FormatGeneral, double_bits, RandomBitPatterns<double>);
+BENCHMARK_CAPTURE(BM_Snprintf, double_bits, RandomBitPatterns<double>);
+BENCHMARK_CAPTURE(BM_StringText, double_ordinary, OrdinaryValues<double>);
+BENCHMARK_CAPTURE(BM_FormatGeneral, double_ordinary, OrdinaryValues<double>);
+BENCHMARK_CAPTURE(BM_Snprintf, double_ordinary, OrdinaryValues<double>);
+
+} // namespace
+
+BENCHMARK_MAIN();
