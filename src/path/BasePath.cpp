@@ -26,7 +26,15 @@ BaseState& State() {
     return state;
 }
 
+/// Writes a line of the resolution's failures to the debug trace, in debug builds only.
 void Trace(const char* format, const std::string& error) {
+#if defined(NDEBUG)
+    constexpr bool kTraced = false;
+#else
+    constexpr bool kTraced = true;
+#endif
+    if (!kTraced)
+        return;
     std::string line = format;
     line.replace(line.find("%s"), 2, error);
     System().debugTrace(line.c_str());

@@ -31,7 +31,7 @@ bool VarnCopyFile(const String& from, const String& to) {
 }
 
 bool RenameFile(const String& from, const String& to) {
-    return from.IsNotEmpty() && to.IsNotEmpty() && Files().rename(from.Get(), to.Get(), false);
+    return from.IsNotEmpty() && to.IsNotEmpty() && Files().renameFile(from.Get(), to.Get());
 }
 
 bool CreateFolder(const String& path) {

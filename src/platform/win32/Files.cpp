@@ -38,9 +38,8 @@ bool RemoveFolder(const char* path) {
     return RemoveDirectoryW(Widen(path).c_str()) != 0;
 }
 
-bool Rename(const char* from, const char* to, bool replace) {
-    return MoveFileExW(Widen(from).c_str(), Widen(to).c_str(),
-                       replace ? MOVEFILE_REPLACE_EXISTING : 0) != 0;
+bool RenameFile(const char* from, const char* to) {
+    return MoveFileExW(Widen(from).c_str(), Widen(to).c_str(), 0) != 0;
 }
 
 bool CreateFolder(const char* path) {
@@ -114,7 +113,7 @@ FileServices& Files() {
         CopyFile,
         RemoveFile,
         RemoveFolder,
-        Rename,
+        RenameFile,
         CreateFolder,
         GetCurrentDirectory,
         SetCurrentDirectory,

@@ -27,28 +27,29 @@ bool HostName(std::string& out) {
     return true;
 }
 
-bool ApplicationFile(std::string& out) {
-    std::wstring buffer(MAX_PATH, L'\0');
+std::string ApplicationFolder() {
+    std::wstring path(MAX_PATH, L'\0');
     for (;;) {
-        DWORD n = GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
+        DWORD n = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
         if (n == 0)
-            return false;
-        if (n < buffer.size()) {
-            buffer.resize(n);
-            out = win32::Narrow(buffer);
-            return true;
+            return {};
+        if (n < path.size()) {
+            path.resize(n);
+            break;
         }
-        if (buffer.size() > 32768)
-            return false;
-        buffer.resize(buffer.size() * 2);
+        if (path.size() > 32768)
+            return {};
+        path.resize(path.size() * 2);
     }
+    std::size_t separator = path.find_last_of(L"\\/");
+    if (separator == std::wstring::npos)
+        return {};
+    // A program in a drive's root keeps the root's separator ("C:\").
+    path.resize(separator == 2 && path[1] == L':' ? 3 : separator);
+    return win32::Narrow(path);
 }
 
-void DebugTrace([[maybe_unused]] const char* text) {
-#if !defined(NDEBUG)
-    OutputDebugStringA(text);
-#endif
-}
+void DebugTrace(const char* text) { OutputDebugStringA(text); }
 
 std::string LastErrorText() {
     DWORD code = GetLastError();
@@ -77,7 +78,7 @@ void EndWaitCursor(void* previous) {
 
 SystemServices& System() {
     static SystemServices table = {
-        ComputerName,  HostName,        ApplicationFile, DebugTrace,
+        ComputerName,  HostName,        ApplicationFolder, DebugTrace,
         LastErrorText, BeginWaitCursor, EndWaitCursor,
     };
     return table;
