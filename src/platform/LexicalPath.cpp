@@ -61,6 +61,12 @@ void Fold(std::string_view rest, bool rooted, std::vector<std::string_view>& par
 
 } // namespace
 
+bool IsLexicallyAbsolute(std::string_view path) {
+    std::string root;
+    RootOf(path, root);
+    return !root.empty();
+}
+
 std::string LexicalFullPath(std::string_view currentDir, std::string_view path) {
     if (path.empty())
         return {};

@@ -157,6 +157,10 @@ FileServices& Files();
 /// gives an empty result.
 std::string LexicalFullPath(std::string_view currentDir, std::string_view path);
 
+/// True when LexicalFullPath would not consult the current directory for `path`: it begins
+/// with a separator or with a drive letter, ":" and a separator.
+bool IsLexicallyAbsolute(std::string_view path);
+
 // ---------------------------------------------------------------------------------------
 // Settings hive
 // ---------------------------------------------------------------------------------------

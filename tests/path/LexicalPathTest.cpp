@@ -41,6 +41,10 @@ TEST(LexicalPath, FoldsDotsAgainstTheCurrentDirectory) {
         SCOPED_TRACE(row.currentDir + " + " + row.path);
         EXPECT_EQ(LexicalFullPath(row.currentDir, row.path), row.full);
     }
+    for (const char* path : {"/x", "\\x", "//server", "C:/x", "c:\\x"})
+        EXPECT_TRUE(platform::IsLexicallyAbsolute(path)) << path;
+    for (const char* path : {"x", "C:x", "C:", "", "./x", "1:/x"})
+        EXPECT_FALSE(platform::IsLexicallyAbsolute(path)) << path;
 }
 
 TEST(LexicalPath, TheSystemResolvesAgainstTheCurrentDirectory) {

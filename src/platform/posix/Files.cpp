@@ -115,9 +115,7 @@ bool FullPath(const char* path, std::string& out) {
         return false;
     }
     std::string currentDir;
-    bool relative = text[0] != '/' && text[0] != '\\' &&
-                    !(text.size() >= 3 && text[1] == ':' && (text[2] == '/' || text[2] == '\\'));
-    if (relative && !Files().getCurrentDirectory(currentDir))
+    if (!IsLexicallyAbsolute(text) && !Files().getCurrentDirectory(currentDir))
         return false;
     out = LexicalFullPath(currentDir, text);
     return true;
