@@ -137,9 +137,11 @@ bool IsHuge(std::string_view number, bool hex) noexcept {
             scale -= digitWeight;
         }
     }
-    if (i < number.size()) {
-        bool negativeExponent = false;
-        const std::string_view exponentText = SkipSpaceAndSign(number.substr(i + 1), negativeExponent);
+    if (i + 1 < number.size()) {
+        std::string_view exponentText = number.substr(i + 1);
+        const bool negativeExponent = exponentText[0] == '-';
+        if (exponentText[0] == '-' || exponentText[0] == '+')
+            exponentText.remove_prefix(1);
         const Digits exponent = ReadDigits(exponentText, 10);
         const long long magnitude =
             static_cast<long long>(std::min<unsigned long long>(exponent.value, 1'000'000'000));

@@ -16,8 +16,6 @@
 #include <string>
 #include <unordered_set>
 
-using fileio::detail::ByteValue;
-
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;

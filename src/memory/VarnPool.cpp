@@ -8,8 +8,16 @@
 //     8- and 16-byte remainders that a split leaves unrecorded; the block is wholly free
 //     exactly when freeBytes reaches blockSize;
 //   - every byte of the block that is neither a chunk header nor handed out is zero.
+//
+// Finding chunks: the pool's block table (BlockTable.h) finds the block of a freed pointer,
+// and each standard block's free-chunk index (FreeChunkIndex.h) finds the first fit and a
+// chunk's free neighbours without walking the free list. The list is still kept exactly
+// as described, and the index answers exactly what a walk of the list would: the highest
+// free chunk that fits, the nearest free chunk below and above an address.
 
 #include "fileio/memory/Pool.h"
+#include "memory/BlockTable.h"
+#include "memory/FreeChunkIndex.h"
 #include "memory/SizeArithmetic.h"
 #include "platform/Platform.h"
 
@@ -20,6 +28,8 @@
 
 namespace {
 
+using fileio::detail::BlockTable;
+using fileio::detail::FreeChunkIndex;
 using fileio::platform::Mutex;
 
 static_assert(sizeof(MemChunk) == 16, "a chunk header is a size word and a link word");
@@ -32,16 +42,30 @@ static_assert(VarnPool::kBlockSize % 8 == 0, "chunk sizes are multiples of 8");
 char* Bytes(MemChunk* chunk) noexcept { return reinterpret_cast<char*>(chunk); }
 MemChunk* ChunkAt(char* address) noexcept { return reinterpret_cast<MemChunk*>(address); }
 
-// The first byte after a chunk.
-char* EndOf(MemChunk* chunk) noexcept { return Bytes(chunk) + chunk->size; }
-
-// The largest size on a block's free list, 0 for an empty list.
-unsigned long long LargestOnList(const MemHeader& block) noexcept {
-    unsigned long long largest = 0;
-    for (const MemChunk* c = block.freeList; c != nullptr; c = c->next)
-        largest = c->size > largest ? c->size : largest;
-    return largest;
+// The link that points at a free chunk: the link word of the free chunk above it, or the
+// head of the block's list when it is the highest.
+MemChunk*& LinkTo(MemHeader* block, MemChunk* above) noexcept {
+    return above != nullptr ? above->next : block->freeList;
 }
+
+#ifndef NDEBUG
+// Checks in debug builds that a block's free list holds exactly the chunks of its index, in
+// descending address order, and that largestFree is the largest of them. It walks the whole
+// list, as the search for a chunk did before the index existed.
+void CheckFreeList(const MemHeader* block, const FreeChunkIndex* index) {
+    unsigned long long largest = 0;
+    const void* limit = block->end;
+    for (const MemChunk* chunk = block->freeList;; chunk = chunk->next) {
+        assert((index == nullptr || chunk == index->Below(limit)) && "VarnPool: the free list and its index differ");
+        if (chunk == nullptr)
+            break;
+        largest = chunk->size > largest ? chunk->size : largest;
+        limit = chunk;
+    }
+    assert(largest == block->largestFree && (index == nullptr || largest == index->Largest()) &&
+           "VarnPool: largestFree is not the largest free chunk");
+}
+#endif
 
 } // namespace
 
@@ -62,7 +86,7 @@ private:
 };
 
 VarnPool::VarnPool() noexcept
-    : m_total(0), m_blocks(nullptr), m_spareHeaders(nullptr), m_headerArrays(nullptr) {
+    : m_total(0), m_blocks(nullptr), m_spareHeaders(nullptr), m_headerArrays(nullptr), m_table(nullptr) {
     static_assert(sizeof(Mutex) <= sizeof(m_lock), "the platform mutex does not fit");
     static_assert(alignof(Mutex) <= 8, "the platform mutex needs more than m_lock's alignment of 8");
     ::new (static_cast<void*>(m_lock)) Mutex;
@@ -70,6 +94,10 @@ VarnPool::VarnPool() noexcept
 
 VarnPool::~VarnPool() {
     FreePool();
+    if (m_table != nullptr) {
+        m_table->~BlockTable();
+        fileio::platform::ReleaseSystemMemory(m_table);
+    }
     LockGuard::MutexOf(*this).~Mutex();
 }
 
@@ -79,63 +107,60 @@ void* VarnPool::VarnAlloc(unsigned long long n) {
     const unsigned long long size = fileio::detail::RoundUpTo8(fileio::detail::AddSizes(n, kChunkHeaderSize));
 
     LockGuard lock(*this);
-    MemHeader* block = nullptr;
-    MemChunk** link = nullptr;
-    MemChunk* chunk = size < kBlockSize ? FindFit(size, &block, &link) : nullptr;
-    if (chunk != nullptr) {
-        TakeFromChunk(block, link, chunk, size, kSplitMinimum);
+    // First fit: the newest block whose largest free chunk is big enough, and in it the free
+    // chunk at the highest address that is.
+    const BlockTable::Entry* entry =
+        size < kBlockSize && m_table != nullptr ? m_table->NewestWithRoom(size) : nullptr;
+    MemHeader* block;
+    MemChunk* chunk;
+    if (entry != nullptr) {
+        block = entry->header;
+        chunk = entry->index->HighestFit(size);
+        TakeFromChunk(block, entry->index, chunk, size, kSplitMinimum);
     } else {
         // A new block's tail stays on the free list whatever its size, even the 8 bytes
         // whose chunk header then reaches into PlatformAlloc's slack behind the block.
         block = AllocateBlock(size);
         chunk = block->freeList;
-        TakeFromChunk(block, &block->freeList, chunk, size, 1);
+        TakeFromChunk(block, m_table->Find(block->start)->index, chunk, size, 1);
     }
 
     block->freeBytes -= size;
     chunk->size = size;
     chunk->next = nullptr;
     std::memset(chunk + 1, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
-    m_total.fetch_add(size, std::memory_order_relaxed);
+#ifndef NDEBUG
+    CheckFreeList(block, m_table->Find(block->start)->index);
+#endif
+    // Only the lock holder writes the total; a plain store keeps readers' snapshots whole.
+    m_total.store(m_total.load(std::memory_order_relaxed) + size, std::memory_order_relaxed);
     return chunk + 1;
 }
 
-// First fit: the newest block whose largest free chunk is big enough, and in it the free
-// chunk at the highest address that is. Returns null when no block has room; otherwise
-// sets *block and *link (the list link that points at the chunk).
-MemChunk* VarnPool::FindFit(unsigned long long size, MemHeader** block, MemChunk*** link) const noexcept {
-    for (MemHeader* b = m_blocks.load(std::memory_order_relaxed); b != nullptr; b = b->next) {
-        if (b->largestFree < size)
-            continue;
-        for (MemChunk** l = &b->freeList; *l != nullptr; l = &(*l)->next) {
-            if ((*l)->size >= size) {
-                *block = b;
-                *link = l;
-                return *l;
-            }
-        }
-        assert(false && "a block's largest free chunk is not on its free list");
-    }
-    return nullptr;
-}
-
-// Takes the low `size` bytes of the free chunk that *link points at. The rest becomes a
-// free chunk in its place if it has at least minimumRemainder bytes; otherwise it stays
-// unrecorded inside the block.
-void VarnPool::TakeFromChunk(MemHeader* block, MemChunk** link, MemChunk* chunk, unsigned long long size,
+// Takes the low `size` bytes of a free chunk of the block. The rest becomes a free chunk in
+// its place on the list if it has at least minimumRemainder bytes; otherwise it stays
+// unrecorded inside the block. `index` is null only for a block made for one allocation,
+// whose only free chunk is taken whole.
+void VarnPool::TakeFromChunk(MemHeader* block, FreeChunkIndex* index, MemChunk* chunk, unsigned long long size,
                              unsigned long long minimumRemainder) noexcept {
+    assert(chunk != nullptr && chunk->size >= size && "VarnPool: the chosen chunk is too small");
+    assert((index != nullptr || chunk->size == size) && "VarnPool: a block without an index is split");
     const unsigned long long taken = chunk->size;
     const unsigned long long remainder = taken - size;
+    MemChunk*& link = LinkTo(block, index != nullptr ? index->Above(chunk) : nullptr);
     if (remainder != 0 && remainder >= minimumRemainder) {
         MemChunk* rest = ChunkAt(Bytes(chunk) + size);
         rest->size = remainder;
         rest->next = chunk->next;
-        *link = rest;
+        link = rest;
+        index->Reshape(chunk, taken, rest);
     } else {
-        *link = chunk->next;
+        link = chunk->next;
+        if (index != nullptr)
+            index->Erase(chunk);
     }
     if (taken == block->largestFree)
-        block->largestFree = LargestOnList(*block);
+        block->largestFree = index != nullptr ? index->Largest() : 0;
 }
 
 void VarnPool::VarnFree(void* p) {
@@ -146,73 +171,88 @@ void VarnPool::VarnFree(void* p) {
     LockGuard lock(*this);
     // The block is looked up before the chunk header is read, so that a foreign pointer ends
     // the process without reading memory in front of it.
-    MemHeader* before = nullptr;
-    MemHeader* block = FindBlock(chunk, &before);
-    if (block == nullptr)
+    const BlockTable::Entry* entry = m_table != nullptr ? m_table->Find(chunk) : nullptr;
+    if (entry == nullptr)
         fileio::platform::Fatal("FileIO: VarnFree was given a pointer that is in no block of its pool");
+    MemHeader* block = entry->header;
     const unsigned long long size = chunk->size;
     if (size == 0)
         return; // the header was cleared when a neighbour absorbed this chunk
     assert(size % 8 == 0 && Bytes(chunk) + size <= block->end && "VarnFree: the chunk header is damaged");
-    m_total.fetch_sub(size, std::memory_order_relaxed);
+    FreeChunkIndex* index = entry->index;
+    if (index != nullptr && index->BeginsAt(chunk))
+        fileio::platform::Fatal("FileIO: VarnFree was given a chunk that is free already");
+    m_total.store(m_total.load(std::memory_order_relaxed) - size, std::memory_order_relaxed);
 
-    // The free chunks on either side: lower at or below the chunk, upper above it.
-    MemChunk* upper = nullptr;
-    MemChunk* lower = block->freeList;
-    while (lower != nullptr && lower > chunk) {
-        upper = lower;
-        lower = lower->next;
+    block->freeBytes += size;
+    if (block->freeBytes == block->blockSize) {
+        // Wholly free: the merging below would only tidy a block that goes away.
+        ReleaseBlock(block);
+        return;
     }
-    assert(lower != chunk && "VarnFree: the chunk is already free");
+    assert(index != nullptr && "VarnFree: a block made for one allocation is not emptied by its free");
 
+    // The free chunks on either side: lower below the chunk, upper above it; on the list,
+    // upper comes right before lower. The index tells whether they touch the chunk without
+    // reading their headers. Merged-away headers are cleared.
+    MemChunk* lower = index->Below(chunk);
+    MemChunk* upper = index->Above(chunk);
+    const bool mergesLower = index->EndsAt(chunk);
+    const bool mergesUpper = upper != nullptr && Bytes(chunk) + size == Bytes(upper);
     MemChunk* current;
-    if (lower != nullptr && EndOf(lower) == Bytes(chunk)) {
-        lower->size += size;
-        *chunk = MemChunk{};
-        current = lower;
+    if (!mergesUpper) {
+        if (mergesLower) {
+            const unsigned long long oldSize = lower->size;
+            lower->size += size;
+            index->Reshape(lower, oldSize, lower);
+            *chunk = MemChunk{};
+            current = lower;
+        } else {
+            chunk->next = lower;
+            LinkTo(block, upper) = chunk;
+            index->Insert(chunk);
+            current = chunk;
+        }
     } else {
-        chunk->next = lower;
-        (upper != nullptr ? upper->next : block->freeList) = chunk;
-        current = chunk;
-    }
-    if (upper != nullptr && EndOf(current) == Bytes(upper)) {
-        MemChunk** link = &block->freeList;
-        while (*link != upper)
-            link = &(*link)->next;
-        *link = current;
-        current->size += upper->size;
+        // Upper's place on the list goes to the merged chunk.
+        const unsigned long long upperSize = upper->size;
+        LinkTo(block, index->Above(upper)) = mergesLower ? lower : chunk;
+        if (mergesLower) {
+            index->Erase(upper);
+            const unsigned long long oldSize = lower->size;
+            lower->size += size + upperSize;
+            index->Reshape(lower, oldSize, lower);
+            *chunk = MemChunk{};
+            current = lower;
+        } else {
+            chunk->size = size + upperSize;
+            chunk->next = upper->next;
+            index->Reshape(upper, upperSize, chunk);
+            current = chunk;
+        }
         *upper = MemChunk{};
     }
     if (current->size > block->largestFree)
         block->largestFree = current->size;
+#ifndef NDEBUG
+    CheckFreeList(block, index);
+#endif
 
-    block->freeBytes += size;
-    if (block->freeBytes == block->blockSize)
-        ReleaseBlock(block, before);
-    else
-        std::memset(p, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
-}
-
-// The block whose bytes hold the chunk's header, and in *before the block ahead of it in
-// the list (null for the first). Null when no block holds it.
-MemHeader* VarnPool::FindBlock(const MemChunk* chunk, MemHeader** before) const noexcept {
-    const auto address = reinterpret_cast<std::uintptr_t>(chunk);
-    *before = nullptr;
-    for (MemHeader* b = m_blocks.load(std::memory_order_relaxed); b != nullptr; b = b->next) {
-        if (address >= reinterpret_cast<std::uintptr_t>(b->start) &&
-            address < reinterpret_cast<std::uintptr_t>(b->end))
-            return b;
-        *before = b;
-    }
-    return nullptr;
+    std::memset(p, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
 }
 
 // Returns a wholly free block to the system and its descriptor to the spare list.
-void VarnPool::ReleaseBlock(MemHeader* block, MemHeader* before) {
-    if (before != nullptr)
-        before->next = block->next;
-    else
+void VarnPool::ReleaseBlock(MemHeader* block) {
+    MemHeader* head = m_blocks.load(std::memory_order_relaxed);
+    if (head == block) {
         m_blocks.store(block->next, std::memory_order_relaxed);
+    } else {
+        MemHeader* before = head;
+        while (before->next != block)
+            before = before->next;
+        before->next = block->next;
+    }
+    m_table->Remove(*m_table->Find(block->start));
     PlatformFree(block->storage);
     block->storage = nullptr;
     block->freeList = nullptr;
@@ -223,6 +263,8 @@ void VarnPool::FreePool() {
     LockGuard lock(*this);
     for (MemHeader* b = m_blocks.load(std::memory_order_relaxed); b != nullptr; b = b->next)
         PlatformFree(b->storage);
+    if (m_table != nullptr)
+        m_table->Clear();
     // The descriptors, spare ones included, live in the header arrays released here.
     while (m_headerArrays != nullptr) {
         void** array = m_headerArrays;
@@ -249,6 +291,11 @@ MemHeader* VarnPool::AllocateBlock(unsigned long long size) {
     block->freeBytes = blockSize;
     block->blockSize = blockSize;
     block->largestFree = blockSize;
+
+    if (m_table == nullptr)
+        m_table = ::new (fileio::platform::AllocateSystemMemory(sizeof(BlockTable))) BlockTable;
+    if (FreeChunkIndex* index = m_table->Add(block).index)
+        index->Insert(block->freeList);
     return block;
 }
 

@@ -289,7 +289,7 @@ TEST_F(StringConversion, MatchesTheCRuntimeConversions) {
     std::mt19937_64 random(99);
     const std::string alphabet = "0123456789000999+-. \t.eEeExXpPabcdfinINFtyAN()_5";
     char text[96];
-    for (int i = 0; i < 300000; ++i) {
+    for (int i = 0; i < 150000; ++i) {
         const int kind = static_cast<int>(random() % 4);
         if (kind == 0) {
             const std::size_t length = random() % 24;

@@ -36,7 +36,6 @@
 #include "fileio/core/Vectors.h"
 
 #include <cstddef>
-#include <new>
 #include <span>
 #include <string>
 #include <string_view>

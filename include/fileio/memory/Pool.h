@@ -78,6 +78,11 @@ struct MemHeader {
     char* end;
 };
 
+namespace fileio::detail {
+class BlockTable;
+class FreeChunkIndex;
+} // namespace fileio::detail
+
 /// A thread-safe pool of variable-sized, zero-filled allocations (see the top of this file).
 /// Not copyable. A pool of static duration may be used before main() and after it.
 class FILEIO_API VarnPool {
@@ -143,11 +148,9 @@ protected:
 private:
     class LockGuard;
 
-    MemChunk* FindFit(unsigned long long size, MemHeader** block, MemChunk*** link) const noexcept;
-    void TakeFromChunk(MemHeader* block, MemChunk** link, MemChunk* chunk, unsigned long long size,
-                       unsigned long long minimumRemainder) noexcept;
-    MemHeader* FindBlock(const MemChunk* chunk, MemHeader** before) const noexcept;
-    void ReleaseBlock(MemHeader* block, MemHeader* before);
+    void TakeFromChunk(MemHeader* block, fileio::detail::FreeChunkIndex* index, MemChunk* chunk,
+                       unsigned long long size, unsigned long long minimumRemainder) noexcept;
+    void ReleaseBlock(MemHeader* block);
 
     std::atomic<unsigned long long> m_total;
     std::atomic<MemHeader*> m_blocks;
@@ -155,8 +158,12 @@ private:
     // Points at the link word of the newest header array; each link word points at the link
     // word of the array made before it.
     void** m_headerArrays;
-    // The pool's lock (a platform mutex, built in place; see Pool.cpp).
+    // The pool's lock (a platform mutex, built in place; see VarnPool.cpp).
     alignas(8) unsigned char m_lock[64];
+    // The blocks by address, each with an index of its free chunks; made with the first
+    // block. It mirrors the lists above and lets VarnAlloc and VarnFree find a chunk without
+    // walking a free list; where allocations land is decided by the rules above alone.
+    fileio::detail::BlockTable* m_table;
 };
 
 /// A bump allocator over chunks of 2 MiB (see the top of this file). Not synchronised.

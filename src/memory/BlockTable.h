@@ -1,0 +1,75 @@
+// BlockTable.h - the blocks of one VarnPool by address and by age, each with the index of its
+// free chunks.
+//
+// The pool's block list keeps its blocks newest first, the order in which allocations look
+// for room. The table mirrors it twice: by address, so that VarnFree finds the block of a
+// pointer by a binary search instead of a walk, and by age in one array, so that the search
+// for room reads the blocks' largest free sizes without chasing the list's links. Its memory
+// is the table's own, taken from the system outside the pools' figures: the byte counts of
+// the pools stay those of the blocks and descriptors alone.
+//
+// The pool keeps the table in step with its block list under its lock; the table takes no
+// lock.
+#pragma once
+
+#include "fileio/memory/Pool.h"
+#include "memory/FreeChunkIndex.h"
+#include "platform/Platform.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace fileio::detail {
+
+/// A standard allocator over the system memory of the platform layer: it never throws, an
+/// exhausted system ends the process.
+template <class T>
+struct SystemAllocator {
+    using value_type = T;
+    SystemAllocator() noexcept = default;
+    template <class U>
+    SystemAllocator(const SystemAllocator<U>&) noexcept {}
+    T* allocate(std::size_t n) { return static_cast<T*>(platform::AllocateSystemMemory(n * sizeof(T))); }
+    void deallocate(T* p, std::size_t) noexcept { platform::ReleaseSystemMemory(p); }
+    friend bool operator==(const SystemAllocator&, const SystemAllocator&) noexcept { return true; }
+};
+
+class BlockTable {
+public:
+    struct Entry {
+        const char* start;
+        const char* end;
+        MemHeader* header;
+        // The free-chunk index of a standard block; null for a block made for one large
+        // allocation, whose free list is empty for as long as the block lives.
+        FreeChunkIndex* index;
+    };
+
+    BlockTable() noexcept = default;
+    ~BlockTable();
+    BlockTable(const BlockTable&) = delete;
+    BlockTable& operator=(const BlockTable&) = delete;
+
+    /// Enters a new block, the newest, whose header is complete. A standard block gets an
+    /// empty index.
+    const Entry& Add(MemHeader* header);
+    /// Forgets a block and drops its index.
+    void Remove(const Entry& entry) noexcept;
+    /// Forgets every block.
+    void Clear() noexcept;
+
+    /// The entry of the block whose bytes hold `address`, or null.
+    [[nodiscard]] const Entry* Find(const void* address) const noexcept;
+    /// The newest block whose largest free chunk holds `size` bytes, or null.
+    [[nodiscard]] const Entry* NewestWithRoom(unsigned long long size) const noexcept;
+
+private:
+    template <class T>
+    using Array = std::vector<T, SystemAllocator<T>>;
+
+    Array<Entry> m_byAddress;
+    // The same entries, oldest first.
+    Array<Entry> m_byAge;
+};
+
+} // namespace fileio::detail
