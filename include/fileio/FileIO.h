@@ -10,3 +10,5 @@
 #include "fileio/path/DirectorySearch.h"
 #include "fileio/path/FileSystem.h"
 #include "fileio/path/UniversalPath.h"
+#include "fileio/stream/Token.h"
+#include "fileio/stream/Vocabulary.h"

@@ -16,7 +16,10 @@ run(${CMAKE_COMMAND} --install ${FILEIO_BUILD_DIR} --prefix ${prefix})
 set(configure ${CMAKE_COMMAND} -S ${CONSUMER_SOURCE_DIR} -B ${build} -G ${GENERATOR}
     -DCMAKE_PREFIX_PATH=${prefix})
 if(TOOLCHAIN_FILE)
-    list(APPEND configure -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN_FILE})
+    # A cross toolchain confines package searches to its target root, so the consumer is
+    # pointed at the package's folder itself.
+    list(APPEND configure -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN_FILE}
+        -DFileIO_DIR=${prefix}/lib/cmake/FileIO)
 endif()
 run(${configure})
 run(${CMAKE_COMMAND} --build ${build})

@@ -1,0 +1,109 @@
+// The bucketed word map behind the vocabulary: its bucket key, chain matching, the id index.
+
+#include "stream/WordMap.h"
+
+#include "stream/VocabularyTables.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+using fileio::detail::HeaderRows;
+using fileio::detail::LabelRows;
+using fileio::detail::VocabularyRow;
+using fileio::detail::WordMap;
+
+TEST(VocabularyWordMap, BucketKeyIsTimes33PlusTheSignedByte) {
+    const struct {
+        const char* word;
+        std::uint32_t key;
+    } cases[] = {
+        {"", 0u},
+        {"A", 65u},
+        {"AB", 65u * 33u + 66u}, // 2211
+        {"ABC", (65u * 33u + 66u) * 33u + 67u},
+        {"\xFF", 0xFFFFFFFFu},       // byte 255 counts as -1
+        {"A\x80", 65u * 33u - 128u}, // byte 128 counts as -128
+        {"\x80"
+         "A",
+         0u - 128u * 33u + 65u},
+        // Seven bytes of 'z' (122) overflow 32 bits: 122 * (33^7 - 1) / 32 mod 2^32.
+        {"zzzzzzz", static_cast<std::uint32_t>(122ull * (42618442977ull - 1ull) / 32ull)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.word);
+        EXPECT_EQ(WordMap::BucketKey(c.word), c.key);
+    }
+}
+
+TEST(VocabularyWordMap, BucketKeyOfEveryLengthMatchesTheOneByteAtATimeRule) {
+    // The key is computed several bytes at a time; every length up to a token text's, with
+    // bytes on both sides of 0x80, must give what one byte at a time gives.
+    std::string word;
+    for (int length = 0; length < 80; ++length) {
+        SCOPED_TRACE(length);
+        std::uint32_t expected = 0;
+        for (char c : word)
+            expected = expected * 33u + static_cast<std::uint32_t>(static_cast<signed char>(c));
+        EXPECT_EQ(WordMap::BucketKey(word), expected);
+        word.push_back(static_cast<char>(length * 37 + 11));
+    }
+}
+
+TEST(VocabularyWordMap, WordsWithTheSameKeyAreToldApartByTheirText) {
+    // "AB" and "B!" share the key 2211, so they share a bucket whatever the bucket count.
+    ASSERT_EQ(WordMap::BucketKey("AB"), WordMap::BucketKey("B!"));
+    const VocabularyRow rows[] = {{1, "AB"}, {2, "B!"}};
+    for (std::uint32_t buckets : {1u, 7u, 574u}) {
+        SCOPED_TRACE(buckets);
+        const WordMap map(rows, buckets, 0);
+        EXPECT_EQ(map.IdOf("AB"), 1);
+        EXPECT_EQ(map.IdOf("B!"), 2);
+        EXPECT_EQ(map.IdOf("BA"), -1);
+        EXPECT_EQ(map.IdOf("A"), -1);
+        EXPECT_EQ(map.IdOf("AB!"), -1);
+    }
+}
+
+TEST(VocabularyWordMap, EveryTableWordIsFoundWhateverTheBucketCount) {
+    // One bucket puts every word in a single chain; zero is taken as one.
+    for (std::uint32_t buckets : {0u, 1u, 2u, 574u, 991u, 4096u}) {
+        SCOPED_TRACE(buckets);
+        const WordMap headers(HeaderRows(), buckets, 375);
+        for (const VocabularyRow& row : HeaderRows()) {
+            EXPECT_EQ(headers.IdOf(row.word.data()), row.id) << row.word;
+            EXPECT_EQ(headers.WordOf(row.id), row.word);
+        }
+        const WordMap labels(LabelRows(), buckets, 0);
+        for (const VocabularyRow& row : LabelRows())
+            EXPECT_EQ(labels.IdOf(row.word.data()), row.id) << row.word;
+    }
+}
+
+TEST(VocabularyWordMap, IdIndexCoversOnlyItsRange) {
+    const VocabularyRow rows[] = {{0, "ZERO"}, {9, "NINE"}, {10, "TEN"}, {-1, "NONE"}};
+    WordMap map(rows, 5, 10);
+    EXPECT_EQ(map.WordOf(0), "ZERO");
+    EXPECT_EQ(map.WordOf(9), "NINE");
+    EXPECT_EQ(map.WordOf(10), std::nullopt);
+    EXPECT_EQ(map.WordOf(-1), std::nullopt);
+    EXPECT_EQ(map.WordOf(5), std::nullopt);
+    EXPECT_EQ(map.IdOf("TEN"), 10);
+    EXPECT_EQ(map.IdOf("NONE"), -1);
+
+    const WordMap unindexed(rows, 5, 0);
+    EXPECT_EQ(unindexed.WordOf(0), std::nullopt);
+    EXPECT_EQ(unindexed.IdOf("NINE"), 9);
+}
+
+TEST(VocabularyWordMap, SetAtCopiesTheWord) {
+    WordMap map({}, 3, 4);
+    std::string word = "TEMPORARY";
+    map.SetAt(word.c_str(), 2);
+    word.assign("OVERWRITE");
+    EXPECT_EQ(map.IdOf("TEMPORARY"), 2);
+    EXPECT_EQ(map.WordOf(2), "TEMPORARY");
+    EXPECT_EQ(map.IdOf("OVERWRITE"), -1);
+}
