@@ -6,6 +6,7 @@
 // bytes released in reverse order. The operation sequences are drawn once from a fixed seed
 // and replayed identically against each allocator, so both do exactly the same work.
 
+#include "BenchScale.h"
 #include "fileio/memory/Pool.h"
 
 #include <benchmark/benchmark.h>
@@ -35,9 +36,9 @@ Workload MakeChurn() {
     std::mt19937 random(20240601);
     Workload w;
     std::size_t live = 0;
-    for (int i = 0; i < 10000; ++i, ++live)
+    for (int i = 0; i < fileio::bench::Scaled(10000); ++i, ++live)
         w.operations.push_back({true, RandomSize(random)});
-    for (int i = 0; i < 1000000; ++i) {
+    for (int i = 0; i < fileio::bench::Scaled(1000000); ++i) {
         if (live == 0 || random() % 2 == 0) {
             w.operations.push_back({true, RandomSize(random)});
             ++live;
@@ -55,7 +56,7 @@ Workload MakeChurn() {
 Workload MakeLifo() {
     std::mt19937 random(20240602);
     Workload w;
-    for (int round = 0; round < 1000; ++round) {
+    for (int round = 0; round < fileio::bench::Scaled(1000); ++round) {
         for (int i = 0; i < 1000; ++i)
             w.operations.push_back({true, RandomSize(random)});
         for (int i = 999; i >= 0; --i)

@@ -1,5 +1,5 @@
-// BlockTable.h - the blocks of one VarnPool by address and by age, each with the index of its
-// free chunks.
+// BlockTable.h - the blocks of one VarnPool by address and by age, each with the count and
+// the index of its free chunks.
 //
 // The pool's block list keeps its blocks newest first, the order in which allocations look
 // for room. The table mirrors it twice: by address, so that VarnFree finds the block of a
@@ -36,12 +36,12 @@ struct SystemAllocator {
 
 class BlockTable {
 public:
+    /// What the table knows of one block. An entry stays where it is while its block lives.
     struct Entry {
-        const char* start;
-        const char* end;
         MemHeader* header;
-        // The free-chunk index of a standard block; null for a block made for one large
-        // allocation, whose free list is empty for as long as the block lives.
+        // The number of chunks on the block's free list.
+        unsigned freeChunks;
+        // The index of the free list while it is long (see FreeChunks.h); null otherwise.
         FreeChunkIndex* index;
     };
 
@@ -50,26 +50,39 @@ public:
     BlockTable(const BlockTable&) = delete;
     BlockTable& operator=(const BlockTable&) = delete;
 
-    /// Enters a new block, the newest, whose header is complete. A standard block gets an
-    /// empty index.
-    const Entry& Add(MemHeader* header);
+    /// Enters a new block, the newest, whose header is complete.
+    Entry& Add(MemHeader* header);
     /// Forgets a block and drops its index.
-    void Remove(const Entry& entry) noexcept;
+    void Remove(Entry& entry) noexcept;
     /// Forgets every block.
     void Clear() noexcept;
 
     /// The entry of the block whose bytes hold `address`, or null.
-    [[nodiscard]] const Entry* Find(const void* address) const noexcept;
-    /// The newest block whose largest free chunk holds `size` bytes, or null.
-    [[nodiscard]] const Entry* NewestWithRoom(unsigned long long size) const noexcept;
+    [[nodiscard]] Entry* Find(const void* address) noexcept;
+    /// The entry of the newest block whose largest free chunk holds `size` bytes, or null.
+    [[nodiscard]] Entry* NewestWithRoom(unsigned long long size) const noexcept;
 
 private:
     template <class T>
     using Array = std::vector<T, SystemAllocator<T>>;
 
-    Array<Entry> m_byAddress;
-    // The same entries, oldest first.
-    Array<Entry> m_byAge;
+    struct Span {
+        const char* start;
+        const char* end;
+        Entry* entry;
+    };
+
+    struct Aged {
+        MemHeader* header;
+        Entry* entry;
+    };
+
+    static void Drop(Entry* entry) noexcept;
+
+    Array<Span> m_byAddress;
+    // The same entries, oldest first, each beside its header: the search for room reads
+    // the headers' largest free sizes in a row.
+    Array<Aged> m_byAge;
 };
 
 } // namespace fileio::detail

@@ -1,9 +1,11 @@
 // FreeChunkIndex.cpp - the address and size index of a block's free chunks.
 
 #include "memory/FreeChunkIndex.h"
+#include "platform/Platform.h"
 
 #include <bit>
 #include <cassert>
+#include <new>
 
 namespace fileio::detail {
 
@@ -77,6 +79,17 @@ unsigned FreeChunkIndex::Bitmap::Above(unsigned slot) const noexcept {
 // ---- the index --------------------------------------------------------------------------
 
 FreeChunkIndex::FreeChunkIndex(char* blockStart) noexcept : m_start(blockStart) {}
+
+FreeChunkIndex* FreeChunkIndex::Create(char* blockStart) {
+    return ::new (platform::AllocateSystemMemory(sizeof(FreeChunkIndex))) FreeChunkIndex(blockStart);
+}
+
+void FreeChunkIndex::Destroy(FreeChunkIndex* index) noexcept {
+    if (index == nullptr)
+        return;
+    index->~FreeChunkIndex();
+    platform::ReleaseSystemMemory(index);
+}
 
 unsigned FreeChunkIndex::SlotOf(const void* address) const noexcept {
     const auto offset = static_cast<std::uintptr_t>(static_cast<const char*>(address) - m_start);

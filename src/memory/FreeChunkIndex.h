@@ -25,8 +25,12 @@ namespace fileio::detail {
 
 class FreeChunkIndex {
 public:
-    /// An index of an empty free list of the standard block that begins at blockStart.
-    explicit FreeChunkIndex(char* blockStart) noexcept;
+    /// A new index, in system memory, of an empty free list of the standard block that
+    /// begins at blockStart. Exhausted memory ends the process.
+    static FreeChunkIndex* Create(char* blockStart);
+    /// Gives back an index made by Create; null is ignored.
+    static void Destroy(FreeChunkIndex* index) noexcept;
+
     FreeChunkIndex(const FreeChunkIndex&) = delete;
     FreeChunkIndex& operator=(const FreeChunkIndex&) = delete;
 
@@ -56,6 +60,9 @@ public:
     }
 
 private:
+    explicit FreeChunkIndex(char* blockStart) noexcept;
+    ~FreeChunkIndex() = default;
+
     static constexpr unsigned kSlotBytes = 8;
     static constexpr unsigned kSlots = 16384; // a standard block has 16,383, and its end
     static constexpr unsigned kWords = kSlots / 64;

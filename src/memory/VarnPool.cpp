@@ -9,15 +9,15 @@
 //     exactly when freeBytes reaches blockSize;
 //   - every byte of the block that is neither a chunk header nor handed out is zero.
 //
-// Finding chunks: the pool's block table (BlockTable.h) finds the block of a freed pointer,
-// and each standard block's free-chunk index (FreeChunkIndex.h) finds the first fit and a
-// chunk's free neighbours without walking the free list. The list is still kept exactly
-// as described, and the index answers exactly what a walk of the list would: the highest
-// free chunk that fits, the nearest free chunk below and above an address.
+// Finding chunks: the pool's block table (BlockTable.h) finds the block of a freed pointer
+// and the newest block with room, and FreeChunks (FreeChunks.h) finds the first fit and a
+// chunk's free neighbours in a block, walking its free list while it is short and through
+// an index once it is long. The list is kept exactly as described either way, and every
+// search answers what a walk of the list would.
 
 #include "fileio/memory/Pool.h"
 #include "memory/BlockTable.h"
-#include "memory/FreeChunkIndex.h"
+#include "memory/FreeChunks.h"
 #include "memory/SizeArithmetic.h"
 #include "platform/Platform.h"
 
@@ -29,7 +29,7 @@
 namespace {
 
 using fileio::detail::BlockTable;
-using fileio::detail::FreeChunkIndex;
+using fileio::detail::FreeChunks;
 using fileio::platform::Mutex;
 
 static_assert(sizeof(MemChunk) == 16, "a chunk header is a size word and a link word");
@@ -42,28 +42,45 @@ static_assert(VarnPool::kBlockSize % 8 == 0, "chunk sizes are multiples of 8");
 char* Bytes(MemChunk* chunk) noexcept { return reinterpret_cast<char*>(chunk); }
 MemChunk* ChunkAt(char* address) noexcept { return reinterpret_cast<MemChunk*>(address); }
 
-// The link that points at a free chunk: the link word of the free chunk above it, or the
-// head of the block's list when it is the highest.
-MemChunk*& LinkTo(MemHeader* block, MemChunk* above) noexcept {
-    return above != nullptr ? above->next : block->freeList;
+// Takes the low `size` bytes of a free chunk of the block. The rest becomes a free chunk in
+// its place on the list if it has at least minimumRemainder bytes; otherwise it stays
+// unrecorded inside the block.
+void TakeFromChunk(MemHeader* block, FreeChunks free, MemChunk* chunk, unsigned long long size,
+                   unsigned long long minimumRemainder) {
+    assert(chunk != nullptr && chunk->size >= size && "VarnPool: the chosen chunk is too small");
+    const unsigned long long taken = chunk->size;
+    const unsigned long long remainder = taken - size;
+    MemChunk*& link = free.LinkTo(chunk);
+    if (remainder != 0 && remainder >= minimumRemainder) {
+        MemChunk* rest = ChunkAt(Bytes(chunk) + size);
+        rest->size = remainder;
+        rest->next = chunk->next;
+        link = rest;
+        free.Reshaped(chunk, taken, rest);
+    } else {
+        free.Erased(chunk);
+        link = chunk->next;
+    }
+    if (taken == block->largestFree)
+        block->largestFree = free.Largest();
 }
 
 #ifndef NDEBUG
-// Checks in debug builds that a block's free list holds exactly the chunks of its index, in
-// descending address order, and that largestFree is the largest of them. It walks the whole
-// list, as the search for a chunk did before the index existed.
-void CheckFreeList(const MemHeader* block, const FreeChunkIndex* index) {
-    unsigned long long largest = 0;
-    const void* limit = block->end;
-    for (const MemChunk* chunk = block->freeList;; chunk = chunk->next) {
-        assert((index == nullptr || chunk == index->Below(limit)) && "VarnPool: the free list and its index differ");
-        if (chunk == nullptr)
-            break;
-        largest = chunk->size > largest ? chunk->size : largest;
-        limit = chunk;
+// Checks in debug builds, after each change of a block's free list at `address`, that the
+// list's links there agree with the searches: the link word in front of that place points
+// at the free chunk there, or at the first one below, and that chunk links on to the next
+// one below. Every change is checked where it happens, so the whole list stays in order.
+// Also checks that largestFree is the largest free size.
+void CheckFreeListAt(const MemHeader* block, const FreeChunks& free, const void* address) {
+    MemChunk* const* link = &free.LinkTo(address);
+    const MemChunk* below = free.Below(address);
+    if (free.BeginsAt(address)) {
+        assert(*link == address && static_cast<const MemChunk*>(address)->next == below &&
+               "VarnPool: a free chunk is not linked where it lies");
+    } else {
+        assert(*link == below && "VarnPool: the free list skips or misorders a chunk");
     }
-    assert(largest == block->largestFree && (index == nullptr || largest == index->Largest()) &&
-           "VarnPool: largestFree is not the largest free chunk");
+    assert(block->largestFree == free.Largest() && "VarnPool: largestFree is not the largest free chunk");
 }
 #endif
 
@@ -109,20 +126,20 @@ void* VarnPool::VarnAlloc(unsigned long long n) {
     LockGuard lock(*this);
     // First fit: the newest block whose largest free chunk is big enough, and in it the free
     // chunk at the highest address that is.
-    const BlockTable::Entry* entry =
-        size < kBlockSize && m_table != nullptr ? m_table->NewestWithRoom(size) : nullptr;
+    BlockTable::Entry* entry = size < kBlockSize && m_table != nullptr ? m_table->NewestWithRoom(size) : nullptr;
     MemHeader* block;
     MemChunk* chunk;
     if (entry != nullptr) {
         block = entry->header;
-        chunk = entry->index->HighestFit(size);
-        TakeFromChunk(block, entry->index, chunk, size, kSplitMinimum);
+        chunk = FreeChunks(*entry).HighestFit(size);
+        TakeFromChunk(block, FreeChunks(*entry), chunk, size, kSplitMinimum);
     } else {
         // A new block's tail stays on the free list whatever its size, even the 8 bytes
         // whose chunk header then reaches into PlatformAlloc's slack behind the block.
         block = AllocateBlock(size);
+        entry = m_table->Find(block->start);
         chunk = block->freeList;
-        TakeFromChunk(block, m_table->Find(block->start)->index, chunk, size, 1);
+        TakeFromChunk(block, FreeChunks(*entry), chunk, size, 1);
     }
 
     block->freeBytes -= size;
@@ -130,37 +147,11 @@ void* VarnPool::VarnAlloc(unsigned long long n) {
     chunk->next = nullptr;
     std::memset(chunk + 1, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
 #ifndef NDEBUG
-    CheckFreeList(block, m_table->Find(block->start)->index);
+    CheckFreeListAt(block, FreeChunks(*entry), Bytes(chunk) + size);
 #endif
     // Only the lock holder writes the total; a plain store keeps readers' snapshots whole.
     m_total.store(m_total.load(std::memory_order_relaxed) + size, std::memory_order_relaxed);
     return chunk + 1;
-}
-
-// Takes the low `size` bytes of a free chunk of the block. The rest becomes a free chunk in
-// its place on the list if it has at least minimumRemainder bytes; otherwise it stays
-// unrecorded inside the block. `index` is null only for a block made for one allocation,
-// whose only free chunk is taken whole.
-void VarnPool::TakeFromChunk(MemHeader* block, FreeChunkIndex* index, MemChunk* chunk, unsigned long long size,
-                             unsigned long long minimumRemainder) noexcept {
-    assert(chunk != nullptr && chunk->size >= size && "VarnPool: the chosen chunk is too small");
-    assert((index != nullptr || chunk->size == size) && "VarnPool: a block without an index is split");
-    const unsigned long long taken = chunk->size;
-    const unsigned long long remainder = taken - size;
-    MemChunk*& link = LinkTo(block, index != nullptr ? index->Above(chunk) : nullptr);
-    if (remainder != 0 && remainder >= minimumRemainder) {
-        MemChunk* rest = ChunkAt(Bytes(chunk) + size);
-        rest->size = remainder;
-        rest->next = chunk->next;
-        link = rest;
-        index->Reshape(chunk, taken, rest);
-    } else {
-        link = chunk->next;
-        if (index != nullptr)
-            index->Erase(chunk);
-    }
-    if (taken == block->largestFree)
-        block->largestFree = index != nullptr ? index->Largest() : 0;
 }
 
 void VarnPool::VarnFree(void* p) {
@@ -171,7 +162,7 @@ void VarnPool::VarnFree(void* p) {
     LockGuard lock(*this);
     // The block is looked up before the chunk header is read, so that a foreign pointer ends
     // the process without reading memory in front of it.
-    const BlockTable::Entry* entry = m_table != nullptr ? m_table->Find(chunk) : nullptr;
+    BlockTable::Entry* entry = m_table != nullptr ? m_table->Find(chunk) : nullptr;
     if (entry == nullptr)
         fileio::platform::Fatal("FileIO: VarnFree was given a pointer that is in no block of its pool");
     MemHeader* block = entry->header;
@@ -179,8 +170,8 @@ void VarnPool::VarnFree(void* p) {
     if (size == 0)
         return; // the header was cleared when a neighbour absorbed this chunk
     assert(size % 8 == 0 && Bytes(chunk) + size <= block->end && "VarnFree: the chunk header is damaged");
-    FreeChunkIndex* index = entry->index;
-    if (index != nullptr && index->BeginsAt(chunk))
+    FreeChunks free(*entry);
+    if (free.BeginsAt(chunk))
         fileio::platform::Fatal("FileIO: VarnFree was given a chunk that is free already");
     m_total.store(m_total.load(std::memory_order_relaxed) - size, std::memory_order_relaxed);
 
@@ -190,44 +181,42 @@ void VarnPool::VarnFree(void* p) {
         ReleaseBlock(block);
         return;
     }
-    assert(index != nullptr && "VarnFree: a block made for one allocation is not emptied by its free");
 
     // The free chunks on either side: lower below the chunk, upper above it; on the list,
-    // upper comes right before lower. The index tells whether they touch the chunk without
-    // reading their headers. Merged-away headers are cleared.
-    MemChunk* lower = index->Below(chunk);
-    MemChunk* upper = index->Above(chunk);
-    const bool mergesLower = index->EndsAt(chunk);
+    // upper comes right before lower. Merged-away headers are cleared.
+    MemChunk* lower = free.Below(chunk);
+    MemChunk* upper = free.Above(chunk);
+    const bool mergesLower = free.Touches(lower, chunk);
     const bool mergesUpper = upper != nullptr && Bytes(chunk) + size == Bytes(upper);
     MemChunk* current;
     if (!mergesUpper) {
         if (mergesLower) {
             const unsigned long long oldSize = lower->size;
             lower->size += size;
-            index->Reshape(lower, oldSize, lower);
+            free.Reshaped(lower, oldSize, lower);
             *chunk = MemChunk{};
             current = lower;
         } else {
             chunk->next = lower;
-            LinkTo(block, upper) = chunk;
-            index->Insert(chunk);
+            free.LinkTo(chunk) = chunk;
+            free.Inserted(chunk);
             current = chunk;
         }
     } else {
         // Upper's place on the list goes to the merged chunk.
         const unsigned long long upperSize = upper->size;
-        LinkTo(block, index->Above(upper)) = mergesLower ? lower : chunk;
+        free.LinkTo(upper) = mergesLower ? lower : chunk;
         if (mergesLower) {
-            index->Erase(upper);
+            free.Erased(upper);
             const unsigned long long oldSize = lower->size;
             lower->size += size + upperSize;
-            index->Reshape(lower, oldSize, lower);
+            free.Reshaped(lower, oldSize, lower);
             *chunk = MemChunk{};
             current = lower;
         } else {
             chunk->size = size + upperSize;
             chunk->next = upper->next;
-            index->Reshape(upper, upperSize, chunk);
+            free.Reshaped(upper, upperSize, chunk);
             current = chunk;
         }
         *upper = MemChunk{};
@@ -235,7 +224,7 @@ void VarnPool::VarnFree(void* p) {
     if (current->size > block->largestFree)
         block->largestFree = current->size;
 #ifndef NDEBUG
-    CheckFreeList(block, index);
+    CheckFreeListAt(block, free, current);
 #endif
 
     std::memset(p, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
@@ -294,8 +283,7 @@ MemHeader* VarnPool::AllocateBlock(unsigned long long size) {
 
     if (m_table == nullptr)
         m_table = ::new (fileio::platform::AllocateSystemMemory(sizeof(BlockTable))) BlockTable;
-    if (FreeChunkIndex* index = m_table->Add(block).index)
-        index->Insert(block->freeList);
+    FreeChunks(m_table->Add(block)).Inserted(block->freeList);
     return block;
 }
 

@@ -365,6 +365,18 @@ TEST_F(VarnPoolDeathTest, FreeingAForeignPointerEndsTheProcess) {
     pool.VarnFree(keep);
 }
 
+// A chunk freed twice while it is still a free chunk of its own is caught.
+TEST_F(VarnPoolDeathTest, FreeingAFreeChunkAgainEndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    void* a = pool.VarnAlloc(100);
+    void* b = pool.VarnAlloc(100);
+    void* c = pool.VarnAlloc(100);
+    pool.VarnFree(b); // a and c are held: b stays a chunk of its own
+    EXPECT_DEATH(pool.VarnFree(b), "free already");
+    pool.VarnFree(a);
+    pool.VarnFree(c);
+}
+
 TEST_F(VarnPoolDeathTest, ImpossibleRequestsEndTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(pool.VarnAlloc(~0ULL), "out of memory");

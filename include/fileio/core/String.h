@@ -40,6 +40,9 @@
 #include <string>
 #include <string_view>
 
+class Time;
+enum TimeUnit : int;
+
 class FILEIO_API String {
 public:
     // ---- construction -------------------------------------------------------------------
@@ -300,6 +303,17 @@ public:
 
     // ---- times (core/Time.h)
 
+    /// Reads a time written in a unit at a rate (the text forms of Time::ToString). A
+    /// leading "-" negates the result. The text is cut at every ":" into fields, each read
+    /// as strtof reads (garbage gives 0); the last field is frames, the one before seconds,
+    /// the one before that minutes, and earlier ones fall off. In SMPTE, digits typed
+    /// without separators carry: a frame field of 100 or more (1000 or more at 100 fps and
+    /// above) gives its hundreds (thousands) to the seconds, and seconds of 100 or more give
+    /// their hundreds to the minutes, so at 30 fps "250" is 2 s 50 frames and "11015" is
+    /// 1 min 10 s 15 frames. In CELLS the frame is the cell minus 1 (minus 0 with
+    /// zeroBasedCells). Never fails; the process's locale plays no part.
+    [[nodiscard]] Time ToTime(int fps, TimeUnit unit, bool zeroBasedCells) const;
+
     // ---- paths (path/) ----------------------------------------------------------------------
     // The string is a path. Decomposition reads both separators ("\" and "/") on every
     // platform; what joins or converts writes the platform's own ("\" on Windows, "/" on
@@ -377,6 +391,11 @@ public:
     [[nodiscard]] String GetMatchNameAbsoluteFromFile() const;
 
     // ---- log file (handlers/)
+
+    /// The full name of the log file that the host's log handler writes: the application's
+    /// folder followed by "\tollan.log" on Windows and by "/tollan.log" on Linux. Computed
+    /// on the first call; the same text for the rest of the process's life.
+    static String GetLogFileName();
 
 private:
     /// A new pool buffer holding text, or null when text is empty.

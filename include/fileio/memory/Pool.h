@@ -80,7 +80,6 @@ struct MemHeader {
 
 namespace fileio::detail {
 class BlockTable;
-class FreeChunkIndex;
 } // namespace fileio::detail
 
 /// A thread-safe pool of variable-sized, zero-filled allocations (see the top of this file).
@@ -113,7 +112,9 @@ public:
     /// Gives back an allocation of this pool; null is ignored. The block holding it goes back
     /// to the system when this was its last allocation.
     /// REQUIRES: p is null or came from VarnAlloc of this pool and was not freed yet. A
-    /// pointer that lies in no block of the pool ends the process.
+    /// pointer that lies in no block of the pool ends the process, and so does a second
+    /// free of an allocation whose chunk is still free on its own; a second free of a chunk
+    /// that has since merged into the free chunk below it is ignored.
     void VarnFree(void* p);
 
     /// Releases every block and every descriptor; all allocations become invalid. The pool is
@@ -148,8 +149,6 @@ protected:
 private:
     class LockGuard;
 
-    void TakeFromChunk(MemHeader* block, fileio::detail::FreeChunkIndex* index, MemChunk* chunk,
-                       unsigned long long size, unsigned long long minimumRemainder) noexcept;
     void ReleaseBlock(MemHeader* block);
 
     std::atomic<unsigned long long> m_total;
@@ -160,9 +159,9 @@ private:
     void** m_headerArrays;
     // The pool's lock (a platform mutex, built in place; see VarnPool.cpp).
     alignas(8) unsigned char m_lock[64];
-    // The blocks by address, each with an index of its free chunks; made with the first
-    // block. It mirrors the lists above and lets VarnAlloc and VarnFree find a chunk without
-    // walking a free list; where allocations land is decided by the rules above alone.
+    // The blocks by address and by age, with what speeds up the search of their free lists;
+    // made with the first block. It mirrors the lists above: where allocations land is
+    // decided by the rules above alone.
     fileio::detail::BlockTable* m_table;
 };
 

@@ -5,12 +5,112 @@
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
+#include <string>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace fileio::platform {
 
 namespace {
+
+int OpenRetrying(const char* path, int flags, mode_t mode = 0) {
+    int fd;
+    do {
+        fd = ::open(path, flags | O_CLOEXEC, mode);
+    } while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+ReadResult ReadWholeFile(const char* path, std::string& bytes) {
+    bytes.clear();
+    const int fd = OpenRetrying(path, O_RDONLY);
+    if (fd < 0)
+        return (errno == ENOENT || errno == ENOTDIR) ? ReadResult::Missing : ReadResult::Failed;
+    char buffer[16384];
+    for (;;) {
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0) {
+            ::close(fd);
+            bytes.clear();
+            return ReadResult::Failed;
+        }
+        if (got == 0)
+            break;
+        bytes.append(buffer, static_cast<std::size_t>(got));
+    }
+    ::close(fd);
+    return ReadResult::Read;
+}
+
+bool WriteAll(int fd, const char* data, std::size_t size) {
+    while (size > 0) {
+        const ssize_t put = ::write(fd, data, size);
+        if (put < 0 && errno == EINTR)
+            continue;
+        if (put <= 0)
+            return false;
+        data += put;
+        size -= static_cast<std::size_t>(put);
+    }
+    return true;
+}
+
+bool WriteFileDurably(const char* path, const void* data, std::size_t size) {
+    const int fd = OpenRetrying(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (fd < 0)
+        return false;
+    bool ok = WriteAll(fd, static_cast<const char*>(data), size) && ::fsync(fd) == 0;
+    ok = (::close(fd) == 0) && ok;
+    return ok;
+}
+
+void FlushFolderOf(const char* path) {
+    std::string folder(path);
+    const std::size_t slash = folder.rfind('/');
+    folder = slash == std::string::npos ? std::string(".") : folder.substr(0, slash + 1);
+    const int fd = OpenRetrying(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (fd >= 0) {
+        ::fsync(fd); // a folder that cannot be flushed still holds the renamed file
+        ::close(fd);
+    }
+}
+
+bool ReplaceByRename(const char* from, const char* to) {
+    if (::rename(from, to) != 0)
+        return false;
+    FlushFolderOf(to);
+    return true;
+}
+
+bool RemoveFile(const char* path) {
+    return ::unlink(path) == 0;
+}
+
+FileLockToken TakeFileLock(const char* path) {
+    const int fd = OpenRetrying(path, O_RDWR | O_CREAT, 0600);
+    if (fd < 0)
+        return kNoFileLock;
+    int locked;
+    do {
+        locked = ::flock(fd, LOCK_EX);
+    } while (locked != 0 && errno == EINTR);
+    if (locked != 0) {
+        ::close(fd);
+        return kNoFileLock;
+    }
+    return fd;
+}
+
+void ReleaseFileLock(FileLockToken token) {
+    if (token == kNoFileLock)
+        return;
+    const int fd = static_cast<int>(token);
+    ::flock(fd, LOCK_UN);
+    ::close(fd);
+}
 
 bool Exists(const char* path) {
     struct stat st {};
@@ -22,22 +122,7 @@ bool IsFolder(const char* path) {
     return ::stat(path, &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-/// Writes all of [data, data + size) to fd, retrying short writes and interruptions.
-bool WriteAll(int fd, const char* data, std::size_t size) {
-    while (size > 0) {
-        ssize_t n = ::write(fd, data, size);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        data += n;
-        size -= static_cast<std::size_t>(n);
-    }
-    return true;
-}
-
-bool CopyFile(const char* from, const char* to) {
+bool CopyOneFile(const char* from, const char* to) {
     int in = ::open(from, O_RDONLY | O_CLOEXEC);
     if (in < 0)
         return false;
@@ -70,10 +155,6 @@ bool CopyFile(const char* from, const char* to) {
     return ok;
 }
 
-bool RemoveFile(const char* path) {
-    return ::unlink(path) == 0;
-}
-
 bool RemoveFolder(const char* path) {
     return ::rmdir(path) == 0;
 }
@@ -90,7 +171,7 @@ bool CreateFolder(const char* path) {
     return ::mkdir(path, 0777) == 0;
 }
 
-bool GetCurrentDirectory(std::string& out) {
+bool ReadCurrentDirectory(std::string& out) {
     std::string buffer(256, '\0');
     for (;;) {
         if (::getcwd(buffer.data(), buffer.size()) != nullptr) {
@@ -104,7 +185,7 @@ bool GetCurrentDirectory(std::string& out) {
     }
 }
 
-bool SetCurrentDirectory(const char* path) {
+bool ChangeCurrentDirectory(const char* path) {
     return ::chdir(path) == 0;
 }
 
@@ -147,19 +228,28 @@ bool ListFolder(const char* folder, std::vector<FolderEntry>& out) {
 
 } // namespace
 
+char NativeSeparator() noexcept {
+    return '/';
+}
+
 FileServices& Files() {
-    static FileServices table = {
-        Exists,
-        IsFolder,
-        CopyFile,
-        RemoveFile,
-        RemoveFolder,
-        RenameFile,
-        CreateFolder,
-        GetCurrentDirectory,
-        SetCurrentDirectory,
-        FullPath,
-        ListFolder,
+    static FileServices table{
+        .readWholeFile = ReadWholeFile,
+        .writeFileDurably = WriteFileDurably,
+        .replaceFile = ReplaceByRename,
+        .removeFile = RemoveFile,
+        .lockFile = TakeFileLock,
+        .unlockFile = ReleaseFileLock,
+        .exists = Exists,
+        .isFolder = IsFolder,
+        .copyFile = CopyOneFile,
+        .removeFolder = RemoveFolder,
+        .renameFile = RenameFile,
+        .createFolder = CreateFolder,
+        .getCurrentDirectory = ReadCurrentDirectory,
+        .setCurrentDirectory = ChangeCurrentDirectory,
+        .fullPath = FullPath,
+        .listFolder = ListFolder,
     };
     return table;
 }

@@ -1,14 +1,92 @@
-// Files.cpp - files and folders, Win32 implementation (the wide calls, with the library's
-// 8-bit text converted from the system code page).
+// Files.cpp - files and folders, Win32 implementation. The path services use the wide
+// calls, with the library's 8-bit text converted from the system code page.
 
 #include "platform/Platform.h"
 #include "platform/win32/WideText.h"
 
+#include <string>
 #include <windows.h>
 
 namespace fileio::platform {
 
 namespace {
+
+ReadResult ReadWholeFile(const char* path, std::string& bytes) {
+    bytes.clear();
+    HANDLE file =
+        CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        const DWORD error = GetLastError();
+        return (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
+                   ? ReadResult::Missing
+                   : ReadResult::Failed;
+    }
+    char buffer[16384];
+    for (;;) {
+        DWORD got = 0;
+        if (!ReadFile(file, buffer, sizeof buffer, &got, nullptr)) {
+            CloseHandle(file);
+            bytes.clear();
+            return ReadResult::Failed;
+        }
+        if (got == 0)
+            break;
+        bytes.append(buffer, got);
+    }
+    CloseHandle(file);
+    return ReadResult::Read;
+}
+
+bool WriteFileDurably(const char* path, const void* data, std::size_t size) {
+    HANDLE file =
+        CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    const char* bytes = static_cast<const char*>(data);
+    bool ok = true;
+    while (ok && size > 0) {
+        const DWORD chunk = size > 0x40000000u ? 0x40000000u : static_cast<DWORD>(size);
+        DWORD put = 0;
+        ok = WriteFile(file, bytes, chunk, &put, nullptr) && put == chunk;
+        bytes += put;
+        size -= put;
+    }
+    ok = ok && FlushFileBuffers(file);
+    ok = CloseHandle(file) && ok;
+    return ok;
+}
+
+bool ReplaceByRename(const char* from, const char* to) {
+    return MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+bool RemoveFile(const char* path) {
+    return DeleteFileA(path) != 0;
+}
+
+FileLockToken TakeFileLock(const char* path) {
+    HANDLE file = CreateFileA(path, GENERIC_READ | GENERIC_WRITE,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                              OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return kNoFileLock;
+    OVERLAPPED whole{};
+    if (!LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK, 0, MAXDWORD, MAXDWORD, &whole)) {
+        CloseHandle(file);
+        return kNoFileLock;
+    }
+    return reinterpret_cast<FileLockToken>(file);
+}
+
+void ReleaseFileLock(FileLockToken token) {
+    if (token == kNoFileLock)
+        return;
+    HANDLE file = reinterpret_cast<HANDLE>(token);
+    OVERLAPPED whole{};
+    UnlockFileEx(file, 0, MAXDWORD, MAXDWORD, &whole);
+    CloseHandle(file);
+}
 
 using win32::Narrow;
 using win32::Widen;
@@ -26,12 +104,8 @@ bool IsFolder(const char* path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-bool CopyFile(const char* from, const char* to) {
+bool CopyOneFile(const char* from, const char* to) {
     return CopyFileW(Widen(from).c_str(), Widen(to).c_str(), FALSE) != 0;
-}
-
-bool RemoveFile(const char* path) {
-    return DeleteFileW(Widen(path).c_str()) != 0;
 }
 
 bool RemoveFolder(const char* path) {
@@ -46,7 +120,7 @@ bool CreateFolder(const char* path) {
     return CreateDirectoryW(Widen(path).c_str(), nullptr) != 0;
 }
 
-bool GetCurrentDirectory(std::string& out) {
+bool ReadCurrentDirectory(std::string& out) {
     DWORD size = GetCurrentDirectoryW(0, nullptr);
     if (size == 0)
         return false;
@@ -59,7 +133,7 @@ bool GetCurrentDirectory(std::string& out) {
     return true;
 }
 
-bool SetCurrentDirectory(const char* path) {
+bool ChangeCurrentDirectory(const char* path) {
     return SetCurrentDirectoryW(Widen(path).c_str()) != 0;
 }
 
@@ -106,19 +180,28 @@ bool ListFolder(const char* folder, std::vector<FolderEntry>& out) {
 
 } // namespace
 
+char NativeSeparator() noexcept {
+    return '\\';
+}
+
 FileServices& Files() {
-    static FileServices table = {
-        Exists,
-        IsFolder,
-        CopyFile,
-        RemoveFile,
-        RemoveFolder,
-        RenameFile,
-        CreateFolder,
-        GetCurrentDirectory,
-        SetCurrentDirectory,
-        FullPath,
-        ListFolder,
+    static FileServices table{
+        .readWholeFile = ReadWholeFile,
+        .writeFileDurably = WriteFileDurably,
+        .replaceFile = ReplaceByRename,
+        .removeFile = RemoveFile,
+        .lockFile = TakeFileLock,
+        .unlockFile = ReleaseFileLock,
+        .exists = Exists,
+        .isFolder = IsFolder,
+        .copyFile = CopyOneFile,
+        .removeFolder = RemoveFolder,
+        .renameFile = RenameFile,
+        .createFolder = CreateFolder,
+        .getCurrentDirectory = ReadCurrentDirectory,
+        .setCurrentDirectory = ChangeCurrentDirectory,
+        .fullPath = FullPath,
+        .listFolder = ListFolder,
     };
     return table;
 }

@@ -1,13 +1,49 @@
-// System.cpp - names, folders and traces of the system, Win32 implementation.
+// System.cpp - facts about the running program and its system, Win32 implementation.
 
 #include "platform/Platform.h"
-#include "platform/win32/WideText.h"
 
+#include <string>
 #include <windows.h>
 
 namespace fileio::platform {
 
 namespace {
+
+/// The full path of the running program's executable; empty when it cannot be had.
+std::string ExecutablePath() {
+    std::string path(MAX_PATH, '\0');
+    for (;;) {
+        const DWORD length =
+            GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (length == 0)
+            return {};
+        if (length < path.size()) {
+            path.resize(length);
+            return path;
+        }
+        path.resize(path.size() * 2);
+    }
+}
+
+std::string ApplicationFolder() {
+    const std::string path = ExecutablePath();
+    const std::size_t cut = path.find_last_of("\\/");
+    return cut == std::string::npos ? std::string() : path.substr(0, cut);
+}
+
+std::string ApplicationName() {
+    std::string name = ExecutablePath();
+    name.erase(0, name.find_last_of("\\/") + 1);
+    return name.substr(0, name.rfind('.'));
+}
+
+void DebugTrace(const char* text) {
+    OutputDebugStringA(text);
+}
+
+void WarningSound(unsigned int kind) {
+    MessageBeep(kind);
+}
 
 bool ComputerName(std::string& out) {
     char buffer[260] = {};
@@ -26,30 +62,6 @@ bool HostName(std::string& out) {
     out.assign(buffer, size);
     return true;
 }
-
-std::string ApplicationFolder() {
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {
-        DWORD n = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-        if (n == 0)
-            return {};
-        if (n < path.size()) {
-            path.resize(n);
-            break;
-        }
-        if (path.size() > 32768)
-            return {};
-        path.resize(path.size() * 2);
-    }
-    std::size_t separator = path.find_last_of(L"\\/");
-    if (separator == std::wstring::npos)
-        return {};
-    // A program in a drive's root keeps the root's separator ("C:\").
-    path.resize(separator == 2 && path[1] == L':' ? 3 : separator);
-    return win32::Narrow(path);
-}
-
-void DebugTrace(const char* text) { OutputDebugStringA(text); }
 
 std::string LastErrorText() {
     DWORD code = GetLastError();
@@ -77,9 +89,16 @@ void EndWaitCursor(void* previous) {
 } // namespace
 
 SystemServices& System() {
-    static SystemServices table = {
-        ComputerName,  HostName,        ApplicationFolder, DebugTrace,
-        LastErrorText, BeginWaitCursor, EndWaitCursor,
+    static SystemServices table{
+        .applicationFolder = ApplicationFolder,
+        .applicationName = ApplicationName,
+        .debugTrace = DebugTrace,
+        .warningSound = WarningSound,
+        .computerName = ComputerName,
+        .hostName = HostName,
+        .lastErrorText = LastErrorText,
+        .beginWaitCursor = BeginWaitCursor,
+        .endWaitCursor = EndWaitCursor,
     };
     return table;
 }

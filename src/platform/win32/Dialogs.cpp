@@ -1,0 +1,174 @@
+// Dialogs.cpp - modal questions, Win32 implementation: the system's message box, and the
+// don't-ask question as a dialog whose template is built in memory (the library carries
+// no resource script). The dialog has the message (control 2289), the affirmative and
+// negative buttons (IDYES, IDNO) and the check box (control 10320); it grows when the
+// message needs more lines than its control shows.
+
+#include "platform/Platform.h"
+
+#include <string>
+#include <vector>
+#include <windows.h>
+
+namespace fileio::platform {
+
+namespace {
+
+constexpr WORD kMessageControl = 2289;
+constexpr WORD kCheckBoxControl = 10320;
+constexpr WORD kButtonClass = 0x0080;
+constexpr WORD kStaticClass = 0x0082;
+
+/// Builds a DLGTEMPLATE with its items in WORD-aligned memory.
+class DialogTemplate {
+public:
+    DialogTemplate(short width, short height, WORD items) {
+        PutLong(DS_MODALFRAME | DS_SETFONT | DS_CENTER | WS_POPUP | WS_CAPTION | WS_SYSMENU);
+        PutLong(0);
+        words_.push_back(items);
+        PutRect(0, 0, width, height);
+        words_.push_back(0); // no menu
+        words_.push_back(0); // the standard dialog class
+        words_.push_back(0); // the title is set when the dialog starts
+        words_.push_back(8);
+        PutText(L"MS Shell Dlg");
+    }
+
+    void AddItem(DWORD style, short x, short y, short width, short height, WORD id, WORD type) {
+        if (words_.size() % 2 != 0)
+            words_.push_back(0); // items start on a DWORD boundary
+        PutLong(style | WS_CHILD | WS_VISIBLE);
+        PutLong(0);
+        PutRect(x, y, width, height);
+        words_.push_back(id);
+        words_.push_back(0xFFFF);
+        words_.push_back(type);
+        words_.push_back(0); // the text is set when the dialog starts
+        words_.push_back(0); // no creation data
+    }
+
+    LPCDLGTEMPLATEA Get() const { return reinterpret_cast<LPCDLGTEMPLATEA>(words_.data()); }
+
+private:
+    void PutLong(DWORD value) {
+        words_.push_back(LOWORD(value));
+        words_.push_back(HIWORD(value));
+    }
+    void PutRect(short x, short y, short width, short height) {
+        for (short v : {x, y, width, height})
+            words_.push_back(static_cast<WORD>(v));
+    }
+    void PutText(const wchar_t* text) {
+        do
+            words_.push_back(static_cast<WORD>(*text));
+        while (*text++ != L'\0');
+    }
+
+    std::vector<WORD> words_;
+};
+
+struct DontAskState {
+    const DontAskTexts* texts;
+    bool checked;
+};
+
+/// Moves a control down by `dy` pixels.
+void MoveDown(HWND dialog, int id, int dy) {
+    HWND control = GetDlgItem(dialog, id);
+    RECT r;
+    GetWindowRect(control, &r);
+    MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&r), 2);
+    SetWindowPos(control, nullptr, r.left, r.top + dy, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+}
+
+/// Grows the message control, and the dialog with it, when the message needs more height.
+void FitMessage(HWND dialog, const char* message) {
+    HWND control = GetDlgItem(dialog, kMessageControl);
+    RECT shown;
+    GetClientRect(control, &shown);
+    RECT needed{0, 0, shown.right, 0};
+    HDC dc = GetDC(control);
+    HGDIOBJ old =
+        SelectObject(dc, reinterpret_cast<HGDIOBJ>(SendMessageA(control, WM_GETFONT, 0, 0)));
+    DrawTextA(dc, message, -1, &needed, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
+    SelectObject(dc, old);
+    ReleaseDC(control, dc);
+    const int dy = needed.bottom - shown.bottom;
+    if (dy <= 0)
+        return;
+    SetWindowPos(control, nullptr, 0, 0, shown.right, needed.bottom, SWP_NOMOVE | SWP_NOZORDER);
+    for (int id : {static_cast<int>(kCheckBoxControl), IDYES, IDNO})
+        MoveDown(dialog, id, dy);
+    RECT frame;
+    GetWindowRect(dialog, &frame);
+    SetWindowPos(dialog, nullptr, 0, 0, frame.right - frame.left, frame.bottom - frame.top + dy,
+                 SWP_NOMOVE | SWP_NOZORDER);
+}
+
+INT_PTR CALLBACK DontAskProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_INITDIALOG: {
+        SetWindowLongPtrA(dialog, DWLP_USER, lParam);
+        const DontAskTexts& texts = *reinterpret_cast<DontAskState*>(lParam)->texts;
+        const char* text = texts.message != nullptr ? texts.message : "";
+        SetWindowTextA(dialog, texts.caption != nullptr ? texts.caption : "");
+        SetDlgItemTextA(dialog, kMessageControl, text);
+        SetDlgItemTextA(dialog, IDNO, texts.negative);
+        SetDlgItemTextA(dialog, kCheckBoxControl, texts.checkBox);
+        if (texts.affirmative != nullptr) {
+            SetDlgItemTextA(dialog, IDYES, texts.affirmative);
+        } else {
+            ShowWindow(GetDlgItem(dialog, IDYES), SW_HIDE);
+            SendMessageA(dialog, DM_SETDEFID, IDNO, 0);
+        }
+        FitMessage(dialog, text);
+        return TRUE;
+    }
+    case WM_COMMAND: {
+        const int id = LOWORD(wParam);
+        if (id != IDYES && id != IDNO && id != IDCANCEL)
+            break;
+        auto* state = reinterpret_cast<DontAskState*>(GetWindowLongPtrA(dialog, DWLP_USER));
+        state->checked = IsDlgButtonChecked(dialog, kCheckBoxControl) == BST_CHECKED;
+        EndDialog(dialog, id);
+        return TRUE;
+    }
+    default:
+        break;
+    }
+    return FALSE;
+}
+
+int ShowMessageBox(const char* text, unsigned int style) {
+    const std::string caption = System().applicationName();
+    return MessageBoxA(GetActiveWindow(), text, caption.c_str(), style);
+}
+
+bool AskDontAsk(const DontAskTexts& texts, bool& dontAskAgain) {
+    DialogTemplate layout(240, 80, 4);
+    layout.AddItem(SS_LEFT | SS_NOPREFIX, 7, 7, 226, 32, kMessageControl, kStaticClass);
+    layout.AddItem(BS_AUTOCHECKBOX | WS_TABSTOP, 7, 44, 226, 10, kCheckBoxControl, kButtonClass);
+    layout.AddItem(BS_DEFPUSHBUTTON | WS_TABSTOP, 127, 59, 50, 14, IDYES, kButtonClass);
+    layout.AddItem(BS_PUSHBUTTON | WS_TABSTOP, 183, 59, 50, 14, IDNO, kButtonClass);
+    DontAskState state{&texts, false};
+    const INT_PTR pressed =
+        DialogBoxIndirectParamA(GetModuleHandleA(nullptr), layout.Get(), GetActiveWindow(),
+                                DontAskProc, reinterpret_cast<LPARAM>(&state));
+    dontAskAgain = pressed > 0 && state.checked;
+    return pressed == IDYES;
+}
+
+void AlertMainWindow() {
+    HWND window = GetActiveWindow();
+    if (window != nullptr)
+        PostMessageA(window, WM_SYSKEYDOWN, 0, 0);
+}
+
+} // namespace
+
+DialogServices& Dialogs() {
+    static DialogServices table{ShowMessageBox, AskDontAsk, AlertMainWindow};
+    return table;
+}
+
+} // namespace fileio::platform

@@ -1,0 +1,282 @@
+// HiveFileTest.cpp - the text form of the settings hive: escaping, round trips of hostile
+// texts, case-insensitive keys and names, removal of keys with their subkeys, and damaged
+// lines that are skipped, reported and kept byte for byte.
+//
+// Expected file texts follow the format written down in HiveFile.h ("%HH" escapes of "%",
+// control bytes, bytes of 0x80 and above and blanks at either end; "=", "[", "]", ";", "#"
+// in names; "[" and "]" in key names).
+
+#include "platform/HiveFile.h"
+#include "platform/Platform.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using fileio::platform::EscapeHiveText;
+using fileio::platform::HiveDocument;
+using fileio::platform::NormalizeKeyPath;
+
+/// The part of a document's text after its opening comment and the blank line that
+/// separates the first key block from it.
+std::string Body(const HiveDocument& document) {
+    const std::string text = document.Text();
+    const std::size_t start = text.find("\n\n");
+    return start == std::string::npos ? text : text.substr(start + 2);
+}
+
+/// Every byte from 0x01 to 0xFF once.
+std::string AllBytes() {
+    std::string bytes;
+    for (int b = 1; b <= 255; ++b)
+        bytes += static_cast<char>(b);
+    return bytes;
+}
+
+// The written form of values and names, one row per escaping rule.
+TEST(HiveFileTest, WritesValueLinesWithTheDocumentedEscapes) {
+    struct Row {
+        const char* name;
+        std::string value;
+        const char* line;
+    };
+    const Row rows[] = {
+        {"Plain", "ON", "Plain=ON"},
+        {"Equals", "a=b==c", "Equals=a=b==c"},              // "=" in a value stays
+        {"Percent", "100%", "Percent=100%25"},              // "%" is always escaped
+        {"Lines", "one\ntwo\r\n", "Lines=one%0Atwo%0D%0A"}, // line ends cannot break a line
+        {"Tab", "a\tb", "Tab=a%09b"},
+        {"Blanks", "  two  ", "Blanks=%20 two %20"}, // only the end blanks
+        {"One blank", " ", "One blank=%20"},
+        {"Path", "C:\\Program Files\\Varn", "Path=C:\\Program Files\\Varn"},
+        {"Quotes", "\"quoted\" 'single'", "Quotes=\"quoted\" 'single'"},
+        {"Brackets", "[not a key]", "Brackets=[not a key]"},
+        {"High", "caf\xC3\xA9 \x80\xFF", "High=caf%C3%A9 %80%FF"},
+        {"Delete", "\x7F", "Delete=%7F"},
+        {"Empty", "", "Empty="},
+        {"a=b", "1", "a%3Db=1"}, // "=" in a name
+        {"[x]", "2", "%5Bx%5D=2"},
+        {";comment", "3", "%3Bcomment=3"},
+        {"#hash", "4", "%23hash=4"},
+        {"", "default", "=default"}, // the key's unnamed value
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.line);
+        HiveDocument document("");
+        ASSERT_TRUE(document.Set("K", row.name, row.value));
+        EXPECT_EQ(Body(document), std::string("[K]\n") + row.line + "\n");
+    }
+}
+
+TEST(HiveFileTest, EscapesKeyNamesButKeepsTheirSeparators) {
+    HiveDocument document("");
+    document.Set("Software\\Varn, Inc.\\a]b[c\\ edge ", "n", "v");
+    EXPECT_EQ(Body(document), "[Software\\Varn, Inc.\\a%5Db%5Bc\\%20edge%20]\nn=v\n");
+    EXPECT_EQ(EscapeHiveText("x=y", "="), "x%3Dy");
+    EXPECT_EQ(EscapeHiveText("x=y", ""), "x=y");
+}
+
+// Any text written comes back exactly, through the file's text and a fresh parse.
+TEST(HiveFileTest, HostileTextsRoundTripThroughTheFile) {
+    const std::vector<std::string> texts = {
+        "plain",
+        "a=b",
+        "[section]",
+        "back\\slash\\",
+        "\"quoted\"",
+        "line\nend",
+        "cr\r",
+        "crlf\r\n",
+        "%41 is not A",
+        "%",
+        "%%",
+        " lead",
+        "trail ",
+        "  ",
+        "\t",
+        ";not comment",
+        "#not comment",
+        "=",
+        "==",
+        "]",
+        "[",
+        "caf\xC3\xA9",
+        "\x80\x81\xFE\xFF",
+        AllBytes(),
+    };
+    for (const std::string& text : texts) {
+        SCOPED_TRACE(EscapeHiveText(text, ""));
+        HiveDocument written("");
+        written.Set("Software\\Varn, Inc.\\Test", text, text); // as name and as value
+        written.Set("Software\\Varn, Inc.\\Test", "after", "x");
+        const HiveDocument read(written.Text());
+        std::string value;
+        ASSERT_TRUE(read.Find("Software\\Varn, Inc.\\Test", text, value));
+        EXPECT_EQ(value, text);
+        ASSERT_TRUE(read.Find("Software\\Varn, Inc.\\Test", "after", value));
+        EXPECT_EQ(value, "x");
+        EXPECT_TRUE(read.Damage().empty());
+    }
+}
+
+TEST(HiveFileTest, KeysAndNamesCompareWithoutRegardToCase) {
+    HiveDocument document("");
+    document.Set("Software\\Varn, Inc.\\App", "AutoSave", "ON");
+    std::string value;
+    EXPECT_TRUE(document.Find("SOFTWARE\\VARN, INC.\\app", "autosave", value));
+    EXPECT_EQ(value, "ON");
+    // Writing through another spelling changes the one value, which keeps its stored name.
+    EXPECT_TRUE(document.Set("software\\varn, inc.\\APP", "AUTOSAVE", "OFF"));
+    EXPECT_EQ(Body(document), "[Software\\Varn, Inc.\\App]\nAutoSave=OFF\n");
+    // Case matters in values.
+    EXPECT_TRUE(document.Set("Software\\Varn, Inc.\\App", "AutoSave", "off"));
+    EXPECT_FALSE(document.Set("Software\\Varn, Inc.\\App", "AutoSave", "off"));
+}
+
+TEST(HiveFileTest, KeyPathsAreNormalized) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"A\\B", "A\\B"}, {"\\A\\B\\", "A\\B"}, {"A\\\\\\B", "A\\B"},
+        {"", ""},         {"\\\\", ""},         {"Software\\Varn, Inc.\\", "Software\\Varn, Inc."},
+    };
+    for (const auto& [in, out] : rows) {
+        SCOPED_TRACE(in);
+        EXPECT_EQ(NormalizeKeyPath(in), out);
+    }
+    HiveDocument document("");
+    document.Set("\\A\\\\B\\", "n", "1");
+    std::string value;
+    EXPECT_TRUE(document.Find("A\\B", "n", value));
+}
+
+TEST(HiveFileTest, RemovingAKeyRemovesItsSubkeysAndNothingElse) {
+    HiveDocument document("");
+    const char* keys[] = {"App", "App\\Sub", "App\\Sub\\Deep", "Apple", "Other\\App", "Ap"};
+    for (const char* key : keys)
+        document.Set(key, "v", key);
+    EXPECT_TRUE(document.RemoveKey("APP"));
+    std::string value;
+    for (const char* gone : {"App", "App\\Sub", "App\\Sub\\Deep"}) {
+        SCOPED_TRACE(gone);
+        EXPECT_FALSE(document.Find(gone, "v", value));
+    }
+    for (const char* kept : {"Apple", "Other\\App", "Ap"}) {
+        SCOPED_TRACE(kept);
+        ASSERT_TRUE(document.Find(kept, "v", value));
+        EXPECT_EQ(value, kept);
+    }
+    EXPECT_FALSE(document.RemoveKey("App"));
+    EXPECT_FALSE(document.RemoveKey(""));
+    // Removing a subkey leaves its parent.
+    document.Set("P\\C", "v", "1");
+    document.Set("P", "v", "2");
+    EXPECT_TRUE(document.RemoveKey("P\\c"));
+    EXPECT_TRUE(document.Find("P", "v", value));
+}
+
+TEST(HiveFileTest, RemovingAValueRemovesEveryOccurrence) {
+    HiveDocument document("[K]\na=1\nb=2\n[k]\nA=3\n");
+    EXPECT_TRUE(document.Remove("K", "a"));
+    EXPECT_EQ(document.Text(), "[K]\nb=2\n[k]\n");
+    EXPECT_FALSE(document.Remove("K", "a"));
+    EXPECT_FALSE(document.Remove("Missing", "b"));
+}
+
+TEST(HiveFileTest, NewValuesJoinTheirKeysBlockAndNewKeysGoAtTheEnd) {
+    HiveDocument document("[K]\na=1\n\n; about L\n[L]\nx=1\n");
+    document.Set("K", "b", "2");
+    document.Set("M", "c", "3");
+    EXPECT_EQ(document.Text(), "[K]\na=1\nb=2\n\n; about L\n[L]\nx=1\n\n[M]\nc=3\n");
+}
+
+// A person's edits: blanks around "=", CRLF line ends, comments, raw bytes of 0x80 and
+// above, duplicates. Lines that are not changed keep every byte.
+TEST(HiveFileTest, ReadsHandEditedFilesAndKeepsTheirBytes) {
+    const std::string text = "# written by hand\r\n"
+                             "[ Software\\Varn, Inc.\\App ]\r\n"
+                             "  Name  =  value with blanks inside  \r\n"
+                             "Raw=caf\xC3\xA9\r\n"
+                             "Lower=%c3%a9\r\n"
+                             "Dup=first\r\n"
+                             "\r\n"
+                             "[software\\varn, inc.\\app]\r\n"
+                             "Dup=second\r\n"
+                             "Later=here\r\n";
+    HiveDocument document(text);
+    EXPECT_TRUE(document.Damage().empty());
+    EXPECT_EQ(document.Text(), text);
+    const std::pair<const char*, const char*> rows[] = {
+        {"Name", "value with blanks inside"},
+        {"Raw", "caf\xC3\xA9"},
+        {"Lower", "\xC3\xA9"},
+        {"Dup", "first"},
+        {"Later", "here"},
+    };
+    std::string value;
+    for (const auto& [name, expected] : rows) {
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(document.Find("Software\\Varn, Inc.\\App", name, value));
+        EXPECT_EQ(value, expected);
+    }
+    document.Set("Software\\Varn, Inc.\\App", "Dup", "changed");
+    std::string expected = text;
+    expected.replace(expected.find("Dup=first\r"), 10, "Dup=changed");
+    EXPECT_EQ(document.Text(), expected);
+}
+
+TEST(HiveFileTest, DamagedLinesAreSkippedListedAndKeptAsTheyAre) {
+    const std::string text = std::string("orphan=above every key\n" // 1
+                                         "[Good]\n"                 // 2
+                                         "a=1\n"                    // 3
+                                         "no equals sign here\n"    // 4
+                                         "bad=%ZZ escape\n"         // 5
+                                         "nul=%00\n"                // 6
+                                         "short=%4\n") +            // 7
+                             std::string("raw nul=a\0b\n", 12) +    // 8
+                             "[Broken\n"                            // 9
+                             "b=2\n"                                // 10: below a damaged key line
+                             "[]\n"                                 // 11
+                             "[Bad%5Cslash]\n"                      // 12: an escaped separator
+                             "[Good]\n"                             // 13
+                             "c=3\n";                               // 14
+    HiveDocument document(text);
+    EXPECT_EQ(document.Text(), text);
+
+    const std::vector<std::size_t> expectedLines = {1, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    std::vector<std::size_t> lines;
+    for (const HiveDocument::DamagedLine& damaged : document.Damage())
+        lines.push_back(damaged.number);
+    EXPECT_EQ(lines, expectedLines);
+    EXPECT_EQ(document.Damage()[1].text, "no equals sign here");
+
+    std::string value;
+    EXPECT_TRUE(document.Find("Good", "a", value));
+    EXPECT_TRUE(document.Find("Good", "c", value));
+    for (const char* name : {"orphan", "bad", "nul", "short", "b"}) {
+        SCOPED_TRACE(name);
+        EXPECT_FALSE(document.Find("Good", name, value));
+        EXPECT_FALSE(document.Find("Broken", name, value));
+    }
+    // A change elsewhere writes every damaged line back unchanged.
+    document.Set("Good", "a", "one");
+    std::string expected = text;
+    expected.replace(expected.find("a=1"), 3, "a=one");
+    EXPECT_EQ(document.Text(), expected);
+}
+
+TEST(HiveFileTest, AnEmptyFileBecomesACommentedFile) {
+    HiveDocument document("");
+    EXPECT_EQ(document.Text().substr(0, 2), "; ");
+    EXPECT_TRUE(document.Damage().empty());
+    std::string value;
+    EXPECT_FALSE(document.Find("K", "n", value));
+    // The last line without a line end is still read.
+    HiveDocument unterminated("[K]\nn=v");
+    ASSERT_TRUE(unterminated.Find("K", "n", value));
+    EXPECT_EQ(value, "v");
+    EXPECT_EQ(unterminated.Text(), "[K]\nn=v\n");
+}
+
+} // namespace

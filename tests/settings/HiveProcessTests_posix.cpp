@@ -1,0 +1,429 @@
+// HiveProcessTests_posix.cpp - the Linux settings file under real processes: two writers at
+// once, writers killed in the middle of a write, configuration folders that are missing or
+// cannot be written, files damaged by hand, and the file's advisory lock.
+//
+// Children are made with fork and report through their exit status; they never return
+// into GoogleTest. A child that must not be able to write drops root's rights first (the
+// tests may run as root, for whom file modes do not count).
+
+#include "fileio/handlers/ScopedHandler.h"
+#include "fileio/settings/LocalRegistry.h"
+#include "fileio/settings/RegistryProfile.h"
+#include "fileio/settings/RegistrySettings.h"
+#include "fileio/settings/SettingsLocations.h"
+#include "platform/HiveFile.h"
+#include "platform/Platform.h"
+#include "settings/TestStore.h"
+#include "support/RecordingLog.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <random>
+#include <signal.h>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using fileio::platform::Files;
+using fileio::platform::FileServices;
+using fileio::platform::HiveDocument;
+using fileio::test::TestStore;
+
+constexpr uid_t kNobody = 65534;
+
+/// Starts `body` in a child process and returns its pid. The child ends with body's result
+/// as its exit status.
+pid_t StartChild(const std::function<int()>& body) {
+    std::fflush(nullptr);
+    const pid_t pid = ::fork();
+    if (pid == 0)
+        ::_exit(body());
+    return pid;
+}
+
+/// The raw wait status of a child.
+int Wait(pid_t pid) {
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status;
+}
+
+/// Runs `body` in a child and returns its exit code (-1 when it did not exit normally).
+int RunChild(const std::function<int()>& body) {
+    const int status = Wait(StartChild(body));
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// In a child: gives up root's rights, so that file modes apply.
+void BecomeUnprivileged() {
+    if (::geteuid() == 0 && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0))
+        ::_exit(99);
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    return bytes.str();
+}
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string Entry(int i) {
+    return "Entry " + std::to_string(i);
+}
+
+class HiveProcessTest : public ::testing::Test {
+protected:
+    void SetUp() override { SetLocalRegistryProfile("Tests"); }
+    void TearDown() override { FreeLocalRegistryProfile(); }
+
+    /// The file as a document, with a check that nothing in it is damaged.
+    HiveDocument Parsed() const {
+        HiveDocument document(ReadFile(store.HivePath()));
+        EXPECT_TRUE(document.Damage().empty()) << ReadFile(store.HivePath());
+        return document;
+    }
+
+    TestStore store;
+};
+
+TEST_F(HiveProcessTest, TheFileIsReadableTextInTheDocumentedForm) {
+    SetLocalRegistryString("Options", "AutoSave", "ON");
+    SetLocalRegistryString("Options", "Note", "two\nlines 100%");
+    FreeLocalRegistryProfile();
+    SetLocalRegistryString("Folders v19.5 64bit", "Plugins", "/opt/varn/plugins");
+    const std::string text = ReadFile(store.HivePath());
+    const std::string expected = "\n[SOFTWARE\\Varn, Inc.\\Tests\\Options]\n"
+                                 "AutoSave=ON\n"
+                                 "Note=two%0Alines 100%25\n"
+                                 "\n[SOFTWARE\\Varn, Inc.\\Folders v19.5 64bit]\n"
+                                 "Plugins=/opt/varn/plugins\n";
+    ASSERT_GE(text.size(), expected.size());
+    EXPECT_EQ(text.substr(text.size() - expected.size()), expected) << text;
+    EXPECT_EQ(text[0], ';');
+    EXPECT_FALSE(fs::exists(store.HivePath() + ".tmp")); // renamed over the file
+    EXPECT_TRUE(fs::exists(store.HivePath() + ".lock"));
+}
+
+// Two processes each write 500 different entries into one section at the same moment:
+// every change re-reads the file under the lock, so none of the 1,000 is lost.
+TEST_F(HiveProcessTest, TwoProcessesWritingAtOnceLoseNothing) {
+    constexpr int kPerProcess = 500;
+    int go[2];
+    ASSERT_EQ(::pipe(go), 0);
+    pid_t writers[2];
+    for (int w = 0; w < 2; ++w) {
+        writers[w] = StartChild([&, w] {
+            ::close(go[1]);
+            char start;
+            if (::read(go[0], &start, 1) != 1)
+                return 98;
+            int failures = 0;
+            for (int i = 0; i < kPerProcess; ++i) {
+                const int n = w * kPerProcess + i;
+                failures += SetLocalRegistryString("Race", String(Entry(n).c_str()),
+                                                   String(std::to_string(n * 7).c_str())) == 1
+                                ? 0
+                                : 1;
+            }
+            return failures == 0 ? 0 : 1;
+        });
+    }
+    ::close(go[0]);
+    ASSERT_EQ(::write(go[1], "gg", 2), 2); // both start at once
+    ::close(go[1]);
+    for (pid_t writer : writers) {
+        const int status = Wait(writer);
+        ASSERT_TRUE(WIFEXITED(status));
+        EXPECT_EQ(WEXITSTATUS(status), 0) << "a write failed";
+    }
+    const HiveDocument document = Parsed();
+    int found = 0;
+    for (int n = 0; n < 2 * kPerProcess; ++n) {
+        std::string value;
+        if (document.Find("SOFTWARE\\Varn, Inc.\\Tests\\Race", Entry(n), value) &&
+            value == std::to_string(n * 7))
+            ++found;
+    }
+    EXPECT_EQ(found, 2 * kPerProcess);
+    EXPECT_EQ(GetLocalRegistryString("Race", "Entry 999", "missing"), String("6993"));
+}
+
+/// The real file services, for the stalling replacements below to call.
+FileServices& RealFiles() {
+    static FileServices real = Files();
+    return real;
+}
+
+bool WriteHalfThenDie(const char* path, const void* data, std::size_t size) {
+    RealFiles().writeFileDurably(path, data, size / 2);
+    ::raise(SIGKILL);
+    return false;
+}
+
+bool WriteThenDie(const char* path, const void* data, std::size_t size) {
+    RealFiles().writeFileDurably(path, data, size);
+    ::raise(SIGKILL);
+    return false;
+}
+
+bool ReplaceThenDie(const char* from, const char* to) {
+    RealFiles().replaceFile(from, to);
+    ::raise(SIGKILL);
+    return false;
+}
+
+// A writer killed at each stage of a write leaves the old file (killed before the rename)
+// or the new one (killed after it), never a mixture; the next writer is not hindered by
+// the lock or the temporary file it left.
+TEST_F(HiveProcessTest, AWriterKilledInAWriteLeavesTheOldOrTheNewFile) {
+    for (int i = 0; i < 50; ++i)
+        ASSERT_EQ(SetLocalRegistryValue("Kill", String(Entry(i).c_str()), i), 1);
+    RealFiles();
+
+    struct Stage {
+        const char* name;
+        bool (*write)(const char*, const void*, std::size_t);
+        bool (*replace)(const char*, const char*);
+        const char* expected;
+    };
+    const Stage stages[] = {
+        {"half of the temporary file written", WriteHalfThenDie, nullptr, "old"},
+        {"temporary file written, not renamed", WriteThenDie, nullptr, "old"},
+        {"renamed, lock not released", nullptr, ReplaceThenDie, "new"},
+    };
+    for (const Stage& stage : stages) {
+        SCOPED_TRACE(stage.name);
+        ASSERT_EQ(SetLocalRegistryString("Kill", "State", "old"), 1);
+        const int status = Wait(StartChild([&] {
+            if (stage.write != nullptr)
+                Files().writeFileDurably = stage.write;
+            if (stage.replace != nullptr)
+                Files().replaceFile = stage.replace;
+            SetLocalRegistryString("Kill", "State", "new");
+            return 0; // not reached
+        }));
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+        const HiveDocument document = Parsed();
+        std::string value;
+        ASSERT_TRUE(document.Find("SOFTWARE\\Varn, Inc.\\Tests\\Kill", "State", value));
+        EXPECT_EQ(value, stage.expected);
+        for (int i = 0; i < 50; ++i)
+            ASSERT_EQ(GetLocalRegistryValue("Kill", String(Entry(i).c_str()), -1), i);
+    }
+    EXPECT_EQ(SetLocalRegistryString("Kill", "After", "fine"), 1);
+    EXPECT_EQ(GetLocalRegistryString("Kill", "After", "d"), String("fine"));
+}
+
+// A writer killed at random moments while it writes in a loop: every time, the file reads
+// back whole, holds all the other entries, and a counter that never went back.
+TEST_F(HiveProcessTest, AWriterKilledAtRandomMomentsNeverDamagesTheFile) {
+    for (int i = 0; i < 200; ++i)
+        ASSERT_EQ(SetLocalRegistryString(
+                      "Random", String(Entry(i).c_str()),
+                      String(std::string(40, static_cast<char>('a' + i % 26)).c_str())),
+                  1);
+    std::mt19937 random(20240611);
+    std::uniform_int_distribution<int> delayMicroseconds(0, 20000);
+    int counter = 0;
+    int killedInAWrite = 0;
+    for (int round = 0; round < 25; ++round) {
+        SCOPED_TRACE(round);
+        const pid_t writer = StartChild([] {
+            for (;;) {
+                const int next = GetLocalRegistryValue("Random", "Counter", 0) + 1;
+                SetLocalRegistryValue("Random", "Counter", next);
+            }
+            return 0;
+        });
+        std::this_thread::sleep_for(std::chrono::microseconds(delayMicroseconds(random)));
+        ::kill(writer, SIGKILL);
+        Wait(writer);
+
+        const HiveDocument document = Parsed();
+        std::string value;
+        for (int i = 0; i < 200; ++i) {
+            ASSERT_TRUE(document.Find("SOFTWARE\\Varn, Inc.\\Tests\\Random", Entry(i), value));
+            ASSERT_EQ(value, std::string(40, static_cast<char>('a' + i % 26)));
+        }
+        const int now = GetLocalRegistryValue("Random", "Counter", 0);
+        EXPECT_GE(now, counter);
+        counter = now;
+        killedInAWrite += fs::exists(store.HivePath() + ".tmp") ? 1 : 0;
+    }
+    EXPECT_GT(counter, 0) << "the writer never got to write";
+    std::printf("killed while a temporary file was open in %d of 25 rounds; counter %d\n",
+                killedInAWrite, counter);
+}
+
+// Writers fail and readers find their defaults when the configuration folder is missing;
+// nothing is created.
+TEST_F(HiveProcessTest, AMissingConfigurationFolderGivesDefaultsAndFailedWrites) {
+    const std::string missing = store.Folder() + "/no/such/folder";
+    ::setenv("XDG_CONFIG_HOME", missing.c_str(), 1);
+    EXPECT_EQ(SetLocalRegistryString("Sec", "E", "v"), 0);
+    EXPECT_EQ(SetLocalRegistryValue("Sec", "E", 3), 0);
+    EXPECT_EQ(GetLocalRegistryString("Sec", "E", "default"), String("default"));
+    EXPECT_EQ(GetLocalRegistryValue("Sec", "E", 4), 4);
+    ResetLocalRegistry("Tests");
+    EXPECT_FALSE(fs::exists(store.Folder() + "/no"));
+
+    // No XDG_CONFIG_HOME and a home that does not exist either.
+    const char* savedHome = std::getenv("HOME");
+    const std::string home = savedHome != nullptr ? savedHome : "";
+    ::unsetenv("XDG_CONFIG_HOME");
+    ::setenv("HOME", missing.c_str(), 1);
+    {
+        RegistryProfile profile{String("App")};
+        ScopedHandler<ApplicationProfile> installed(&SetApplicationProfile, &profile);
+        EXPECT_EQ(SetRegistryValue("Sec", "E", 1), 0);
+        EXPECT_EQ(GetRegistryValue("Sec", "E", 9), 9);
+        EXPECT_EQ(SetLocalRegistryString("Sec", "E", "v"), 0);
+    }
+    ::setenv("HOME", home.c_str(), 1);
+    // A relative XDG_CONFIG_HOME is not a configuration folder: it falls back to the home.
+    ::setenv("XDG_CONFIG_HOME", "relative/folder", 1);
+    ::setenv("HOME", store.Folder().c_str(), 1);
+    fs::create_directory(store.Folder() + "/.config");
+    EXPECT_EQ(SetLocalRegistryString("Sec", "E", "home"), 1);
+    EXPECT_TRUE(fs::exists(store.Folder() + "/.config/varn-settings.hive"));
+    EXPECT_FALSE(fs::exists("relative"));
+    ::setenv("HOME", home.c_str(), 1);
+}
+
+// A configuration folder the process cannot write: readers still read, writers return 0
+// and the file is untouched.
+TEST_F(HiveProcessTest, AReadOnlyConfigurationFolderIsReadButNotWritten) {
+    ASSERT_EQ(SetLocalRegistryString("Sec", "Kept", "value"), 1);
+    const std::string before = ReadFile(store.HivePath());
+    fs::permissions(store.HivePath(), fs::perms(0644));
+    fs::permissions(store.Folder(), fs::perms(0555));
+
+    const int failures = RunChild([] {
+        BecomeUnprivileged();
+        int failed = 0;
+        auto check = [&](bool ok, const char* what) {
+            if (!ok) {
+                std::fprintf(stderr, "failed: %s\n", what);
+                ++failed;
+            }
+        };
+        check(GetLocalRegistryString("Sec", "Kept", "d") == String("value"), "read kept value");
+        check(GetLocalRegistryString("Sec", "Missing", "d") == String("d"), "read default");
+        check(GetLocalRegistryValue("Sec", "Missing", 6) == 6, "read number default");
+        check(SetLocalRegistryString("Sec", "Kept", "changed") == 0, "write refused");
+        check(SetLocalRegistryValue("Sec", "New", 1) == 0, "number write refused");
+        ResetLocalRegistry("Tests");
+        RegistryProfile profile{String("App")};
+        SetApplicationProfile(&profile);
+        check(SetRegistryBOOL("Sec", "B", true) == false, "profile write refused");
+        check(GetRegistryBOOL("Sec", "B", false) == false, "profile read default");
+        SetApplicationProfile(nullptr);
+        check(GetLocalRegistryString("Sec", "Kept", "d") == String("value"), "still kept");
+        return failed;
+    });
+    fs::permissions(store.Folder(), fs::perms::owner_all);
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(ReadFile(store.HivePath()), before);
+}
+
+// A settings file that exists but cannot be read is never replaced.
+TEST_F(HiveProcessTest, AnUnreadableFileIsNotOverwritten) {
+    ASSERT_EQ(SetLocalRegistryString("Sec", "Kept", "value"), 1);
+    const std::string before = ReadFile(store.HivePath());
+    fs::permissions(store.Folder(), fs::perms(0777));
+    fs::permissions(store.HivePath() + ".lock", fs::perms(0666));
+    fs::permissions(store.HivePath(), fs::perms::none);
+    const int failures = RunChild([] {
+        BecomeUnprivileged();
+        int failed = 0;
+        failed += GetLocalRegistryString("Sec", "Kept", "d") == String("d") ? 0 : 1;
+        failed += SetLocalRegistryString("Sec", "Other", "x") == 0 ? 0 : 2;
+        return failed;
+    });
+    fs::permissions(store.HivePath(), fs::perms(0600));
+    fs::permissions(store.Folder(), fs::perms::owner_all);
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(ReadFile(store.HivePath()), before);
+}
+
+// A file damaged by hand: the readable values still read, the damage goes to the log once,
+// and a write keeps the damaged lines byte for byte.
+TEST_F(HiveProcessTest, ADamagedFileIsReadReportedOnceAndKept) {
+    const std::string damaged = "[SOFTWARE\\Varn, Inc.\\Tests\\Sec]\n"
+                                "Good=1\n"
+                                "garbage without equals\n"
+                                "Bad=%G0\n"
+                                "[unterminated\n";
+    WriteFile(store.HivePath(), damaged);
+    fileio::test::RecordingLog log;
+    ScopedLogHandler installed(&log);
+
+    EXPECT_EQ(GetLocalRegistryValue("Sec", "Good", 0), 1);
+    EXPECT_EQ(GetLocalRegistryString("Sec", "Bad", "d"), String("d"));
+    ASSERT_EQ(log.lines.size(), 3u);
+    const std::string prefix = "Settings file " + store.HivePath() + ", line ";
+    EXPECT_EQ(log.lines[0], prefix + "3: unreadable line skipped and kept as it is: "
+                                     "garbage without equals");
+    EXPECT_EQ(log.lines[1], prefix + "4: unreadable line skipped and kept as it is: Bad=%25G0");
+    EXPECT_EQ(log.lines[2], prefix + "5: unreadable line skipped and kept as it is: "
+                                     "[unterminated");
+
+    EXPECT_EQ(SetLocalRegistryString("Sec", "Good", "2"), 1);
+    EXPECT_EQ(log.lines.size(), 3u) << "the same damage is reported once";
+    std::string expected = damaged;
+    expected.replace(expected.find("Good=1"), 6, "Good=2");
+    EXPECT_EQ(ReadFile(store.HivePath()), expected);
+
+    // Damage is dropped silently without a log handler.
+    WriteFile(store.HivePath(), damaged + "more damage\n");
+    SetLogHandler(nullptr);
+    EXPECT_EQ(GetLocalRegistryValue("Sec", "Good", 0), 1);
+    SetLogHandler(&log);
+    EXPECT_EQ(log.lines.size(), 3u);
+}
+
+// The file lock keeps a second process out until the first lets go.
+TEST(FileLockTest, ALockIsExclusiveBetweenProcesses) {
+    TestStore store;
+    const std::string lockPath = store.Folder() + "/test.lock";
+    const std::string marker = store.Folder() + "/released";
+    const auto lock = Files().lockFile(lockPath.c_str());
+    ASSERT_NE(lock, fileio::platform::kNoFileLock);
+    const pid_t waiter = StartChild([&] {
+        const auto childLock = Files().lockFile(lockPath.c_str());
+        if (childLock == fileio::platform::kNoFileLock)
+            return 1;
+        // The parent creates the marker just before it unlocks: a child that got the lock
+        // earlier would not see it.
+        const int result = fs::exists(marker) ? 0 : 2;
+        Files().unlockFile(childLock);
+        return result;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    WriteFile(marker, "x");
+    Files().unlockFile(lock);
+    const int status = Wait(waiter);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_EQ(Files().lockFile((store.Folder() + "/no/such/folder/x.lock").c_str()),
+              fileio::platform::kNoFileLock);
+}
+
+} // namespace

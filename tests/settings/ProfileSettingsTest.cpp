@@ -1,0 +1,223 @@
+// ProfileSettingsTest.cpp - the profile settings against a recording in-memory profile: the
+// exact texts handed to the host's profile operations, the conversions back, the int
+// overloads, and what happens without a profile object.
+
+#include "fileio/handlers/ScopedHandler.h"
+#include "fileio/settings/ApplicationProfile.h"
+#include "fileio/settings/RegistrySettings.h"
+#include "support/MemoryProfile.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <string>
+
+namespace {
+
+using fileio::test::MemoryProfile;
+
+class ProfileSettingsTest : public ::testing::Test {
+protected:
+    MemoryProfile profile;
+    ScopedHandler<ApplicationProfile> installed{&SetApplicationProfile, &profile};
+
+    std::optional<std::string> Stored(const char* entry) const {
+        return profile.Stored("Options", entry);
+    }
+};
+
+TEST_F(ProfileSettingsTest, NumbersAreWrittenInTheirStringTexts) {
+    EXPECT_EQ(SetRegistryValue("Options", "Int", 42), 1);
+    EXPECT_EQ(SetRegistryValue("Options", "Negative", -2147483647 - 1), 1);
+    EXPECT_EQ(SetRegistryValue("Options", "Float", 0.1f), 1);
+    EXPECT_EQ(SetRegistryValue("Options", "Double", 0.1), 1);
+    EXPECT_EQ(SetRegistryValue("Options", "Big", 1e10f), 1);
+    EXPECT_EQ(Stored("Int"), "42");
+    EXPECT_EQ(Stored("Negative"), "-2147483648");
+    EXPECT_EQ(Stored("Float"), "0.100000001");          // nine significant digits
+    EXPECT_EQ(Stored("Double"), "0.10000000000000001"); // seventeen
+    EXPECT_EQ(Stored("Big"), "1e+10");
+    // The profile's answer is passed back.
+    profile.failWrites = true;
+    EXPECT_EQ(SetRegistryValue("Options", "Int", 1), 0);
+}
+
+TEST_F(ProfileSettingsTest, NumbersReadBackByDecimalConversion) {
+    struct Row {
+        const char* stored;
+        int asInt;
+        double asDouble;
+    };
+    const Row rows[] = {
+        {"42", 42, 42.0},  {"  -17", -17, -17.0}, // leading blanks and a sign
+        {"+8", 8, 8.0},    {"12abc", 12, 12.0},   // stops at the first character that does not fit
+        {"3.75", 3, 3.75},                        // the int conversion stops at the point
+        {"abc", 0, 0.0},                          // not a number reads as 0, not as the default
+        {"", 0, 0.0},      {"1e3", 1, 1000.0},
+        {"0x10", 0, 16.0}, // strtod reads hexadecimal; strtol base 10 does not
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.stored);
+        profile.values[{"Options", "N"}] = row.stored;
+        EXPECT_EQ(GetRegistryValue("Options", "N", 7), row.asInt);
+        EXPECT_EQ(GetRegistryValue("Options", "N", 7.0), row.asDouble);
+        EXPECT_EQ(GetRegistryValue("Options", "N", 7.0f), static_cast<float>(row.asDouble));
+    }
+}
+
+TEST_F(ProfileSettingsTest, AMissingNumberReadsAsTheDefaultGivenInItsText) {
+    EXPECT_EQ(GetRegistryValue("Options", "Missing", 7), 7);
+    EXPECT_EQ(GetRegistryValue("Options", "Missing", 0.1f), 0.1f);
+    EXPECT_EQ(GetRegistryValue("Options", "Missing", 0.1), 0.1);
+    ASSERT_EQ(profile.calls.size(), 3u);
+    EXPECT_EQ(profile.calls[0].text, "7"); // the default travels as its stored form
+    EXPECT_EQ(profile.calls[1].text, "0.100000001");
+    EXPECT_EQ(profile.calls[2].text, "0.10000000000000001");
+    EXPECT_EQ(profile.calls[0].section, "Options");
+    EXPECT_EQ(profile.calls[0].entry, "Missing");
+}
+
+TEST_F(ProfileSettingsTest, SwitchesAreOnOrOff) {
+    EXPECT_EQ(SetRegistryBOOL("Options", "A", true), true);
+    EXPECT_EQ(SetRegistryBOOL("Options", "B", false), true);
+    EXPECT_EQ(SetRegistryBOOL("Options", "C", 5), 1); // any non-zero int is true
+    EXPECT_EQ(SetRegistryBOOL("Options", "D", 0), 1);
+    EXPECT_EQ(Stored("A"), "ON");
+    EXPECT_EQ(Stored("B"), "OFF");
+    EXPECT_EQ(Stored("C"), "ON");
+    EXPECT_EQ(Stored("D"), "OFF");
+
+    const std::pair<const char*, bool> rows[] = {
+        {"ON", true},   {"on", true},   {"On", true},   {"true", true},   {"TRUE", true},
+        {"True", true}, {"OFF", false}, {"1", false},   {"yes", false},   {"", false},
+        {" ON", false}, {"ON ", false}, {"onn", false}, {"false", false},
+    };
+    for (const auto& [stored, expected] : rows) {
+        SCOPED_TRACE(stored);
+        profile.values[{"Options", "S"}] = stored;
+        EXPECT_EQ(GetRegistryBOOL("Options", "S", true), expected);
+        EXPECT_EQ(GetRegistryBOOL("Options", "S", 1), expected ? 1 : 0);
+    }
+}
+
+TEST_F(ProfileSettingsTest, AMissingSwitchReadsAsItsDefault) {
+    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", true), true);
+    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", false), false);
+    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", 1), 1);
+    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", 0), 0);
+    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", 2), 1); // a true int default is "ON"
+    ASSERT_EQ(profile.calls.size(), 5u);
+    EXPECT_EQ(profile.calls[0].text, "ON");
+    EXPECT_EQ(profile.calls[1].text, "OFF");
+    EXPECT_EQ(profile.calls[4].text, "ON");
+}
+
+TEST_F(ProfileSettingsTest, TextsAreStoredAsTheyAre) {
+    const char* texts[] = {"plain", "a=b", "line\nend", "C:\\Dir\\", "\"q\"", "caf\xC3\xA9"};
+    for (const char* text : texts) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(SetRegistryString("Options", "T", String(text)), 1);
+        EXPECT_EQ(Stored("T"), text);
+        EXPECT_EQ(GetRegistryString("Options", "T", "default"), String(text));
+    }
+    EXPECT_EQ(GetRegistryString("Options", "Missing", "default"), String("default"));
+    // An empty text is written as "", not as a null value (which would remove the entry).
+    EXPECT_EQ(SetRegistryString("Options", "Empty", String()), 1);
+    EXPECT_EQ(Stored("Empty"), "");
+}
+
+TEST_F(ProfileSettingsTest, DeletingAnItemWritesANullValue) {
+    profile.values[{"Options", "Gone"}] = "x";
+    EXPECT_EQ(DeleteRegistryItem("Options", "Gone"), 1);
+    ASSERT_EQ(profile.calls.size(), 1u);
+    EXPECT_EQ(profile.calls[0].operation, "write");
+    EXPECT_EQ(profile.calls[0].entry, "Gone");
+    EXPECT_EQ(profile.calls[0].text, std::nullopt);
+    EXPECT_EQ(Stored("Gone"), std::nullopt);
+    EXPECT_EQ(DeleteRegistryItem(0, "Options", "Gone"), 0); // the profile's answer
+}
+
+// The overloads that take an int first ignore it and forward their texts.
+TEST_F(ProfileSettingsTest, IntFirstOverloadsForwardTheirTexts) {
+    EXPECT_EQ(SetRegistryValue(99, "Options", "I", 5), 1);
+    EXPECT_EQ(SetRegistryValue(-1, "Options", "F", 2.5f), 1);
+    EXPECT_EQ(SetRegistryValue(0, "Options", "D", 0.5), 1);
+    EXPECT_EQ(SetRegistryBOOL(3, "Options", "B", 1), 1);
+    EXPECT_EQ(SetRegistryBOOL(3, "Options", "BB", false), true);
+    EXPECT_EQ(SetRegistryString(4, "Options", "S", "text"), 1);
+    EXPECT_EQ(Stored("I"), "5");
+    EXPECT_EQ(Stored("F"), "2.5");
+    EXPECT_EQ(Stored("D"), "0.5");
+    EXPECT_EQ(Stored("B"), "ON");
+    EXPECT_EQ(Stored("BB"), "OFF");
+    EXPECT_EQ(Stored("S"), "text");
+
+    EXPECT_EQ(GetRegistryValue(1, "Options", "I", 0), 5);
+    EXPECT_EQ(GetRegistryValue(1, "Options", "F", 0.0f), 2.5f);
+    EXPECT_EQ(GetRegistryValue(1, "Options", "D", 0.0), 0.5);
+    EXPECT_EQ(GetRegistryBOOL(1, "Options", "B", 0), 1);
+    EXPECT_EQ(GetRegistryBOOL(1, "Options", "BB", true), false);
+    EXPECT_STREQ(GetRegistryString(1, "Options", "S", "d"), "text");
+    EXPECT_STREQ(GetRegistryString(1, "Options", "Missing", "d"), "d");
+    EXPECT_STREQ(GetRegistryString(1, "Options", "Missing", nullptr), ""); // never null
+    EXPECT_EQ(DeleteRegistryItem(1, "Options", "S"), 1);
+    EXPECT_EQ(Stored("S"), std::nullopt);
+}
+
+TEST_F(ProfileSettingsTest, BinaryDataPassUnchanged) {
+    unsigned char bytes[] = {0, 1, 0xFF, '=', '\n'};
+    EXPECT_EQ(WriteProfileBinarySplit("Options", "Bin", bytes, 5), 5);
+    EXPECT_EQ(WriteProfileBinarySplit(0, "Options", "Bin2", bytes, 2), 5);
+    ASSERT_EQ(profile.binaryWrites.size(), 2u);
+    EXPECT_EQ(profile.binaryWrites[0].data, std::vector<unsigned char>(bytes, bytes + 5));
+    EXPECT_EQ(profile.binaryWrites[1].entry, "Bin2");
+    EXPECT_EQ(profile.binaryWrites[1].data, std::vector<unsigned char>(bytes, bytes + 2));
+
+    profile.binaryAnswer = {9, 8, 7};
+    unsigned char* data = nullptr;
+    unsigned int size = 0;
+    EXPECT_EQ(GetProfileBinarySplit("Options", "Bin", &data, &size), 7);
+    EXPECT_EQ(data, profile.binaryAnswer.data()); // the profile's buffer, as it gave it
+    EXPECT_EQ(size, 3u);
+    EXPECT_EQ(GetProfileBinarySplit(0, "Options", "Other", &data, &size), 7);
+    EXPECT_EQ(profile.binaryReads.back().second, "Other");
+}
+
+TEST(ProfileSettingsWithoutProfileTest, WritersReturnZeroAndReadersTheirDefaults) {
+    ScopedHandler<ApplicationProfile> none(&SetApplicationProfile, nullptr);
+    EXPECT_EQ(SetRegistryValue("S", "E", 1), 0);
+    EXPECT_EQ(SetRegistryValue("S", "E", 1.0f), 0);
+    EXPECT_EQ(SetRegistryValue("S", "E", 1.0), 0);
+    EXPECT_EQ(SetRegistryBOOL("S", "E", true), false);
+    EXPECT_EQ(SetRegistryBOOL("S", "E", 1), 0);
+    EXPECT_EQ(SetRegistryString("S", "E", "x"), 0);
+    EXPECT_EQ(DeleteRegistryItem("S", "E"), 0);
+    unsigned char byte = 1;
+    EXPECT_EQ(WriteProfileBinarySplit("S", "E", &byte, 1), 0);
+
+    EXPECT_EQ(GetRegistryValue("S", "E", 7), 7);
+    EXPECT_EQ(GetRegistryValue("S", "E", 0.25f), 0.25f);
+    EXPECT_EQ(GetRegistryValue("S", "E", 0.1), 0.1);
+    EXPECT_EQ(GetRegistryBOOL("S", "E", true), true);
+    EXPECT_EQ(GetRegistryBOOL("S", "E", 0), 0);
+    EXPECT_EQ(GetRegistryString("S", "E", "default"), String("default"));
+    unsigned char* data = &byte;
+    unsigned int size = 99;
+    EXPECT_EQ(GetProfileBinarySplit("S", "E", &data, &size), 0);
+    EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(size, 0u);
+}
+
+TEST(ApplicationProfileSlotTest, SetReturnsThePreviousProfile) {
+    MemoryProfile first, second;
+    ApplicationProfile* original = SetApplicationProfile(&first);
+    EXPECT_EQ(GetApplicationProfile(), &first);
+    EXPECT_EQ(SetApplicationProfile(&second), &first);
+    EXPECT_EQ(SetApplicationProfile(nullptr), &second);
+    EXPECT_EQ(GetApplicationProfile(), nullptr);
+    SetApplicationProfile(original);
+}
+
+} // namespace

@@ -1,0 +1,251 @@
+// StoreSettingsTest.cpp - the settings that reach the current user's store (the registry on
+// Windows, the hive file on Linux): the local registry family and its keys, the library's
+// ready application profile, the resets, and the location strings.
+//
+// Where a key matters, the test reads the store directly through the platform's hive, so
+// that the key a value landed under is checked independently of the function that wrote it.
+
+#include "fileio/handlers/ScopedHandler.h"
+#include "fileio/settings/ApplicationProfile.h"
+#include "fileio/settings/LocalRegistry.h"
+#include "fileio/settings/RegistryProfile.h"
+#include "fileio/settings/RegistrySettings.h"
+#include "fileio/settings/SettingsLocations.h"
+#include "platform/Platform.h"
+#include "settings/TestStore.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using fileio::test::kTestKey;
+using fileio::test::TestStore;
+
+/// The value `name` of `key` as the store holds it, or "<absent>".
+std::string Raw(const std::string& key, const std::string& name) {
+    std::string value;
+    return fileio::platform::Hive().readString(key.c_str(), name.c_str(), value) ? value
+                                                                                 : "<absent>";
+}
+
+const std::string kCompany = "SOFTWARE\\Varn, Inc.\\";
+
+/// Every byte a settings text can hold, 0x01 to 0xFF.
+std::string AllBytes() {
+    std::string bytes;
+    for (int b = 1; b <= 255; ++b)
+        bytes += static_cast<char>(b);
+    return bytes;
+}
+
+class StoreSettingsTest : public ::testing::Test {
+protected:
+    void SetUp() override { SetLocalRegistryProfile(String(kTestKey)); }
+    void TearDown() override { FreeLocalRegistryProfile(); }
+
+    TestStore store;
+};
+
+TEST_F(StoreSettingsTest, LocalKeysFollowTheLocalRegistryProfile) {
+    // With the profile P: "SOFTWARE\Varn, Inc.\" + P + "\" + section.
+    EXPECT_EQ(SetLocalRegistryString("Sec", "Entry", "with profile"), 1);
+    EXPECT_EQ(Raw(kCompany + kTestKey + "\\Sec", "Entry"), "with profile");
+    // With no profile: "SOFTWARE\Varn, Inc.\" + section.
+    FreeLocalRegistryProfile();
+    const std::string plainSection = std::string(kTestKey) + "\\Plain";
+    EXPECT_EQ(SetLocalRegistryString(String(plainSection), "Entry", "no profile"), 1);
+    EXPECT_EQ(Raw(kCompany + plainSection, "Entry"), "no profile");
+    EXPECT_EQ(Raw(kCompany + kTestKey + "\\Plain", "Entry"), "no profile");
+    // Reading follows the same key.
+    EXPECT_EQ(GetLocalRegistryString(String(plainSection), "Entry", "d"), String("no profile"));
+    SetLocalRegistryProfile(String(kTestKey));
+    EXPECT_EQ(GetLocalRegistryString("Sec", "Entry", "d"), String("with profile"));
+    EXPECT_EQ(GetLocalRegistryString("Plain", "Entry", "d"), String("no profile"));
+}
+
+TEST_F(StoreSettingsTest, LocalTextsRoundTripExactly) {
+    const std::vector<std::string> texts = {
+        "plain",     "a=b",         "[section]", "back\\slash\\",        "\"quoted\"",
+        "line\nend", "crlf\r\n",    "%41",       " lead and trail ",     ";x",
+        "#x",        "caf\xC3\xA9", AllBytes(),  std::string(5000, 'x'),
+    };
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        SCOPED_TRACE(i);
+        const String entry(("Text " + std::to_string(i)).c_str());
+        ASSERT_EQ(SetLocalRegistryString("Texts", entry, String(texts[i])), 1);
+    }
+    // Read back after all were written, so that no write disturbed another.
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        SCOPED_TRACE(i);
+        const String entry(("Text " + std::to_string(i)).c_str());
+        EXPECT_EQ(std::string(GetLocalRegistryString("Texts", entry, "default").View()), texts[i]);
+    }
+}
+
+TEST_F(StoreSettingsTest, LocalNumbersUseTheirTextsAndDefaults) {
+    EXPECT_EQ(SetLocalRegistryValue("Numbers", "Int", -12), 1);
+    EXPECT_EQ(SetLocalRegistryValue("Numbers", "Float", 0.1f), 1);
+    EXPECT_EQ(SetLocalRegistryString("Numbers", "Text", "abc"), 1);
+    EXPECT_EQ(Raw(kCompany + kTestKey + "\\Numbers", "Int"), "-12");
+    EXPECT_EQ(Raw(kCompany + kTestKey + "\\Numbers", "Float"), "0.100000001");
+    EXPECT_EQ(GetLocalRegistryValue("Numbers", "Int", 5), -12);
+    EXPECT_EQ(GetLocalRegistryValue("Numbers", "Float", 5.0f), 0.1f);
+    EXPECT_EQ(GetLocalRegistryValue("Numbers", "Text", 5), 0); // not a number reads as 0
+    EXPECT_EQ(GetLocalRegistryValue("Numbers", "Missing", 5), 5);
+    EXPECT_EQ(GetLocalRegistryValue("Numbers", "Missing", 2.5f), 2.5f);
+    EXPECT_EQ(GetLocalRegistryValue("No Such Section", "Missing", 9), 9);
+    EXPECT_EQ(GetLocalRegistryString("No Such Section", "Missing", "d"), String("d"));
+}
+
+TEST_F(StoreSettingsTest, EntryNamesCompareWithoutRegardToCase) {
+    EXPECT_EQ(SetLocalRegistryString("Case", "MixedName", "one"), 1);
+    EXPECT_EQ(SetLocalRegistryString("CASE", "mixedname", "two"), 1);
+    EXPECT_EQ(GetLocalRegistryString("case", "MIXEDNAME", "d"), String("two"));
+}
+
+TEST_F(StoreSettingsTest, ResetLocalRegistryRemovesAKeyWithItsSubkeys) {
+    FreeLocalRegistryProfile(); // the resets ignore the profile; write the keys directly
+    const std::string base = std::string(kTestKey) + "\\Tree";
+    SetLocalRegistryString(String(base), "a", "1");
+    SetLocalRegistryString(String(base + "\\Child"), "b", "2");
+    SetLocalRegistryString(String(base + "\\Child\\Grandchild"), "c", "3");
+    SetLocalRegistryString(String(base + "Sibling"), "d", "4");
+    ResetLocalRegistry(String(base));
+    EXPECT_EQ(Raw(kCompany + base, "a"), "<absent>");
+    EXPECT_EQ(Raw(kCompany + base + "\\Child", "b"), "<absent>");
+    EXPECT_EQ(Raw(kCompany + base + "\\Child\\Grandchild", "c"), "<absent>");
+    EXPECT_EQ(Raw(kCompany + base + "Sibling", "d"), "4");
+
+    // The two-argument form removes `name` below the key given.
+    SetLocalRegistryString(String(base + "\\X"), "e", "5");
+    ResetLocalRegistry(String(kCompany + base), "X");
+    EXPECT_EQ(Raw(kCompany + base + "\\X", "e"), "<absent>");
+    // An empty name removes nothing (not the whole company key).
+    ResetLocalRegistry(String());
+    ResetLocalRegistry(String(kCompany + kTestKey), String());
+    EXPECT_EQ(Raw(kCompany + base + "Sibling", "d"), "4");
+}
+
+TEST_F(StoreSettingsTest, TheReadyProfileStoresUnderTheApplicationKey) {
+    // Installs the current profile again now and puts it back at the end.
+    ScopedHandler<ApplicationProfile> restore(&SetApplicationProfile, GetApplicationProfile());
+    ApplicationProfile* const before = GetApplicationProfile();
+    EXPECT_EQ(InstallRegistryProfile(String(kTestKey)), before);
+    ASSERT_NE(GetApplicationProfile(), nullptr);
+
+    EXPECT_EQ(SetRegistryBOOL("Options", "AutoSave", true), true);
+    EXPECT_EQ(SetRegistryValue("Options", "Count", 3), 1);
+    EXPECT_EQ(SetRegistryString("Other", "Name", "x=y"), 1);
+    const std::string appKey = std::string("Software\\Varn, Inc.\\") + kTestKey;
+    EXPECT_EQ(Raw(appKey + "\\Options", "AutoSave"), "ON");
+    EXPECT_EQ(Raw(appKey + "\\Options", "Count"), "3");
+    EXPECT_EQ(Raw(appKey + "\\Other", "Name"), "x=y");
+    EXPECT_EQ(GetRegistryBOOL("Options", "AutoSave", false), true);
+    EXPECT_EQ(GetRegistryValue("Options", "Count", 0), 3);
+    EXPECT_EQ(GetRegistryValue("Options", "Missing", 8), 8);
+
+    EXPECT_EQ(DeleteRegistryItem("Options", "Count"), 1);
+    EXPECT_EQ(Raw(appKey + "\\Options", "Count"), "<absent>");
+    EXPECT_EQ(GetRegistryValue("Options", "Count", 8), 8);
+    EXPECT_EQ(DeleteRegistryItem("Options", "Count"), 0); // nothing left to remove
+
+    // A null entry removes the whole section.
+    EXPECT_EQ(GetApplicationProfile()->WriteProfileString("Options", nullptr, nullptr), 1);
+    EXPECT_EQ(Raw(appKey + "\\Options", "AutoSave"), "<absent>");
+    EXPECT_EQ(Raw(appKey + "\\Other", "Name"), "x=y");
+
+    // Installing again renames the library's profile and returns it as the previous one.
+    ApplicationProfile* mine = GetApplicationProfile();
+    EXPECT_EQ(InstallRegistryProfile(String(std::string(kTestKey) + "\\Second")), mine);
+    EXPECT_EQ(SetRegistryString("Options", "Where", "second"), 1);
+    EXPECT_EQ(Raw(appKey + "\\Second\\Options", "Where"), "second");
+}
+
+TEST_F(StoreSettingsTest, TheReadyProfileRoundTripsBinaryData) {
+    RegistryProfile profile{String(kTestKey)};
+    std::vector<unsigned char> bytes;
+    for (int b = 0; b < 256; ++b)
+        bytes.push_back(static_cast<unsigned char>(b));
+    EXPECT_EQ(profile.WriteProfileBinary("Bin", "All", bytes.data(), 256), 1);
+    EXPECT_EQ(profile.WriteProfileBinary("Bin", "Empty", nullptr, 0), 1);
+    const std::string appKey = std::string("Software\\Varn, Inc.\\") + kTestKey;
+    EXPECT_EQ(Raw(appKey + "\\Bin", "All").substr(0, 10), "0001020304");
+    EXPECT_EQ(Raw(appKey + "\\Bin", "All").size(), 512u); // two digits a byte
+    EXPECT_EQ(Raw(appKey + "\\Bin", "All").substr(504), "FCFDFEFF");
+
+    unsigned char* data = nullptr;
+    unsigned int size = 0;
+    ASSERT_NE(profile.GetProfileBinary("Bin", "All", &data, &size), 0);
+    EXPECT_EQ(std::vector<unsigned char>(data, data + size), bytes);
+    delete[] data;
+    ASSERT_NE(profile.GetProfileBinary("Bin", "Empty", &data, &size), 0);
+    EXPECT_EQ(size, 0u);
+    delete[] data;
+
+    // Absent or damaged data read as nothing.
+    const std::pair<const char*, const char*> bad[] = {{"Odd", "ABC"}, {"NotHex", "0G"}};
+    for (const auto& [entry, text] : bad) {
+        SCOPED_TRACE(entry);
+        profile.WriteProfileString("Bin", entry, text);
+        data = reinterpret_cast<unsigned char*>(&size);
+        EXPECT_EQ(profile.GetProfileBinary("Bin", entry, &data, &size), 0);
+        EXPECT_EQ(data, nullptr);
+        EXPECT_EQ(size, 0u);
+    }
+    EXPECT_EQ(profile.GetProfileBinary("Bin", "Missing", &data, &size), 0);
+}
+
+TEST_F(StoreSettingsTest, ResetRegistryRemovesBelowTheCompanyKey) {
+    RegistryProfile profile{String(std::string(kTestKey) + "\\Reset")};
+    profile.WriteProfileString("A", "v", "1");
+    profile.WriteProfileString("A\\Deep", "v", "2");
+    const std::string appKey = std::string("Software\\Varn, Inc.\\") + kTestKey + "\\Reset";
+    ASSERT_EQ(Raw(appKey + "\\A", "v"), "1");
+    ResetRegistry(String(std::string(kTestKey) + "\\Reset"));
+    EXPECT_EQ(Raw(appKey + "\\A", "v"), "<absent>");
+    EXPECT_EQ(Raw(appKey + "\\A\\Deep", "v"), "<absent>");
+
+    profile.WriteProfileString("B", "v", "3");
+    ResetRegistry(String(appKey), "b"); // names compare without regard to case
+    EXPECT_EQ(Raw(appKey + "\\B", "v"), "<absent>");
+    ResetRegistry(String("No\\Such\\Key"), "B"); // a key that cannot be opened: nothing
+}
+
+TEST(SettingsLocationsTest, GetSetAndFree) {
+    struct Row {
+        const char* name;
+        String (*get)();
+        void (*set)(const String&);
+        void (*release)();
+    };
+    const Row rows[] = {
+        {"profile location", GetProfileLocation, SetProfileLocation, FreeProfileLocation},
+        {"folders location", GetFoldersLocation, SetFoldersLocation, FreeFoldersLocation},
+        {"local registry profile", GetLocalRegistryProfile, SetLocalRegistryProfile,
+         FreeLocalRegistryProfile},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_TRUE(row.get().IsEmpty());
+        row.set(String(row.name));
+        String copy = row.get();
+        EXPECT_EQ(copy, String(row.name));
+        copy += "!"; // a copy: changing it leaves the location alone
+        EXPECT_EQ(row.get(), String(row.name));
+        row.release();
+        EXPECT_EQ(row.get().Get(), nullptr);
+    }
+    // The three are separate strings.
+    SetProfileLocation("P");
+    SetFoldersLocation("F");
+    EXPECT_EQ(GetProfileLocation(), String("P"));
+    EXPECT_EQ(GetFoldersLocation(), String("F"));
+    EXPECT_TRUE(GetLocalRegistryProfile().IsEmpty());
+    FreeProfileLocation();
+    FreeFoldersLocation();
+}
+
+} // namespace

@@ -1,0 +1,37 @@
+// TestStore.h - gives a test a settings store of its own for its lifetime.
+//
+// Linux: a fresh temporary folder becomes $XDG_CONFIG_HOME (the previous value comes back
+// afterwards), so the hive file is the test's own. Windows: the registry is the user's
+// real one, so tests write only below "Software\Varn, Inc.\FileIO Tests", which is
+// removed before and after each test.
+#pragma once
+
+#include <string>
+
+namespace fileio::test {
+
+/// The key name below "Software\Varn, Inc.\" that tests may write (as application name,
+/// local registry profile or section).
+inline constexpr const char* kTestKey = "FileIO Tests";
+
+class TestStore {
+public:
+    TestStore();
+    ~TestStore();
+    TestStore(const TestStore&) = delete;
+    TestStore& operator=(const TestStore&) = delete;
+
+    /// The configuration folder the hive file lives in (Linux; empty on Windows).
+    const std::string& Folder() const { return m_folder; }
+    /// The hive file's full name (Linux; empty on Windows).
+    std::string HivePath() const {
+        return m_folder.empty() ? m_folder : m_folder + "/varn-settings.hive";
+    }
+
+private:
+    std::string m_folder;
+    std::string m_savedXdg;
+    bool m_hadXdg = false;
+};
+
+} // namespace fileio::test
