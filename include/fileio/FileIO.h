@@ -20,6 +20,7 @@
 #include "fileio/path/BasePath.h"
 #include "fileio/path/DirectorySearch.h"
 #include "fileio/path/FileSystem.h"
+#include "fileio/path/SearchPaths.h"
 #include "fileio/path/UniversalPath.h"
 #include "fileio/settings/ApplicationProfile.h"
 #include "fileio/settings/LocalRegistry.h"
