@@ -118,7 +118,9 @@ struct FolderEntry {
 };
 
 /// The platform's own path separator: '\\' on Windows, '/' on Linux.
-char NativeSeparator() noexcept;
+inline char NativeSeparator() noexcept {
+    return kNativePathStyle == PathStyle::Windows ? '\\' : '/';
+}
 
 /// What reading a whole file found.
 enum class ReadResult { Read, Missing, Failed };

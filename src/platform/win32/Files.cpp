@@ -180,10 +180,6 @@ bool ListFolder(const char* folder, std::vector<FolderEntry>& out) {
 
 } // namespace
 
-char NativeSeparator() noexcept {
-    return '\\';
-}
-
 FileServices& Files() {
     static FileServices table{
         .readWholeFile = ReadWholeFile,
