@@ -94,9 +94,33 @@ private:
 // ---------------------------------------------------------------------------------------
 // Files and folders
 // ---------------------------------------------------------------------------------------
+// Paths are 8-bit text as the library holds it: the system code page on Windows (converted
+// to UTF-16 for the wide system calls), bytes as they are on POSIX. Both separators are
+// accepted on input; the system's own separator comes out.
+
+/// The two ways of reading a path: Windows rules ("\" native, drive letters and UNC
+/// names, case-insensitive names) or POSIX rules ("/" native, case-sensitive names, a
+/// drive-letter path is plain text that stays absolute). The textual path algorithms take
+/// the style as a parameter, so each platform's rules can be tested on the other.
+enum class PathStyle { Windows, Posix };
+
+#if defined(_WIN32)
+inline constexpr PathStyle kNativePathStyle = PathStyle::Windows;
+#else
+inline constexpr PathStyle kNativePathStyle = PathStyle::Posix;
+#endif
+
+/// One entry of a folder listing.
+struct FolderEntry {
+    std::string name;      ///< the entry's own name, without its folder
+    bool isFolder = false; ///< a folder (for a link: the link's target is a folder)
+    bool isLink = false;   ///< a symbolic link or other reparse point: never descended into
+};
 
 /// The platform's own path separator: '\\' on Windows, '/' on Linux.
-char NativeSeparator() noexcept;
+inline char NativeSeparator() noexcept {
+    return kNativePathStyle == PathStyle::Windows ? '\\' : '/';
+}
 
 /// What reading a whole file found.
 enum class ReadResult { Read, Missing, Failed };
@@ -105,9 +129,9 @@ enum class ReadResult { Read, Missing, Failed };
 using FileLockToken = std::intptr_t;
 inline constexpr FileLockToken kNoFileLock = -1;
 
-/// Whole-file services: what a small store that replaces its file atomically needs.
-/// Paths are native, 8-bit, as the system takes them.
 struct FileServices {
+    // ---- whole files: what a small store that replaces its file atomically needs
+
     /// Reads the whole file into `bytes` (replacing its content). Missing: there is no such
     /// file (or no such folder); Failed: it exists but cannot be read.
     ReadResult (*readWholeFile)(const char* path, std::string& bytes);
@@ -126,10 +150,50 @@ struct FileServices {
     FileLockToken (*lockFile)(const char* path);
     /// Releases a lock from lockFile and closes its file. kNoFileLock is ignored.
     void (*unlockFile)(FileLockToken token);
+
+    // ---- files and folders: existence, copies, renames, folders, current directory
+
+    /// True when `path` names an existing file or folder.
+    bool (*exists)(const char* path);
+    /// True when `path` names an existing folder.
+    bool (*isFolder)(const char* path);
+    /// Copies the file `from` over `to`, creating or replacing it. False when `from` cannot
+    /// be read, `to` cannot be written, or both name the same file.
+    bool (*copyFile)(const char* from, const char* to);
+    /// Removes an empty folder.
+    bool (*removeFolder)(const char* path);
+    /// Renames (moves within one volume) a file or folder. An existing `to` is never
+    /// replaced: the call fails instead (replaceFile replaces).
+    bool (*renameFile)(const char* from, const char* to);
+    /// Creates one folder whose parent exists.
+    bool (*createFolder)(const char* path);
+    /// The process's current directory, as the system spells it (no trailing separator
+    /// except for a root).
+    bool (*getCurrentDirectory)(std::string& out);
+    /// Makes `path` the process's current directory.
+    bool (*setCurrentDirectory)(const char* path);
+    /// Full-path resolution against the current directory: GetFullPathNameW on Windows,
+    /// LexicalFullPath (below) on POSIX. False when the path cannot be resolved.
+    bool (*fullPath)(const char* path, std::string& out);
+    /// The entries of a folder, "." and ".." left out, in the order the system gives them.
+    bool (*listFolder)(const char* folder, std::vector<FolderEntry>& out);
 };
 
 /// The process's file services, filled with the system's functions at start-up.
 FileServices& Files();
+
+/// The POSIX full-path rule, purely textual: a relative `path` is appended to `currentDir`;
+/// "." components are dropped and ".." removes the component before it (never climbing
+/// above the root); doubled separators collapse; links are not followed. "\" and "/" are
+/// both read as separators and "/" is written. The roots kept as they are: "/", a leading
+/// "//" (a network name), and a drive letter with its separator ("C:/"), which makes the
+/// path absolute as on Windows. A trailing separator of `path` is kept. An empty `path`
+/// gives an empty result.
+std::string LexicalFullPath(std::string_view currentDir, std::string_view path);
+
+/// True when LexicalFullPath would not consult the current directory for `path`: it begins
+/// with a separator or with a drive letter, ":" and a separator.
+bool IsLexicallyAbsolute(std::string_view path);
 
 // ---------------------------------------------------------------------------------------
 // Settings hive
@@ -220,7 +284,8 @@ DialogServices& Dialogs();
 
 /// Facts about the running program and its system.
 struct SystemServices {
-    /// The folder of the running program's executable, without a trailing separator.
+    /// The folder of the running program's executable, without a trailing separator;
+    /// empty when the system cannot tell.
     std::string (*applicationFolder)();
     /// The running program's name: its executable's file name without folder and suffix.
     std::string (*applicationName)();
@@ -231,14 +296,92 @@ struct SystemServices {
     /// 0 default, 16 stop, 32 question, 48 exclamation, 64 information). Linux rings the
     /// terminal's bell when standard error is a terminal.
     void (*warningSound)(unsigned int kind);
+    /// This machine's name on the network (GetComputerNameA with a 260-byte buffer; on
+    /// POSIX the host name up to its first ".").
+    bool (*computerName)(std::string& out);
+    /// This machine's host name (the DNS host name; on POSIX gethostname).
+    bool (*hostName)(std::string& out);
+    /// The system's text for the last failure of a system call on this thread.
+    std::string (*lastErrorText)();
+    /// Shows the wait cursor and returns what endWaitCursor needs to put the previous one
+    /// back (nothing happens on POSIX).
+    void* (*beginWaitCursor)();
+    void (*endWaitCursor)(void* previous);
 };
 
 /// The process's system services, filled with the system's functions at start-up.
 SystemServices& System();
 
+/// Shows the wait cursor for the lifetime of the guard.
+class ScopedWaitCursor {
+public:
+    ScopedWaitCursor() : previous_(System().beginWaitCursor()) {}
+    ~ScopedWaitCursor() { System().endWaitCursor(previous_); }
+    ScopedWaitCursor(const ScopedWaitCursor&) = delete;
+    ScopedWaitCursor& operator=(const ScopedWaitCursor&) = delete;
+
+private:
+    void* previous_;
+};
+
 // ---------------------------------------------------------------------------------------
 // Network forms of paths
 // ---------------------------------------------------------------------------------------
+// On Windows a "drive" is a logical drive ("X:\" as a root, "X:" as a name) and a mapped
+// drive's connection is its remote name ("\\server\share"). On POSIX the mount table
+// stands for the drive table: every mount point is a drive named by the mount point
+// itself, a CIFS, SMB or NFS mount is a remote drive, and its connection is the mounted
+// source in the form "//server/share" (NFS "server:/export" becomes "//server/export").
+
+/// The drive type that GetDriveTypeA gives a network drive.
+inline constexpr int kRemoteDrive = 4;
+
+/// One folder that this machine shares on the network.
+struct SharedFolder {
+    std::string name; ///< the share name
+    std::string path; ///< the local folder it shares
+};
+
+/// One line of a mount table.
+struct MountEntry {
+    std::string source;     ///< what is mounted ("//server/share", "server:/export", "/dev/sda1")
+    std::string mountPoint; ///< where
+    std::string type;       ///< the file-system type ("cifs", "nfs4", "ext4", ...)
+};
+
+struct NetworkServices {
+    /// The roots of the logical drives, in the system's order ("C:\", ...; mount points on
+    /// POSIX).
+    std::vector<std::string> (*logicalDrives)();
+    /// The type of the drive with that root, as GetDriveTypeA numbers it (kRemoteDrive for a
+    /// network drive; on POSIX 4 for a network mount, 3 for another mount, 1 otherwise).
+    int (*driveType)(const char* root);
+    /// The remote name a drive is connected to ("X:" on Windows, a mount point on POSIX).
+    bool (*connectionName)(const char* drive, std::string& out);
+    /// The folders this machine shares: the registry key
+    /// "SYSTEM\CurrentControlSet\Services\LanmanServer\Shares" on Windows, each value's
+    /// "Path=" entry; none on POSIX.
+    std::vector<SharedFolder> (*sharedFolders)();
+    /// The text of the mount table ("/proc/self/mounts"); empty on Windows. The POSIX drive
+    /// services read it through this entry, so a test can script the whole drive table.
+    std::string (*mountTable)();
+};
+
+/// The process's network services.
+NetworkServices& Network();
+
+/// Reads a mount table in the form of /proc/self/mounts: one mount a line, fields separated
+/// by blanks, octal escapes (\040 for a space, \134 for a backslash, ...) decoded. Lines
+/// with fewer than three fields are skipped.
+std::vector<MountEntry> ParseMountTable(std::string_view text);
+
+/// True for the file-system types that mount a network share (cifs, smb3, smbfs, nfs, nfs4).
+bool IsNetworkFileSystem(std::string_view type);
+
+/// The connection name of a network mount's source: "//server/share" as it is (backslashes
+/// turned into "/"), NFS "server:/export/path" as "//server/export/path". Empty for a
+/// source in neither form.
+std::string ConnectionOfMountSource(std::string_view source);
 
 // ---------------------------------------------------------------------------------------
 // Icons

@@ -314,7 +314,81 @@ public:
     /// zeroBasedCells). Never fails; the process's locale plays no part.
     [[nodiscard]] Time ToTime(int fps, TimeUnit unit, bool zeroBasedCells) const;
 
-    // ---- paths (path/)
+    // ---- paths (path/) ----------------------------------------------------------------------
+    // The string is a path. Decomposition reads both separators ("\" and "/") on every
+    // platform; what joins or converts writes the platform's own ("\" on Windows, "/" on
+    // Linux). Each member returns a new String unless it says otherwise.
+
+    /// The folder part: the text up to and including the last separator, empty when there
+    /// is none. "C:\a\b.mdl" -> "C:\a\"; a path that ends in a separator is kept whole.
+    [[nodiscard]] String GetPathOnly() const;
+    /// The name after the last separator: "C:\a\b.mdl" -> "b.mdl".
+    [[nodiscard]] String GetNameOnly() const;
+    /// The name without its suffix: "C:\a\b.tar.gz" -> "b.tar".
+    [[nodiscard]] String GetNameOnlyWithoutSuffix() const;
+    /// The suffix of the name, without its dot: "C:\a\b.tar.gz" -> "gz"; empty when the
+    /// name has no ".".
+    [[nodiscard]] String GetSuffixOnly() const;
+    /// `folder` and `name` joined by exactly one native separator (the folder's trailing and
+    /// the name's leading separators dropped). An empty folder gives the name; an empty name
+    /// gives the folder with one trailing separator.
+    [[nodiscard]] static String CombineNameToPath(const String& folder, const String& name);
+    /// Collapses every run of separators in place to its first character, keeping the two
+    /// leading ones of a network path ("\\server" or "//server"). Returns the number of
+    /// characters removed.
+    int FindAndRemoveDoubleSeparators();
+    /// The one-character string ".".
+    [[nodiscard]] static String Point();
+    /// The folder of the running program, without a trailing separator; empty when the
+    /// system cannot tell.
+    [[nodiscard]] static String GetAppPath();
+    /// The program's folder and `name` joined as CombineNameToPath joins them.
+    [[nodiscard]] static String AddNameToExeDirectory(const String& name);
+
+    /// The path in universal form, relative to the base path (SetBasePath) where the two
+    /// share a leading component: with the base "C:/Projects/Robot/",
+    /// "C:\Projects\Robot\Parts\arm.mdl" gives "Parts/arm.mdl",
+    /// "C:\Projects\Shared\sky.tga" gives "../Shared/sky.tga" and "D:\sky.tga" stays
+    /// "D:/sky.tga". The base folder itself gives "."; the base folder without its trailing
+    /// separator gives an empty string.
+    /// Without a base path, the universal form. An empty string stays empty.
+    [[nodiscard]] String GetRelativePath() const;
+    /// The universal (relative or absolute) path resolved to a native absolute path against
+    /// the base folder: the match base when `useMatchBase`, else the base (the two are equal
+    /// unless the library sets them apart). "." gives the base folder with a trailing
+    /// separator. Resolution makes the base folder the process's current directory when
+    /// that folder exists, and leaves it so. A path that cannot be resolved comes back in
+    /// native form; without a base path, the path in native form.
+    [[nodiscard]] String GetAbsolutePath(bool useMatchBase) const;
+    /// The same against the base folder, with no failure trace, and without the final
+    /// conversion to native form of GetAbsolutePath(bool): "." gives the base folder in
+    /// universal form.
+    [[nodiscard]] String GetAbsolutePath() const;
+    /// The universal form of the path's network form (GetUNCFileName), not made relative.
+    [[nodiscard]] String GetNonRelativePath() const;
+    /// A path on a volume of a Macintosh file server (one that contains "MACSERVER/" and
+    /// "Volumes/VOL/") as the path of the network share named VOL in capitals, found among
+    /// the mapped drives (network mounts on Linux): "\\server\VOL/rest". Any other path,
+    /// or when no drive is connected to that share, unchanged.
+    [[nodiscard]] String GetServerFileName() const;
+    /// The network form of a local path: "\\host\share\rest" for a path within a folder
+    /// this machine shares, else the mapped drive's connection in place of the drive
+    /// ("//server/share/rest" for a path below a network mount on Linux). Drive-letter
+    /// paths, paths that begin with two separators and paths that cannot be converted come
+    /// back unchanged.
+    [[nodiscard]] String GetUNCFileName() const;
+    /// A copy in which a ":" in the second position becomes "-" ("C:\Data\" ->
+    /// "C-\Data\"), for use as a share-like name.
+    [[nodiscard]] String NetSharePlaceHolder() const;
+    /// The path quoted, as the file-reference fields write it; empty stays empty.
+    [[nodiscard]] String GetFileNamesMatchName() const;
+    /// A quoted native name (C:\a\b.mdl within double quotes) as a quoted universal name
+    /// relative to the base path, for writing. A string without a double quote comes back
+    /// unchanged.
+    [[nodiscard]] String GetMatchNameRelativeForFile() const;
+    /// A quoted universal name read from a file as a quoted native absolute name, resolved
+    /// against the match base. A string without a double quote comes back unchanged.
+    [[nodiscard]] String GetMatchNameAbsoluteFromFile() const;
 
     // ---- log file (handlers/)
 

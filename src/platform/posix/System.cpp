@@ -2,8 +2,12 @@
 
 #include "platform/Platform.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <string>
+#include <system_error>
 #include <unistd.h>
 
 namespace fileio::platform {
@@ -52,10 +56,45 @@ void WarningSound(unsigned int) {
     }
 }
 
+bool HostName(std::string& out) {
+    char buffer[HOST_NAME_MAX + 1] = {};
+    if (::gethostname(buffer, sizeof buffer - 1) != 0 || buffer[0] == '\0')
+        return false;
+    out = buffer;
+    return true;
+}
+
+bool ComputerName(std::string& out) {
+    if (!HostName(out))
+        return false;
+    out.erase(std::min(out.find('.'), out.size()));
+    return !out.empty();
+}
+
+std::string LastErrorText() {
+    return std::generic_category().message(errno);
+}
+
+void* BeginWaitCursor() {
+    return nullptr;
+}
+
+void EndWaitCursor(void*) {}
+
 } // namespace
 
 SystemServices& System() {
-    static SystemServices table{ApplicationFolder, ApplicationName, DebugTrace, WarningSound};
+    static SystemServices table{
+        .applicationFolder = ApplicationFolder,
+        .applicationName = ApplicationName,
+        .debugTrace = DebugTrace,
+        .warningSound = WarningSound,
+        .computerName = ComputerName,
+        .hostName = HostName,
+        .lastErrorText = LastErrorText,
+        .beginWaitCursor = BeginWaitCursor,
+        .endWaitCursor = EndWaitCursor,
+    };
     return table;
 }
 

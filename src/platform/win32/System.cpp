@@ -45,10 +45,61 @@ void WarningSound(unsigned int kind) {
     MessageBeep(kind);
 }
 
+bool ComputerName(std::string& out) {
+    char buffer[260] = {};
+    DWORD size = sizeof buffer;
+    if (!GetComputerNameA(buffer, &size))
+        return false;
+    out.assign(buffer, size);
+    return true;
+}
+
+bool HostName(std::string& out) {
+    char buffer[260] = {};
+    DWORD size = sizeof buffer;
+    if (!GetComputerNameExA(ComputerNameDnsHostname, buffer, &size) || size == 0)
+        return false;
+    out.assign(buffer, size);
+    return true;
+}
+
+std::string LastErrorText() {
+    DWORD code = GetLastError();
+    char* text = nullptr;
+    DWORD n = FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
+                                 FORMAT_MESSAGE_IGNORE_INSERTS,
+                             nullptr, code, 0, reinterpret_cast<char*>(&text), 0, nullptr);
+    std::string out =
+        n > 0 && text != nullptr ? std::string(text, n) : "error " + std::to_string(code);
+    if (text != nullptr)
+        LocalFree(text);
+    while (!out.empty() && (out.back() == '\n' || out.back() == '\r' || out.back() == ' '))
+        out.pop_back();
+    return out;
+}
+
+void* BeginWaitCursor() {
+    return SetCursor(LoadCursorA(nullptr, MAKEINTRESOURCEA(32514)));
+}
+
+void EndWaitCursor(void* previous) {
+    SetCursor(static_cast<HCURSOR>(previous));
+}
+
 } // namespace
 
 SystemServices& System() {
-    static SystemServices table{ApplicationFolder, ApplicationName, DebugTrace, WarningSound};
+    static SystemServices table{
+        .applicationFolder = ApplicationFolder,
+        .applicationName = ApplicationName,
+        .debugTrace = DebugTrace,
+        .warningSound = WarningSound,
+        .computerName = ComputerName,
+        .hostName = HostName,
+        .lastErrorText = LastErrorText,
+        .beginWaitCursor = BeginWaitCursor,
+        .endWaitCursor = EndWaitCursor,
+    };
     return table;
 }
 

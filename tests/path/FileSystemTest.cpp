@@ -1,0 +1,197 @@
+// FileSystemTest.cpp - existence, copy, rename, remove, folder creation and directory
+// search on the real file system, and the name rules of directory search with a scripted
+// listing.
+
+#include "fileio/path/FileSystem.h"
+#include "fileio/path/DirectorySearch.h"
+
+#include "PathTestSupport.h"
+#include "path/DirectorySearchDetail.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using fileio::detail::PathStyle;
+namespace detail = fileio::detail;
+namespace platform = fileio::platform;
+namespace fs = std::filesystem;
+
+constexpr PathStyle kWindows = PathStyle::Windows;
+constexpr PathStyle kPosix = PathStyle::Posix;
+
+String S(const std::string& text) {
+    return String(text);
+}
+
+TEST(FileSystem, ExistenceOfFilesAndFolders) {
+    pathtest::ScratchFolder scratch;
+    scratch.WriteFile("file.txt", "x");
+    struct Row {
+        std::string path;
+        bool exists, isFolder;
+    };
+    const Row rows[] = {
+        {scratch.Join("file.txt"), true, false},
+        {scratch.Path(), true, true},
+        {scratch.Join(""), true, true}, // with a trailing separator
+        {scratch.Join("missing.txt"), false, false},
+        {scratch.Join("missing/deeper"), false, false},
+        {scratch.Join(std::string(400, 'n')), false, false},
+        {"", false, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(FileExists(S(row.path)), row.exists);
+        EXPECT_EQ(DirExists(S(row.path)), row.isFolder);
+    }
+}
+
+TEST(FileSystem, CopyReplacesTheTargetByteForByte) {
+    pathtest::ScratchFolder scratch;
+    std::string content("binary\0\r\n\xff\x80 data", 17);
+    content += std::string(200000, 'z'); // more than one buffer
+    scratch.WriteFile("from.bin", content);
+    scratch.WriteFile("to.bin", "old and longer than nothing");
+
+    EXPECT_TRUE(VarnCopyFile(S(scratch.Join("from.bin")), S(scratch.Join("to.bin"))));
+    EXPECT_EQ(scratch.ReadFile("to.bin"), content);
+    EXPECT_TRUE(VarnCopyFile(S(scratch.Join("from.bin")), S(scratch.Join("new.bin"))));
+    EXPECT_EQ(scratch.ReadFile("new.bin"), content);
+
+    EXPECT_FALSE(VarnCopyFile(S(scratch.Join("missing.bin")), S(scratch.Join("x.bin"))));
+    EXPECT_FALSE(FileExists(S(scratch.Join("x.bin"))));
+    EXPECT_FALSE(VarnCopyFile(S(scratch.Path()), S(scratch.Join("folder.bin"))));
+    EXPECT_FALSE(VarnCopyFile(S(scratch.Join("from.bin")), S(scratch.Join("no/such/folder.bin"))));
+    // A file copied onto itself is refused and keeps its content.
+    EXPECT_FALSE(VarnCopyFile(S(scratch.Join("from.bin")), S(scratch.Join("from.bin"))));
+    EXPECT_EQ(scratch.ReadFile("from.bin"), content);
+    EXPECT_FALSE(VarnCopyFile(String(), S(scratch.Join("y.bin"))));
+}
+
+TEST(FileSystem, RenameNeverReplacesAnExistingTarget) {
+    pathtest::ScratchFolder scratch;
+    scratch.WriteFile("a.txt", "a");
+    scratch.WriteFile("b.txt", "b");
+    EXPECT_FALSE(RenameFile(S(scratch.Join("a.txt")), S(scratch.Join("b.txt"))));
+    EXPECT_EQ(scratch.ReadFile("a.txt"), "a");
+    EXPECT_EQ(scratch.ReadFile("b.txt"), "b");
+
+    EXPECT_TRUE(RenameFile(S(scratch.Join("a.txt")), S(scratch.Join("c.txt"))));
+    EXPECT_EQ(scratch.ReadFile("a.txt"), "<missing>");
+    EXPECT_EQ(scratch.ReadFile("c.txt"), "a");
+
+    scratch.WriteFile("dir/inside.txt", "i");
+    EXPECT_TRUE(RenameFile(S(scratch.Join("dir")), S(scratch.Join("moved"))));
+    EXPECT_EQ(scratch.ReadFile("moved/inside.txt"), "i");
+    EXPECT_FALSE(RenameFile(S(scratch.Join("gone.txt")), S(scratch.Join("d.txt"))));
+}
+
+TEST(FileSystem, RemoveTakesFilesAndEmptyFolders) {
+    pathtest::ScratchFolder scratch;
+    scratch.WriteFile("full/file.txt", "x");
+    fs::create_directory(scratch.Join("empty"));
+    EXPECT_FALSE(Remove(S(scratch.Join("full"))));
+    EXPECT_TRUE(DirExists(S(scratch.Join("full"))));
+    EXPECT_TRUE(Remove(S(scratch.Join("full/file.txt"))));
+    EXPECT_FALSE(FileExists(S(scratch.Join("full/file.txt"))));
+    EXPECT_TRUE(Remove(S(scratch.Join("full"))));
+    EXPECT_TRUE(Remove(S(scratch.Join("empty"))));
+    EXPECT_FALSE(DirExists(S(scratch.Join("empty"))));
+    EXPECT_FALSE(Remove(S(scratch.Join("empty"))));
+    EXPECT_FALSE(Remove(String()));
+}
+
+TEST(FileSystem, CreateFolderMakesEveryMissingLevel) {
+    pathtest::ScratchFolder scratch;
+    EXPECT_TRUE(CreateFolder(S(scratch.Join("a/b/c"))));
+    EXPECT_TRUE(DirExists(S(scratch.Join("a/b/c"))));
+    EXPECT_TRUE(CreateFolder(S(scratch.Join("a/b/c")))); // exists already
+    EXPECT_TRUE(CreateFolder(S(scratch.Join("a//d///e/"))));
+    EXPECT_TRUE(DirExists(S(scratch.Join("a/d/e"))));
+    scratch.WriteFile("file", "x");
+    EXPECT_FALSE(CreateFolder(S(scratch.Join("file/sub"))));
+    EXPECT_FALSE(CreateFolder(String()));
+}
+
+TEST(FileSystem, NamesWithBytesAbove127SurviveTheSystem) {
+    pathtest::ScratchFolder scratch;
+    scratch.WriteFile("plain.txt", "content");
+    const std::string name = "caf\xe9 \xfc.txt";
+    ASSERT_TRUE(VarnCopyFile(S(scratch.Join("plain.txt")), S(scratch.Join(name))));
+    EXPECT_TRUE(FileExists(S(scratch.Join(name))));
+    std::vector<String> found = FindFilesInFolder(S(scratch.Path()), S("caf*"), false);
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].View(), scratch.Join(name));
+    EXPECT_TRUE(Remove(found[0]));
+}
+
+TEST(DirectorySearch, FindsMatchingFilesInOrderAndOptionallyBelow) {
+    pathtest::ScratchFolder scratch;
+    for (const char* file : {"b.mdl", "a.mdl", "c.tga", "sub/z.mdl", "sub/deeper/y.mdl",
+                             "sub/deeper/x.txt", "another/w.mdl", "another/.hidden.mdl"})
+        scratch.WriteFile(file, "x");
+    fs::create_directory(scratch.Join("emptydir.mdl")); // a folder is never listed
+
+    std::vector<String> flat = FindFilesInFolder(S(scratch.Path()), S("*.mdl"), false);
+    std::vector<std::string> flatExpected = {scratch.Join("a.mdl"), scratch.Join("b.mdl")};
+    ASSERT_EQ(flat.size(), flatExpected.size());
+    for (std::size_t i = 0; i < flat.size(); ++i)
+        EXPECT_EQ(flat[i].View(), flatExpected[i]);
+
+    std::vector<String> deep = FindFilesInFolder(S(scratch.Join("")), S("*.mdl"), true);
+    std::vector<std::string> deepExpected = {
+        scratch.Join("a.mdl"),
+        scratch.Join("b.mdl"),
+        scratch.Join("another/.hidden.mdl"),
+        scratch.Join("another/w.mdl"),
+        scratch.Join("sub/z.mdl"),
+        scratch.Join("sub/deeper/y.mdl"),
+    };
+    ASSERT_EQ(deep.size(), deepExpected.size());
+    for (std::size_t i = 0; i < deep.size(); ++i)
+        EXPECT_EQ(deep[i].View(), deepExpected[i]) << i;
+
+    EXPECT_EQ(FindFilesInFolder(S(scratch.Path()), String(), true).size(), 8u);
+    EXPECT_TRUE(FindFilesInFolder(S(scratch.Join("missing")), S("*"), true).empty());
+    EXPECT_TRUE(FindFilesInFolder(String(), S("*"), true).empty());
+}
+
+TEST(DirectorySearch, LinksToFoldersAreNotFollowed) {
+    if (platform::kNativePathStyle != PathStyle::Posix)
+        GTEST_SKIP() << "symbolic links need privileges on Windows";
+    pathtest::ScratchFolder scratch;
+    scratch.WriteFile("sub/file.txt", "x");
+    fs::create_directory_symlink(scratch.Path(), scratch.Join("sub/loop"));
+    fs::create_symlink(scratch.Join("sub/file.txt"), scratch.Join("sub/link.txt"));
+    std::vector<String> found = FindFilesInFolder(S(scratch.Path()), S("*"), true);
+    ASSERT_EQ(found.size(), 2u);
+    EXPECT_EQ(found[0].View(), scratch.Join("sub/file.txt"));
+    EXPECT_EQ(found[1].View(), scratch.Join("sub/link.txt"));
+}
+
+// The name rules of each style, with a scripted listing so both run on every platform.
+std::vector<platform::FolderEntry> g_listing;
+
+TEST(DirectorySearch, NamesFollowTheStylesCaseRule) {
+    platform::ScopedServices<platform::FileServices> guard(platform::Files());
+    g_listing = {{"Zeta.MDL", false, false},
+                 {"alpha.mdl", false, false},
+                 {"Beta.mdl", false, false},
+                 {"beta.txt", false, false}};
+    platform::Files().listFolder = [](const char* folder, std::vector<platform::FolderEntry>& out) {
+        if (std::string_view(folder) != "root")
+            return false;
+        out = g_listing;
+        return true;
+    };
+    EXPECT_EQ(detail::FindFilesInFolder("root", "*.mdl", false, kWindows),
+              (std::vector<std::string>{"root\\alpha.mdl", "root\\Beta.mdl", "root\\Zeta.MDL"}));
+    EXPECT_EQ(detail::FindFilesInFolder("root", "*.mdl", false, kPosix),
+              (std::vector<std::string>{"root/Beta.mdl", "root/alpha.mdl"}));
+    EXPECT_EQ(detail::FindFilesInFolder("root", "BETA.*", false, kWindows),
+              (std::vector<std::string>{"root\\Beta.mdl", "root\\beta.txt"}));
+    EXPECT_TRUE(detail::FindFilesInFolder("root", "BETA.*", false, kPosix).empty());
+}
+
+} // namespace

@@ -1,0 +1,355 @@
+// NetworkPathsTest.cpp - the network forms of paths with scripted drive tables, shares and
+// mount tables, under both rules; the mount-table reader; the system's own answers.
+
+#include "PathTestSupport.h"
+#include "path/PathForms.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using fileio::detail::PathStyle;
+using fileio::platform::kRemoteDrive;
+using pathtest::ScriptedDrive;
+using pathtest::ScriptedNetwork;
+namespace detail = fileio::detail;
+namespace platform = fileio::platform;
+
+constexpr PathStyle kWindows = PathStyle::Windows;
+constexpr PathStyle kPosix = PathStyle::Posix;
+
+std::vector<ScriptedDrive> WindowsDrives() {
+    return {
+        {"A:\\", 2, ""},
+        {"C:\\", 3, ""},
+        {"M:\\", kRemoteDrive, "\\\\macsrv\\ART"},
+        {"N:\\", kRemoteDrive, "\\\\other\\ART"},
+        {"P:\\", kRemoteDrive, "\\\\files\\Projects"},
+        {"Q:\\", kRemoteDrive, "\\\\files\\art"},
+        {"R:\\", kRemoteDrive, ""}, // remembered but not connected
+        {"S:\\", kRemoteDrive, "\\\\noshare"},
+    };
+}
+
+std::vector<ScriptedDrive> PosixDrives() {
+    return {
+        {"/", 3, ""},
+        {"/mnt/art", kRemoteDrive, "//fileserver/ART"},
+        {"/mnt/art/inner", kRemoteDrive, "//other/IN"},
+        {"/mnt/odd", kRemoteDrive, "//srv/a\\b"},
+        {"/media/usb", 3, ""},
+    };
+}
+
+long CountQueries(std::string_view drive) {
+    const auto& queries = ScriptedNetwork::ConnectionQueries();
+    return std::count(queries.begin(), queries.end(), drive);
+}
+
+TEST(NetworkPaths, FindDriveForShareExaminesRemoteDrivesFromTheLast) {
+    ScriptedNetwork network(WindowsDrives());
+    struct Row {
+        std::string share;
+        bool found;
+        std::string root;
+    };
+    const Row rows[] = {
+        {"ART", true, "\\\\other\\ART"}, // N: comes before M: when walking backwards
+        {"art", true, "\\\\files\\art"},
+        {"Projects", true, "\\\\files\\Projects"},
+        {"PROJECTS", false, ""}, // share names compare exactly
+        {"", false, ""},
+        {"noshare", false, ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.share);
+        std::string root = "untouched";
+        EXPECT_EQ(detail::FindDriveForShare(row.share, kWindows, root), row.found);
+        EXPECT_EQ(root, row.found ? row.root : "untouched");
+    }
+    // Local drives are never asked for a connection.
+    EXPECT_EQ(CountQueries("A:"), 0);
+    EXPECT_EQ(CountQueries("C:"), 0);
+}
+
+TEST(NetworkPaths, MacintoshServerVolumesBecomeTheirShares) {
+    ScriptedNetwork network(WindowsDrives());
+    struct Row {
+        std::string path, server;
+    };
+    std::string longRest(300, 'x');
+    const Row rows[] = {
+        {"//MACSERVER/Volumes/art/Maps/sky.tga", "\\\\other\\ART/Maps/sky.tga"},
+        {"MACSERVER/Volumes/Projects/a.mdl", "MACSERVER/Volumes/Projects/a.mdl"}, // "PROJECTS"
+        {"MACSERVER/Volumes/art/", "\\\\other\\ART/"},
+        {"MACSERVER/Volumes/art", "MACSERVER/Volumes/art"}, // no second "/"
+        {"C:/Volumes/art/x", "C:/Volumes/art/x"},           // not on the server
+        {"MACSERVER/art/x", "MACSERVER/art/x"},
+        {"//macserver/Volumes/art/x", "//macserver/Volumes/art/x"}, // marker is case-sensitive
+        {"MACSERVER/Volumes/unknown/x", "MACSERVER/Volumes/unknown/x"},
+        {"MACSERVER/Volumes/art/" + longRest, ("\\\\other\\ART/" + longRest).substr(0, 259)},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(detail::GetServerFileName(row.path, kWindows), row.server);
+    }
+    EXPECT_EQ(detail::UniversalToNative("//MACSERVER/Volumes/art/Maps/sky.tga", kWindows),
+              "\\\\other\\ART\\Maps\\sky.tga");
+
+    ScriptedNetwork::SetComputerNameReadable(false);
+    EXPECT_EQ(detail::GetServerFileName("MACSERVER/Volumes/art/x", kWindows),
+              "MACSERVER/Volumes/art/x");
+}
+
+TEST(NetworkPaths, MappedDrivesBecomeTheirConnectionsThroughACache) {
+    ScriptedNetwork network(WindowsDrives());
+    platform::ScopedServices<platform::SystemServices> guard(platform::System());
+    static int waitCursors = 0;
+    waitCursors = 0;
+    platform::System().beginWaitCursor = [] { return static_cast<void*>(&++waitCursors); };
+    platform::System().endWaitCursor = [](void* previous) {
+        EXPECT_EQ(previous, &waitCursors);
+        --waitCursors;
+    };
+
+    struct Row {
+        std::string path;
+        bool converted;
+        std::string unc;
+    };
+    const Row rows[] = {
+        {"P:\\Robot\\arm.mdl", true, "\\\\files\\Projects\\Robot\\arm.mdl"},
+        {"p:\\Robot\\arm.mdl", true, "\\\\files\\Projects\\Robot\\arm.mdl"},
+        {"P:\\", true, "\\\\files\\Projects\\"},
+        {"P:/Robot", false, ""}, // only letter, ":", "\"
+        {"P:", false, ""},
+        {"C:\\local", false, ""},
+        {"R:\\x", false, ""},
+        {"\\\\srv\\x", false, ""},
+        {"", false, ""},
+        {"P:\\" + std::string(300, 'y'), true,
+         ("\\\\files\\Projects\\" + std::string(300, 'y')).substr(0, 259)},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        std::string out;
+        EXPECT_EQ(detail::MappedDriveToUNC(row.path, kWindows, out), row.converted);
+        if (row.converted) {
+            EXPECT_EQ(out, row.unc);
+        }
+        EXPECT_EQ(waitCursors, 0);
+    }
+    EXPECT_EQ(CountQueries("P:"), 1); // asked once, then taken from the cache
+    EXPECT_EQ(CountQueries("R:"), 1);
+    detail::ClearConnectionCache();
+    std::string out;
+    EXPECT_TRUE(detail::MappedDriveToUNC("P:\\x", kWindows, out));
+    EXPECT_EQ(CountQueries("P:"), 2);
+}
+
+TEST(NetworkPaths, LocalSharesNameTheDeepestShareThatHoldsThePath) {
+    ScriptedNetwork network({}, {{"Data", "C:\\Data"},
+                                 {"Deep", "C:\\Data\\Deep\\"},
+                                 {"Drive", "D:\\"},
+                                 {"pub", "/srv/pub"}});
+    struct Row {
+        std::string path;
+        bool windowsConverted;
+        std::string windows;
+        bool posixConverted;
+        std::string posix;
+    };
+    const Row rows[] = {
+        {"C:\\Data\\Deep\\x.mdl", true, "\\\\WORKSTATION\\Deep\\x.mdl", true,
+         "//WORKSTATION/Deep/x.mdl"},
+        {"c:\\data\\deep\\x.mdl", true, "\\\\WORKSTATION\\Deep\\x.mdl", false, ""},
+        {"C:\\Data\\y.mdl", true, "\\\\WORKSTATION\\Data\\y.mdl", true, "//WORKSTATION/Data/y.mdl"},
+        {"C:\\Data", true, "\\\\WORKSTATION\\Data", true, "//WORKSTATION/Data"},
+        {"C:\\Database\\y", false, "", false, ""},
+        {"D:\\z\\w", true, "\\\\WORKSTATION\\Drive\\z\\w", true, "//WORKSTATION/Drive/z\\w"},
+        {"/srv/pub/a/b", true, "\\\\WORKSTATION\\pub\\a/b", true, "//WORKSTATION/pub/a/b"},
+        {"/srv/PUB/a", true, "\\\\WORKSTATION\\pub\\a", false, ""},
+        {"E:\\x", false, "", false, ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        std::string out;
+        EXPECT_EQ(detail::LocalPathToShare(row.path, kWindows, out), row.windowsConverted);
+        if (row.windowsConverted) {
+            EXPECT_EQ(out, row.windows);
+        }
+        out.clear();
+        EXPECT_EQ(detail::LocalPathToShare(row.path, kPosix, out), row.posixConverted);
+        if (row.posixConverted) {
+            EXPECT_EQ(out, row.posix);
+        }
+    }
+}
+
+TEST(NetworkPaths, UNCFileNameKeepsDriveLettersAndNetworkNames) {
+    ScriptedNetwork network(WindowsDrives(), {{"Root", "\\Public"}});
+    struct Row {
+        std::string path, unc;
+    };
+    const Row rows[] = {
+        {"P:\\Robot\\arm.mdl", "P:\\Robot\\arm.mdl"}, // drive letters stay as written
+        {"\\\\files\\Projects\\x", "\\\\files\\Projects\\x"},
+        {"//files/Projects/x", "//files/Projects/x"},
+        {"\\Public\\x.mdl", "\\\\WORKSTATION\\Root\\x.mdl"},
+        {"relative\\x", "relative\\x"},
+        {"", ""},
+        {"C", "C"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(detail::GetUNCFileName(row.path, kWindows), row.unc);
+    }
+    EXPECT_EQ(detail::GetNonRelativePath("\\Public\\x.mdl", kWindows), "//WORKSTATION/Root/x.mdl");
+    EXPECT_EQ(detail::GetNonRelativePath("C:\\a\\b", kWindows), "C:/a/b");
+    EXPECT_EQ(detail::GetNonRelativePath("", kWindows), "");
+}
+
+TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
+    ScriptedNetwork network(PosixDrives());
+    struct Row {
+        std::string path, unc;
+    };
+    const Row rows[] = {
+        {"/mnt/art/models/arm.mdl", "//fileserver/ART/models/arm.mdl"},
+        {"/mnt/art", "//fileserver/ART"},
+        {"/mnt/art/inner/x.tga", "//other/IN/x.tga"}, // the deepest mount holds it
+        {"/mnt/artist/x", "/mnt/artist/x"},
+        {"/media/usb/x", "/media/usb/x"}, // not a network mount
+        {"/mnt/odd/x", "/mnt/odd/x"},     // a result with "\" is refused
+        {"/home/ann/x", "/home/ann/x"},
+        {"D:/x", "D:/x"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(detail::GetUNCFileName(row.path, kPosix), row.unc);
+    }
+    std::string root;
+    EXPECT_TRUE(detail::FindDriveForShare("ART", kPosix, root));
+    EXPECT_EQ(root, "//fileserver/ART");
+    EXPECT_EQ(detail::GetServerFileName("//MACSERVER/Volumes/art/sky.tga", kPosix),
+              "//fileserver/ART/sky.tga");
+
+    // A reference outside the base path is written in its network form.
+    pathtest::BasePathGuard base;
+    SetBasePath(String("/home/ann/Projects/Robot/robot.prj"));
+    EXPECT_EQ(detail::GetRelativePath("/mnt/art/sky.tga", kPosix), "//fileserver/ART/sky.tga");
+    EXPECT_EQ(detail::GetNonRelativePath("/mnt/art/sky.tga", kPosix), "//fileserver/ART/sky.tga");
+}
+
+TEST(NetworkPaths, MountTablesAreReadLineByLine) {
+    const std::string text = "sysfs /sys sysfs rw,nosuid 0 0\n"
+                             "//fileserver/ART /mnt/art cifs rw,relatime 0 0\n"
+                             "nas:/export/media /mnt/media nfs4 rw 0 0\n"
+                             "/dev/sda1 /mnt/with\\040space ext4 rw 0 0\n"
+                             "short line\n"
+                             "\t  \n"
+                             "\n"
+                             "//srv/back\\134slash\t/mnt/b  cifs rw 0 0\n"
+                             "tail\\04 /x\\ y";
+    auto entries = platform::ParseMountTable(text);
+    ASSERT_EQ(entries.size(), 6u);
+    EXPECT_EQ(entries[0].source, "sysfs");
+    EXPECT_EQ(entries[1].mountPoint, "/mnt/art");
+    EXPECT_EQ(entries[1].type, "cifs");
+    EXPECT_EQ(entries[2].source, "nas:/export/media");
+    EXPECT_EQ(entries[3].mountPoint, "/mnt/with space");
+    EXPECT_EQ(entries[4].source, "//srv/back\\slash");
+    EXPECT_EQ(entries[4].mountPoint, "/mnt/b");
+    EXPECT_EQ(entries[5].source, "tail\\04"); // an incomplete escape stays as it is
+    EXPECT_EQ(entries[5].mountPoint, "/x\\");
+    EXPECT_TRUE(platform::ParseMountTable("").empty());
+}
+
+TEST(NetworkPaths, ConnectionNamesOfMountSources) {
+    struct Row {
+        std::string source, connection;
+    };
+    const Row rows[] = {
+        {"//server/share", "//server/share"},
+        {"\\\\server\\share", "//server/share"},
+        {"//server/share/", "//server/share"},
+        {"nas:/export/media", "//nas/export/media"},
+        {"nas:/", "//nas"},
+        {"[fe80::1]:/export", "//[fe80::1]/export"},
+        {"/dev/sda1", ""},
+        {":/x", ""},
+        {"sysfs", ""},
+        {"a/b:/c", ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.source);
+        EXPECT_EQ(platform::ConnectionOfMountSource(row.source), row.connection);
+    }
+    EXPECT_TRUE(platform::IsNetworkFileSystem("cifs"));
+    EXPECT_TRUE(platform::IsNetworkFileSystem("nfs4"));
+    EXPECT_TRUE(platform::IsNetworkFileSystem("smb3"));
+    EXPECT_FALSE(platform::IsNetworkFileSystem("ext4"));
+    EXPECT_FALSE(platform::IsNetworkFileSystem("fuse.sshfs"));
+}
+
+// The POSIX drive services read the mount table through its own entry.
+TEST(NetworkPaths, PosixDriveServicesFollowTheMountTable) {
+    if (platform::kNativePathStyle != PathStyle::Posix)
+        GTEST_SKIP() << "the mount table stands for the drive table on POSIX only";
+    platform::ScopedServices<platform::NetworkServices> guard(platform::Network());
+    detail::ClearConnectionCache();
+    platform::Network().mountTable = [] {
+        return std::string("/dev/sda1 / ext4 rw 0 0\n"
+                           "//fileserver/ART /mnt/art cifs rw 0 0\n"
+                           "nas:/export/media /mnt/media nfs rw 0 0\n"
+                           "//old/share /mnt/reused cifs rw 0 0\n"
+                           "/dev/sdb1 /mnt/reused ext4 rw 0 0\n");
+    };
+    auto& network = platform::Network();
+    std::vector<std::string> expected = {"/", "/mnt/art", "/mnt/media", "/mnt/reused"};
+    EXPECT_EQ(network.logicalDrives(), expected);
+    EXPECT_EQ(network.driveType("/mnt/art"), kRemoteDrive);
+    EXPECT_EQ(network.driveType("/mnt/media"), kRemoteDrive);
+    EXPECT_EQ(network.driveType("/mnt/reused"), 3); // the later mount hides the share
+    EXPECT_EQ(network.driveType("/"), 3);
+    EXPECT_EQ(network.driveType("/nowhere"), 1);
+    std::string connection;
+    EXPECT_TRUE(network.connectionName("/mnt/media", connection));
+    EXPECT_EQ(connection, "//nas/export/media");
+    EXPECT_FALSE(network.connectionName("/mnt/reused", connection));
+    EXPECT_TRUE(network.sharedFolders().empty());
+
+    EXPECT_STREQ(String("/mnt/art/models/arm.mdl").GetUNCFileName().Get(),
+                 "//fileserver/ART/models/arm.mdl");
+    EXPECT_STREQ(String("/mnt/reused/x").GetUNCFileName().Get(), "/mnt/reused/x");
+    EXPECT_STREQ(String("MACSERVER/Volumes/art/x.tga").GetServerFileName().Get(),
+                 "//fileserver/ART/x.tga");
+    detail::ClearConnectionCache();
+}
+
+TEST(NetworkPaths, TheSystemAnswersForItsNames) {
+    std::string computer, host;
+    EXPECT_TRUE(platform::System().computerName(computer));
+    EXPECT_FALSE(computer.empty());
+    EXPECT_TRUE(platform::System().hostName(host));
+    EXPECT_FALSE(host.empty());
+    if (platform::kNativePathStyle == PathStyle::Windows) {
+        auto drives = platform::Network().logicalDrives();
+        ASSERT_FALSE(drives.empty());
+        EXPECT_NE(std::find(drives.begin(), drives.end(), "C:\\"), drives.end());
+        EXPECT_EQ(platform::Network().driveType("C:\\"), 3);
+        std::string connection;
+        EXPECT_FALSE(platform::Network().connectionName("C:", connection)); // a local drive
+        for (const platform::SharedFolder& share : platform::Network().sharedFolders()) {
+            EXPECT_FALSE(share.name.empty());
+            EXPECT_FALSE(share.path.empty());
+        }
+        EXPECT_TRUE(platform::Network().mountTable().empty());
+    } else {
+        EXPECT_FALSE(platform::ParseMountTable(platform::Network().mountTable()).empty());
+    }
+}
+
+} // namespace

@@ -1,0 +1,119 @@
+// PathTestSupport.h - guards that put the process-wide path state back, a scratch folder,
+// and scripted replacements of the file, system and network services.
+#pragma once
+
+#include "fileio/path/BasePath.h"
+#include "path/PathForms.h"
+#include "platform/Platform.h"
+
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace pathtest {
+
+using fileio::platform::PathStyle;
+
+/// Puts the base path back as it was when the guard was made.
+class BasePathGuard {
+public:
+    BasePathGuard() : saved_(GetBasePath().View()) {}
+    ~BasePathGuard() {
+        FreeBasePaths();
+        if (!saved_.empty())
+            SetBasePath(String(saved_));
+    }
+
+private:
+    std::string saved_;
+};
+
+/// Puts the process's current directory back as it was when the guard was made.
+class CurrentDirectoryGuard {
+public:
+    CurrentDirectoryGuard() : saved_(std::filesystem::current_path()) {}
+    ~CurrentDirectoryGuard() {
+        std::error_code ignored;
+        std::filesystem::current_path(saved_, ignored);
+    }
+
+private:
+    std::filesystem::path saved_;
+};
+
+/// A new empty folder in the system's temporary folder, removed with its contents at the end.
+class ScratchFolder {
+public:
+    ScratchFolder();
+    ~ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    /// The folder in native 8-bit form, without a trailing separator.
+    const std::string& Path() const { return path_; }
+    /// The folder joined with `relative` (written with "/"), in native form.
+    std::string Join(std::string_view relative) const;
+    /// Writes a file of that content (creating its folder).
+    void WriteFile(std::string_view relative, std::string_view content) const;
+    /// The content of a file, or "<missing>".
+    std::string ReadFile(std::string_view relative) const;
+
+private:
+    std::string path_;
+};
+
+/// The debug trace lines written while the guard lives.
+class TraceCapture {
+public:
+    TraceCapture();
+    ~TraceCapture();
+    const std::vector<std::string>& Lines() const;
+
+private:
+    fileio::platform::ScopedServices<fileio::platform::SystemServices> guard_;
+};
+
+/// A drive table, shares and names for the network services, in place of the system's
+/// while the guard lives. The connection cache is emptied at both ends.
+struct ScriptedDrive {
+    std::string root;       // "C:\\" or a mount point
+    int type;               // kRemoteDrive for a network drive
+    std::string connection; // what connectionName answers for the drive's name ("" = fails)
+};
+
+class ScriptedNetwork {
+public:
+    explicit ScriptedNetwork(std::vector<ScriptedDrive> drives,
+                             std::vector<fileio::platform::SharedFolder> shares = {},
+                             std::string hostName = "WORKSTATION");
+    ~ScriptedNetwork();
+    /// How often connectionName was asked, and for which drive names, in order.
+    static const std::vector<std::string>& ConnectionQueries();
+    /// Makes computerName fail (the Macintosh server conversion needs it).
+    static void SetComputerNameReadable(bool readable);
+
+private:
+    fileio::platform::ScopedServices<fileio::platform::NetworkServices> network_;
+    fileio::platform::ScopedServices<fileio::platform::SystemServices> system_;
+};
+
+/// A file system of folders only, with a current directory, in place of the system's while
+/// the guard lives. Full paths follow the lexical rule with the style's separator (for
+/// Windows that models GetFullPathNameW on drive-letter and UNC paths).
+class ScriptedFolders {
+public:
+    ScriptedFolders(PathStyle style, std::set<std::string> folders, std::string currentDir);
+    ~ScriptedFolders();
+    static const std::string& CurrentDirectory();
+    /// Every setCurrentDirectory call, in order.
+    static const std::vector<std::string>& DirectoryChanges();
+    static void FailFullPath(bool fail);
+    static void FailSetCurrentDirectory(bool fail);
+
+private:
+    fileio::platform::ScopedServices<fileio::platform::FileServices> guard_;
+};
+
+} // namespace pathtest

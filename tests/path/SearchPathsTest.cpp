@@ -1,0 +1,249 @@
+// SearchPathsTest.cpp - folder lists from texts and from the settings, the chain of named
+// lists, and the stored setting that AddSearchPathNoDupe writes. The settings hive is an
+// in-memory one, so that no test touches the user's settings.
+
+#include "fileio/path/SearchPaths.h"
+#include "fileio/settings/LocalRegistry.h"
+#include "fileio/settings/SettingsLocations.h"
+
+#include "path/PathText.h"
+#include "path/SearchPathsDetail.h"
+#include "platform/Platform.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+namespace {
+
+using fileio::detail::PathStyle;
+namespace detail = fileio::detail;
+namespace platform = fileio::platform;
+
+constexpr PathStyle kWindows = PathStyle::Windows;
+constexpr PathStyle kPosix = PathStyle::Posix;
+const char kNative = platform::kNativePathStyle == kWindows ? '\\' : '/';
+
+std::vector<std::string> Folders(const FullPaths* list) {
+    std::vector<std::string> out;
+    for (; list != nullptr; list = list->next)
+        out.emplace_back(list->path.View());
+    return out;
+}
+
+/// Native separators in a text written with "/".
+std::string Native(std::string text) {
+    for (char& c : text)
+        if (c == '/')
+            c = kNative;
+    return text;
+}
+
+// ---- an in-memory hive -------------------------------------------------------------------
+
+std::map<std::string, std::string> g_values; // "key|name" in lower case -> value
+int g_writes = 0;
+
+std::string Slot(const char* key, const char* name) {
+    std::string slot = platform::NormalizeKeyPath(key) + "|" + name;
+    for (char& c : slot)
+        c = detail::AsciiLower(c);
+    return slot;
+}
+
+/// The settings hive of the test, and a folder list chain that is empty at both ends.
+class SearchPathsTest : public ::testing::Test {
+protected:
+    SearchPathsTest()
+        : hive_(platform::Hive()), files_(platform::Files()), system_(platform::System()) {
+        g_values.clear();
+        g_writes = 0;
+        platform::Hive().readString = [](const char* key, const char* name, std::string& value) {
+            auto found = g_values.find(Slot(key, name));
+            if (found == g_values.end())
+                return false;
+            value = found->second;
+            return true;
+        };
+        platform::Hive().writeString = [](const char* key, const char* name, const char* value) {
+            ++g_writes;
+            g_values[Slot(key, name)] = value;
+            return true;
+        };
+        platform::System().applicationFolder = [] { return Native("/opt/suite"); };
+        EXPECT_EQ(GetSearchPaths(), nullptr);
+    }
+    ~SearchPathsTest() override {
+        FreeAllSearchPaths();
+        FreeFoldersLocation();
+        FreeLocalRegistryProfile();
+    }
+
+    static std::string Stored(const std::string& section, const std::string& entry) {
+        auto found =
+            g_values.find(Slot(("SOFTWARE\\Varn, Inc.\\" + section).c_str(), entry.c_str()));
+        return found == g_values.end() ? "<absent>" : found->second;
+    }
+
+private:
+    platform::ScopedServices<platform::SettingsHiveServices> hive_;
+    platform::ScopedServices<platform::FileServices> files_;
+    platform::ScopedServices<platform::SystemServices> system_;
+};
+
+TEST(CreateFullPaths, SplitsAtSemicolonsAndEndsFoldersWithASeparator) {
+    struct Row {
+        std::string text;
+        std::vector<std::string> windows, posix;
+    };
+    const std::string longFolder(400, 'f');
+    const Row rows[] = {
+        {"a\\b;;c/d", {"a\\b\\", "c\\d\\"}, {"a/b/", "c/d/"}},
+        {"", {}, {}},
+        {"plain", {"plain"}, {"plain"}},
+        {";;;", {}, {}},
+        {"x;", {"x"}, {"x"}},
+        {";x", {"x"}, {"x"}},
+        {"C:\\A\\;D:/B", {"C:\\A\\", "D:\\B\\"}, {"C:/A/", "D:/B/"}},
+        {"\\", {"\\"}, {"/"}},
+        {"caf\xe9/x;" + longFolder + "/y",
+         {"caf\xe9\\x\\", longFolder + "\\y\\"},
+         {"caf\xe9/x/", longFolder + "/y/"}},
+        {"two words\\;  ", {"two words\\", "  "}, {"two words/", "  "}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        FullPaths* windows = detail::CreateFullPaths(row.text, kWindows);
+        FullPaths* posix = detail::CreateFullPaths(row.text, kPosix);
+        EXPECT_EQ(Folders(windows), row.windows);
+        EXPECT_EQ(Folders(posix), row.posix);
+        FreeFullPaths(windows);
+        FreeFullPaths(posix);
+        EXPECT_EQ(windows, nullptr);
+    }
+    FullPaths* native = CreateFullPaths(String("one/two;three"));
+    EXPECT_EQ(Folders(native), (std::vector<std::string>{Native("one/two/"), "three"}));
+    FreeFullPaths(native);
+    EXPECT_EQ(CreateFullPaths(String()), nullptr);
+    FullPaths* none = nullptr;
+    FreeFullPaths(none);
+    EXPECT_EQ(none, nullptr);
+}
+
+TEST(CreateFullPaths, NodesCopyShallowly) {
+    FullPaths* list = CreateFullPaths(String("a/;b/"));
+    FullPaths copy(*list);
+    EXPECT_EQ(copy.next, list->next);
+    EXPECT_EQ(copy.path, list->path);
+    EXPECT_NE(copy.path.Get(), list->path.Get()); // the path itself is duplicated
+    FullPaths assigned;
+    assigned = *list->next;
+    EXPECT_EQ(assigned.next, nullptr);
+    EXPECT_EQ(assigned.path, list->next->path);
+    FreeFullPaths(list);
+}
+
+TEST_F(SearchPathsTest, ListsFromTextJoinEachFolderToTheBase) {
+    EXPECT_EQ(detail::JoinFoldersToBase("a;b\\c;;d/", "C:\\Suite", kWindows),
+              "C:\\Suite\\a;C:\\Suite\\b\\c;C:\\Suite\\d/");
+    EXPECT_EQ(detail::JoinFoldersToBase("a;;", "/opt/suite/", kPosix), "/opt/suite/a");
+    EXPECT_EQ(detail::JoinFoldersToBase("", "/opt", kPosix), "");
+
+    SearchPaths* list = AddSearchPathString(String("Plugins"), String("PluginFolders"),
+                                            String("a;b/c;;d/"), String(Native("/opt/suite")));
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(list, GetSearchPaths());
+    EXPECT_STREQ(list->name.Get(), "Plugins");
+    EXPECT_STREQ(list->key.Get(), "PluginFolders");
+    EXPECT_EQ(Folders(list->paths),
+              (std::vector<std::string>{Native("/opt/suite/a/"), Native("/opt/suite/b/c/"),
+                                        Native("/opt/suite/d/")}));
+    EXPECT_EQ(g_writes, 0); // nothing is stored
+    SearchPaths* empty =
+        AddSearchPathString(String("None"), String("K"), String(";;"), String("x"));
+    EXPECT_EQ(empty->paths, nullptr);
+    EXPECT_EQ(empty->next, list);
+}
+
+TEST_F(SearchPathsTest, ListsFromTheSettingsIgnoreTheLocalRegistryProfile) {
+    SetFoldersLocation(String("Folders Test"));
+    SetLocalRegistryProfile(String("Someone"));
+    ASSERT_NE(
+        SetLocalRegistryString(String("Folders Test"), String("Textures"), String("profiled")), 0);
+    SetLocalRegistryProfile(String());
+    ASSERT_NE(SetLocalRegistryString(String("Folders Test"), String("Textures"),
+                                     String("X:/one;;Y:\\two")),
+              0);
+    SetLocalRegistryProfile(String("Someone"));
+
+    SearchPaths* textures = AddSearchPath(String("Textures"), String("Textures"), String("Maps"));
+    EXPECT_EQ(Folders(textures->paths),
+              (std::vector<std::string>{Native("X:/one/"), Native("Y:/two/")}));
+    EXPECT_STREQ(GetLocalRegistryProfile().Get(), "Someone");
+
+    // Nothing stored: the default folder below the program's folder.
+    SearchPaths* models =
+        AddSearchPath(String("Models"), String("Models"), String("Library/Models"));
+    EXPECT_EQ(Folders(models->paths),
+              (std::vector<std::string>{Native("/opt/suite/Library/Models/")}));
+    SearchPaths* root = AddSearchPath(String("Root"), String("Root"), String());
+    EXPECT_EQ(Folders(root->paths), (std::vector<std::string>{Native("/opt/suite/")}));
+    EXPECT_EQ(root->next, models);
+    EXPECT_EQ(models->next, textures);
+    EXPECT_STREQ(GetLocalRegistryProfile().Get(), "Someone");
+}
+
+TEST_F(SearchPathsTest, NoDupeAddsExistingNewFoldersFirstAndStoresTheList) {
+    platform::Files().exists = [](const char* path) {
+        return std::string_view(path).find("missing") == std::string_view::npos;
+    };
+    SetLocalRegistryProfile(String("Someone"));
+    SetFoldersLocation(String("Elsewhere"));
+    SearchPaths* list =
+        AddSearchPathString(String("Lib"), String("LibFolders"), String("/lib/a;/lib/b"), String());
+    const std::vector<std::string> before = Folders(list->paths);
+
+    AddSearchPathNoDupe(String(Native("/lib/missing")), list);
+    AddSearchPathNoDupe(String(Native("/LIB/A/")), list); // differs only in case: already there
+    AddSearchPathNoDupe(String(Native("/lib/a/")), list);
+    EXPECT_EQ(Folders(list->paths), before);
+    EXPECT_EQ(g_writes, 0);
+
+    AddSearchPathNoDupe(String(Native("/lib/new")), list);
+    std::vector<std::string> after = {Native("/lib/new")};
+    after.insert(after.end(), before.begin(), before.end());
+    EXPECT_EQ(Folders(list->paths), after);
+    EXPECT_EQ(Stored("Folders v19.5 64bit", "LibFolders"),
+              after[0] + ";" + before[0] + ";" + before[1]);
+    EXPECT_EQ(Stored("Elsewhere", "LibFolders"), "<absent>");
+    EXPECT_STREQ(GetLocalRegistryProfile().Get(), "Someone");
+
+    AddSearchPathNoDupe(String(Native("/lib/new")), list);
+    EXPECT_EQ(g_writes, 1);
+    AddSearchPathNoDupe(String("/lib/a"), nullptr); // ignored
+}
+
+TEST_F(SearchPathsTest, FindSearchPathFindsTheNewestListOfAName) {
+    EXPECT_EQ(FindSearchPath(String("Plugins")), nullptr);
+    SearchPaths* older =
+        AddSearchPathString(String("Plugins"), String("K1"), String("a"), String());
+    SearchPaths* other =
+        AddSearchPathString(String("Scripts"), String("K2"), String("b"), String());
+    SearchPaths* newer =
+        AddSearchPathString(String("plugins"), String("K3"), String("c"), String());
+    SearchPaths* unnamed = AddSearchPathString(String(), String("K4"), String("d"), String());
+    EXPECT_EQ(FindSearchPath(String("PLUGINS")), newer);
+    EXPECT_EQ(FindSearchPath(String("Scripts")), other);
+    EXPECT_EQ(FindSearchPath(String()), unnamed);
+    EXPECT_EQ(FindSearchPath(String("Nothing")), nullptr);
+    EXPECT_EQ(GetSearchPaths(), unnamed);
+    EXPECT_EQ(newer->next, other);
+    EXPECT_EQ(other->next, older);
+    EXPECT_EQ(older->next, nullptr);
+    FreeAllSearchPaths();
+    EXPECT_EQ(GetSearchPaths(), nullptr);
+    EXPECT_EQ(FindSearchPath(String("Plugins")), nullptr);
+}
+
+} // namespace
