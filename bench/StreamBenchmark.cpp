@@ -93,9 +93,10 @@ void WriteMesh(VarnStream& s, int index, Numbers& n) {
         scale(kScale), color(kColor), hit(kPatchesHit), opacity(kOpacity), value(kValue),
         time(kTime), matrix(kMatrix), selected(kSelected);
     static const Header mesh(kMesh), patches(kPatches);
+    static const String meshName("Mesh");
     static const EndHeader meshEnd(kMesh), patchesEnd(kPatches);
     s << mesh << nl;
-    s << name << String("Mesh") << nl;
+    s << name << meshName << nl;
     s << active << (index % 3 != 0) << nl;
     s << position << Vector{n.Next(), n.Next(), n.Next()} << nl;
     s << rotate << Quaternion{0, 0.707106769f, 0, 0.707106769f} << nl;

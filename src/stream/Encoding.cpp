@@ -20,78 +20,59 @@ constexpr long long kInt32Max = INT32_MAX;
 
 } // namespace
 
-// ---- scalars: shared pieces
-// ----------------------------------------------------------------------
+// ---- scalars: the text forms --------------------------------------------------------------------
+// The binary forms are the values' bytes, copied by the inline operators of the header.
 
-template <class T> void VarnStream::WriteDecimal(T value) {
+void VarnStream::WriteTextSigned(long long value) {
     char text[24];
     const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
     PutBytes(text, static_cast<std::size_t>(end.ptr - text));
 }
 
-// The text readers of every integer type up to 32 bits read the token as a 32-bit strtol
-// does; the narrower types keep the low bits of the result.
+void VarnStream::WriteTextUnsigned(unsigned long long value) {
+    char text[24];
+    const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
+    PutBytes(text, static_cast<std::size_t>(end.ptr - text));
+}
+
+void VarnStream::WriteTextFloat(float value) {
+    char text[kNumberTextSize];
+    PutBytes(text, FormatGeneral(text, value, 9));
+}
+
+void VarnStream::WriteTextDouble(double value) {
+    char text[kNumberTextSize];
+    PutBytes(text, FormatGeneral(text, value, 17));
+}
+
+// Every integer type up to 32 bits reads its token as a 32-bit strtol does; the narrower
+// types keep the low bits of the result.
 long long VarnStream::ReadTextInt32() {
     char scratch[256];
     return ParseSigned(ParseScalarToken(scratch), kInt32Min, kInt32Max);
 }
 
-// The integers that are their own bytes in binary and a 32-bit strtol in text.
-template <class T> VarnStream& VarnStream::WriteInteger(T value) {
-    if (IsBinary())
-        WriteBinary(value);
-    else
-        WriteDecimal(static_cast<long long>(value));
-    return *this;
+long long VarnStream::ReadTextInt64() {
+    char scratch[256];
+    return ParseSigned(ParseScalarToken(scratch), INT64_MIN, INT64_MAX);
 }
 
-template <class T> VarnStream& VarnStream::ReadInteger(T& value) {
-    if (IsBinary())
-        ReadBinary(value);
-    else
-        value = static_cast<T>(ReadTextInt32());
-    return *this;
+unsigned long long VarnStream::ReadTextUnsigned(unsigned long long max) {
+    char scratch[256];
+    return ParseUnsigned(ParseScalarToken(scratch), max);
 }
 
-VarnStream& VarnStream::operator<<(signed char value) {
-    return WriteInteger(value);
-}
-VarnStream& VarnStream::operator>>(signed char& value) {
-    return ReadInteger(value);
-}
-VarnStream& VarnStream::operator<<(unsigned char value) {
-    return WriteInteger(value);
-}
-VarnStream& VarnStream::operator>>(unsigned char& value) {
-    return ReadInteger(value);
-}
-VarnStream& VarnStream::operator<<(short value) {
-    return WriteInteger(value);
-}
-VarnStream& VarnStream::operator>>(short& value) {
-    return ReadInteger(value);
-}
-VarnStream& VarnStream::operator<<(unsigned short value) {
-    return WriteInteger(value);
-}
-VarnStream& VarnStream::operator>>(unsigned short& value) {
-    return ReadInteger(value);
-}
-VarnStream& VarnStream::operator<<(int value) {
-    return WriteInteger(value);
-}
-VarnStream& VarnStream::operator>>(int& value) {
-    return ReadInteger(value);
-}
-VarnStream& VarnStream::operator<<(unsigned int value) {
-    return WriteInteger(value);
-}
-VarnStream& VarnStream::operator>>(unsigned int& value) {
-    return ReadInteger(value);
+float VarnStream::ReadTextFloat() {
+    char scratch[256];
+    return ParseFloat(ParseScalarToken(scratch));
 }
 
-// ---- char: the raw byte in both forms
-// ---------------------------------------------------------------
+double VarnStream::ReadTextDouble() {
+    char scratch[256];
+    return ParseDouble(ParseScalarToken(scratch));
+}
+
+// ---- char: the raw byte in both forms -----------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(char value) {
     PutBytes(&value, 1);
@@ -103,14 +84,13 @@ VarnStream& VarnStream::operator>>(char& value) {
     return *this;
 }
 
-// ---- long: four bytes in a file on every platform
-// ----------------------------------------------------
+// ---- long: four bytes in a file on every platform -----------------------------------------------
 
 VarnStream& VarnStream::operator<<(long value) {
     if (IsBinary())
         WriteBinary(static_cast<std::int32_t>(value));
     else
-        WriteDecimal(value);
+        WriteTextSigned(value);
     return *this;
 }
 
@@ -129,7 +109,7 @@ VarnStream& VarnStream::operator<<(unsigned long value) {
     if (IsBinary())
         WriteBinary(static_cast<std::uint32_t>(value));
     else
-        WriteDecimal(value);
+        WriteTextUnsigned(value);
     return *this;
 }
 
@@ -139,96 +119,12 @@ VarnStream& VarnStream::operator>>(unsigned long& value) {
         ReadBinary(stored);
         value = stored;
     } else {
-        char scratch[256];
-        value = static_cast<unsigned long>(ParseUnsigned(ParseScalarToken(scratch), UINT32_MAX));
+        value = static_cast<unsigned long>(ReadTextUnsigned(UINT32_MAX));
     }
     return *this;
 }
 
-// ---- 64-bit integers
-// ----------------------------------------------------------------------------------
-
-VarnStream& VarnStream::operator<<(long long value) {
-    if (IsBinary())
-        WriteBinary(value);
-    else
-        WriteDecimal(value);
-    return *this;
-}
-
-VarnStream& VarnStream::operator>>(long long& value) {
-    if (IsBinary()) {
-        ReadBinary(value);
-    } else {
-        char scratch[256];
-        value = ParseSigned(ParseScalarToken(scratch), INT64_MIN, INT64_MAX);
-    }
-    return *this;
-}
-
-VarnStream& VarnStream::operator<<(unsigned long long value) {
-    if (IsBinary())
-        WriteBinary(value);
-    else
-        WriteDecimal(value);
-    return *this;
-}
-
-VarnStream& VarnStream::operator>>(unsigned long long& value) {
-    if (IsBinary()) {
-        ReadBinary(value);
-    } else {
-        char scratch[256];
-        value = ParseUnsigned(ParseScalarToken(scratch), UINT64_MAX);
-    }
-    return *this;
-}
-
-// ---- floating point
-// -------------------------------------------------------------------------------------
-
-VarnStream& VarnStream::operator<<(float value) {
-    if (IsBinary()) {
-        WriteBinary(value);
-    } else {
-        char text[kNumberTextSize];
-        PutBytes(text, FormatGeneral(text, value, 9));
-    }
-    return *this;
-}
-
-VarnStream& VarnStream::operator>>(float& value) {
-    if (IsBinary()) {
-        ReadBinary(value);
-    } else {
-        char scratch[256];
-        value = ParseFloat(ParseScalarToken(scratch));
-    }
-    return *this;
-}
-
-VarnStream& VarnStream::operator<<(double value) {
-    if (IsBinary()) {
-        WriteBinary(value);
-    } else {
-        char text[kNumberTextSize];
-        PutBytes(text, FormatGeneral(text, value, 17));
-    }
-    return *this;
-}
-
-VarnStream& VarnStream::operator>>(double& value) {
-    if (IsBinary()) {
-        ReadBinary(value);
-    } else {
-        char scratch[256];
-        value = ParseDouble(ParseScalarToken(scratch));
-    }
-    return *this;
-}
-
-// ---- bool
-// ---------------------------------------------------------------------------------------------------
+// ---- bool ---------------------------------------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(bool value) {
     if (IsBinary()) {
@@ -267,8 +163,7 @@ VarnStream& VarnStream::operator>>(StreamBOOL& value) {
     return *this;
 }
 
-// ---- strings
-// ------------------------------------------------------------------------------------------------
+// ---- strings ------------------------------------------------------------------------------------
 
 void VarnStream::WriteBinaryCount(std::size_t length) {
     WriteBinary(static_cast<std::uint16_t>(length));
@@ -349,100 +244,22 @@ void VarnStream::ReadCountedText(String& value, std::size_t count) {
     }
 }
 
-// ---- composites of floats
-// --------------------------------------------------------------------------------
+// ---- composites of floats -----------------------------------------------------------------------
 
-void VarnStream::WriteFloats(const float* values, int count) {
-    if (IsBinary()) {
-        PutBytes(values, sizeof(float) * static_cast<std::size_t>(count));
-        return;
-    }
+void VarnStream::WriteTextFloats(const float* values, int count) {
     for (int i = 0; i < count; ++i) {
         if (i != 0)
             PutBytes(" ", 1);
-        *this << values[i];
+        WriteTextFloat(values[i]);
     }
 }
 
-void VarnStream::ReadFloats(float* values, int count) {
-    if (IsBinary()) {
-        GetBytes(values, sizeof(float) * static_cast<std::size_t>(count));
-        return;
-    }
+void VarnStream::ReadTextFloats(float* values, int count) {
     for (int i = 0; i < count; ++i)
-        *this >> values[i];
+        values[i] = ReadTextFloat();
 }
 
-// The float composites are their floats in member order, without padding.
-template <class T> VarnStream& VarnStream::WriteFloatComposite(const T& value) {
-    static_assert(sizeof(T) % sizeof(float) == 0);
-    WriteFloats(reinterpret_cast<const float*>(&value),
-                static_cast<int>(sizeof(T) / sizeof(float)));
-    return *this;
-}
-
-template <class T> VarnStream& VarnStream::ReadFloatComposite(T& value) {
-    ReadFloats(reinterpret_cast<float*>(&value), static_cast<int>(sizeof(T) / sizeof(float)));
-    return *this;
-}
-
-VarnStream& VarnStream::operator<<(const Vector2& value) {
-    return WriteFloatComposite(value);
-}
-VarnStream& VarnStream::operator>>(Vector2& value) {
-    return ReadFloatComposite(value);
-}
-VarnStream& VarnStream::operator<<(const Vector& value) {
-    return WriteFloatComposite(value);
-}
-VarnStream& VarnStream::operator>>(Vector& value) {
-    return ReadFloatComposite(value);
-}
-VarnStream& VarnStream::operator<<(const Rotate& value) {
-    return WriteFloatComposite(value);
-}
-VarnStream& VarnStream::operator>>(Rotate& value) {
-    return ReadFloatComposite(value);
-}
-VarnStream& VarnStream::operator<<(const Vector4& value) {
-    return WriteFloatComposite(value);
-}
-VarnStream& VarnStream::operator>>(Vector4& value) {
-    return ReadFloatComposite(value);
-}
-VarnStream& VarnStream::operator<<(const Quaternion& value) {
-    return WriteFloatComposite(value);
-}
-VarnStream& VarnStream::operator>>(Quaternion& value) {
-    return ReadFloatComposite(value);
-}
-VarnStream& VarnStream::operator<<(const RGBFloat& value) {
-    return WriteFloatComposite(value);
-}
-VarnStream& VarnStream::operator>>(RGBFloat& value) {
-    return ReadFloatComposite(value);
-}
-VarnStream& VarnStream::operator<<(const Matrix33& value) {
-    return WriteFloatComposite(value);
-}
-VarnStream& VarnStream::operator>>(Matrix33& value) {
-    return ReadFloatComposite(value);
-}
-VarnStream& VarnStream::operator<<(const Matrix34& value) {
-    return WriteFloatComposite(value);
-}
-VarnStream& VarnStream::operator>>(Matrix34& value) {
-    return ReadFloatComposite(value);
-}
-VarnStream& VarnStream::operator<<(const Matrix44& value) {
-    return WriteFloatComposite(value);
-}
-VarnStream& VarnStream::operator>>(Matrix44& value) {
-    return ReadFloatComposite(value);
-}
-
-// ---- composites of integers
-// ---------------------------------------------------------------------------------
+// ---- composites of integers ---------------------------------------------------------------------
 
 // Components in member order, one " " between them in text.
 template <class T> static void WriteComponents(VarnStream& stream, const T* values, int count) {
@@ -481,8 +298,7 @@ VarnStream& VarnStream::operator>>(PatchID& value) {
     return *this;
 }
 
-// ---- times
-// ------------------------------------------------------------------------------------------------------
+// ---- times --------------------------------------------------------------------------------------
 
 namespace {
 
@@ -603,8 +419,7 @@ VarnStream& VarnStream::operator>>(TimeRange& value) {
     return *this >> value.start >> value.end;
 }
 
-// ---- dates
-// --------------------------------------------------------------------------------------------------------
+// ---- dates --------------------------------------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(const COleDateTime& value) {
     *this << static_cast<int>(value.m_status);
@@ -624,7 +439,7 @@ VarnStream& VarnStream::operator<<(const CTime& value) {
     if (IsBinary())
         WriteBinary(static_cast<std::uint32_t>(value.GetTime()));
     else
-        WriteDecimal(value.GetTime());
+        WriteTextSigned(value.GetTime());
     return *this;
 }
 

@@ -62,7 +62,7 @@ void MemoryStream::DeleteInfoStream() {
     m_infoStream = nullptr;
 }
 
-// ---- opening -----------------------------------------------------------------------------------
+// ---- opening ------------------------------------------------------------------------------------
 
 bool MemoryStream::Open(const String& path, FileMode mode) {
     SetMode(mode);

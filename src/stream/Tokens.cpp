@@ -32,7 +32,7 @@ int HeaderIdOfWord(unsigned int word) {
 
 } // namespace
 
-// ---- writing --------------------------------------------------------------------------------
+// ---- writing ------------------------------------------------------------------------------------
 
 VarnStream& VarnStream::operator<<(const Header& header) {
     if (IsBinary()) {
@@ -66,7 +66,7 @@ VarnStream& VarnStream::operator<<(const Label& label) {
     return *this;
 }
 
-// ---- reading ----------------------------------------------------------------------------------
+// ---- reading ------------------------------------------------------------------------------------
 
 VarnStream& VarnStream::operator>>(Header& header) {
     if (IsBinary())

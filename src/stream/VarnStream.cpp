@@ -37,7 +37,7 @@ VarnStream* VarnStream::GetInfoStream() {
     return this;
 }
 
-// ---- the byte-by-byte token readers ---------------------------------------------------------
+// ---- the byte-by-byte token readers -------------------------------------------------------------
 // Written with ReadC, Seek and GetPos only, for transports without a faster way.
 
 namespace {
@@ -166,7 +166,7 @@ String VarnStream::ReadString(char delimiter) {
     return String(text.c_str());
 }
 
-// ---- looking ahead ----------------------------------------------------------------------------
+// ---- looking ahead ------------------------------------------------------------------------------
 
 std::string_view VarnStream::Peek(char* scratch, std::size_t count) {
     if (m_block.data != nullptr) {
@@ -188,7 +188,7 @@ void VarnStream::Advance(std::size_t count) {
         Seek(static_cast<long long>(count), SM_CURRENT);
 }
 
-// ---- white space and lines ---------------------------------------------------------------------
+// ---- white space and lines ----------------------------------------------------------------------
 
 void VarnStream::SkipWhite() {
     char scratch[kTokenBufferSize];
@@ -226,7 +226,7 @@ void VarnStream::WriteLine(const String& line) {
         PutBytes("\n", 1);
 }
 
-// ---- the suite-file marker -------------------------------------------------------------------
+// ---- the suite-file marker ----------------------------------------------------------------------
 
 void VarnStream::HandleVarnMarker(bool markerStaysInData) {
     if (IsLoading()) {

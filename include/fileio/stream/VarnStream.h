@@ -261,20 +261,32 @@ public:
     VarnStream& operator<<(Manipulator manipulator) { return manipulator(*this); }
     /// The raw byte, in both forms.
     VarnStream& operator<<(char value);
-    VarnStream& operator<<(signed char value);
-    VarnStream& operator<<(unsigned char value);
-    VarnStream& operator<<(short value);
-    VarnStream& operator<<(unsigned short value);
-    VarnStream& operator<<(int value);
+    VarnStream& operator<<(signed char value) { return WriteInteger(value); }
+    VarnStream& operator<<(unsigned char value) { return WriteInteger(value); }
+    VarnStream& operator<<(short value) { return WriteInteger(value); }
+    VarnStream& operator<<(unsigned short value) { return WriteInteger(value); }
+    VarnStream& operator<<(int value) { return WriteInteger(value); }
     /// Four bytes in binary: the value must fit in 32 bits.
     VarnStream& operator<<(long value);
-    VarnStream& operator<<(unsigned int value);
+    VarnStream& operator<<(unsigned int value) { return WriteInteger(value); }
     /// Four bytes in binary: the value must fit in 32 bits.
     VarnStream& operator<<(unsigned long value);
-    VarnStream& operator<<(long long value);
-    VarnStream& operator<<(unsigned long long value);
-    VarnStream& operator<<(float value);
-    VarnStream& operator<<(double value);
+    VarnStream& operator<<(long long value) { return WriteInteger(value); }
+    VarnStream& operator<<(unsigned long long value) { return WriteInteger(value); }
+    VarnStream& operator<<(float value) {
+        if (IsBinary())
+            WriteBinary(value);
+        else
+            WriteTextFloat(value);
+        return *this;
+    }
+    VarnStream& operator<<(double value) {
+        if (IsBinary())
+            WriteBinary(value);
+        else
+            WriteTextDouble(value);
+        return *this;
+    }
     VarnStream& operator<<(bool value);
     VarnStream& operator<<(StreamBOOL value);
     /// Text: the characters with every "&" written as "&#38;". Binary: with string counts on, a
@@ -284,17 +296,17 @@ public:
     /// The characters, never escaped; in binary preceded by a 16-bit count when counts are on.
     VarnStream& operator<<(const char* value);
     VarnStream& operator<<(const std::string& value);
-    VarnStream& operator<<(const Vector2& value);
-    VarnStream& operator<<(const Vector& value);
-    VarnStream& operator<<(const Rotate& value);
-    VarnStream& operator<<(const Vector4& value);
-    VarnStream& operator<<(const Quaternion& value);
-    VarnStream& operator<<(const RGBFloat& value);
+    VarnStream& operator<<(const Vector2& value) { return WriteFloatComposite(value); }
+    VarnStream& operator<<(const Vector& value) { return WriteFloatComposite(value); }
+    VarnStream& operator<<(const Rotate& value) { return WriteFloatComposite(value); }
+    VarnStream& operator<<(const Vector4& value) { return WriteFloatComposite(value); }
+    VarnStream& operator<<(const Quaternion& value) { return WriteFloatComposite(value); }
+    VarnStream& operator<<(const RGBFloat& value) { return WriteFloatComposite(value); }
     VarnStream& operator<<(const ColorBuf& value);
     VarnStream& operator<<(const PatchID& value);
-    VarnStream& operator<<(const Matrix33& value);
-    VarnStream& operator<<(const Matrix34& value);
-    VarnStream& operator<<(const Matrix44& value);
+    VarnStream& operator<<(const Matrix33& value) { return WriteFloatComposite(value); }
+    VarnStream& operator<<(const Matrix34& value) { return WriteFloatComposite(value); }
+    VarnStream& operator<<(const Matrix44& value) { return WriteFloatComposite(value); }
     /// Text: [-][minutes:][seconds:]frames[.ticks] at 30 frames of 4500 ticks per second
     /// (4500 ticks is "1", 139500 is "1:1", 4501 is "1.1"). The two sentinels Time::MIN and
     /// Time::MAX are written as 0, in both forms.
@@ -319,36 +331,60 @@ public:
     // ---- reading values --------------------------------------------------------------------
 
     VarnStream& operator>>(char& value);
-    VarnStream& operator>>(signed char& value);
-    VarnStream& operator>>(unsigned char& value);
-    VarnStream& operator>>(short& value);
-    VarnStream& operator>>(unsigned short& value);
-    VarnStream& operator>>(int& value);
+    VarnStream& operator>>(signed char& value) { return ReadInteger(value); }
+    VarnStream& operator>>(unsigned char& value) { return ReadInteger(value); }
+    VarnStream& operator>>(short& value) { return ReadInteger(value); }
+    VarnStream& operator>>(unsigned short& value) { return ReadInteger(value); }
+    VarnStream& operator>>(int& value) { return ReadInteger(value); }
     VarnStream& operator>>(long& value);
     /// Text: a 32-bit strtol, so a token above 2147483647 reads as 2147483647.
-    VarnStream& operator>>(unsigned int& value);
+    VarnStream& operator>>(unsigned int& value) { return ReadInteger(value); }
     VarnStream& operator>>(unsigned long& value);
-    VarnStream& operator>>(long long& value);
-    VarnStream& operator>>(unsigned long long& value);
-    VarnStream& operator>>(float& value);
-    VarnStream& operator>>(double& value);
+    VarnStream& operator>>(long long& value) {
+        if (IsBinary())
+            ReadBinary(value);
+        else
+            value = ReadTextInt64();
+        return *this;
+    }
+    VarnStream& operator>>(unsigned long long& value) {
+        if (IsBinary())
+            ReadBinary(value);
+        else
+            value = ReadTextUnsigned(~0ULL);
+        return *this;
+    }
+    VarnStream& operator>>(float& value) {
+        if (IsBinary())
+            ReadBinary(value);
+        else
+            value = ReadTextFloat();
+        return *this;
+    }
+    VarnStream& operator>>(double& value) {
+        if (IsBinary())
+            ReadBinary(value);
+        else
+            value = ReadTextDouble();
+        return *this;
+    }
     VarnStream& operator>>(bool& value);
     VarnStream& operator>>(StreamBOOL& value);
     /// Text: ParseString, then each "&#38;" becomes "&" again. Binary: a 16-bit count and
     /// that many bytes, always (whatever IsWriteStringCounts says); a count larger than the
     /// data left gives the empty string and sets the failed bit.
     VarnStream& operator>>(String& value);
-    VarnStream& operator>>(Vector2& value);
-    VarnStream& operator>>(Vector& value);
-    VarnStream& operator>>(Rotate& value);
-    VarnStream& operator>>(Vector4& value);
-    VarnStream& operator>>(Quaternion& value);
-    VarnStream& operator>>(RGBFloat& value);
+    VarnStream& operator>>(Vector2& value) { return ReadFloatComposite(value); }
+    VarnStream& operator>>(Vector& value) { return ReadFloatComposite(value); }
+    VarnStream& operator>>(Rotate& value) { return ReadFloatComposite(value); }
+    VarnStream& operator>>(Vector4& value) { return ReadFloatComposite(value); }
+    VarnStream& operator>>(Quaternion& value) { return ReadFloatComposite(value); }
+    VarnStream& operator>>(RGBFloat& value) { return ReadFloatComposite(value); }
     VarnStream& operator>>(ColorBuf& value);
     VarnStream& operator>>(PatchID& value);
-    VarnStream& operator>>(Matrix33& value);
-    VarnStream& operator>>(Matrix34& value);
-    VarnStream& operator>>(Matrix44& value);
+    VarnStream& operator>>(Matrix33& value) { return ReadFloatComposite(value); }
+    VarnStream& operator>>(Matrix34& value) { return ReadFloatComposite(value); }
+    VarnStream& operator>>(Matrix44& value) { return ReadFloatComposite(value); }
     /// Text: one token; a leading "-" negates; the numbers between ":" and "." fill the fields
     /// minutes:seconds:frames.ticks from the right. Without a ".", a last number of 30 or more
     /// is taken as ticks rather than frames: "45" is 45 ticks, "15" is 15 frames.
@@ -470,14 +506,58 @@ private:
     /// the failed bit.
     void ReadCountedText(String& value, std::size_t count);
     void WriteCharacters(const char* text, std::size_t length, bool escape);
-    template <class T> void WriteDecimal(T value);
-    template <class T> VarnStream& WriteInteger(T value);
-    template <class T> VarnStream& ReadInteger(T& value);
+
+    // The value operators copy a binary value inline; the text forms are out of line.
+    void WriteTextSigned(long long value);
+    void WriteTextUnsigned(unsigned long long value);
+    void WriteTextFloat(float value);
+    void WriteTextDouble(double value);
+    void WriteTextFloats(const float* values, int count);
+    /// A token read as a 32-bit strtol reads it.
     long long ReadTextInt32();
-    void WriteFloats(const float* values, int count);
-    void ReadFloats(float* values, int count);
-    template <class T> VarnStream& WriteFloatComposite(const T& value);
-    template <class T> VarnStream& ReadFloatComposite(T& value);
+    long long ReadTextInt64();
+    /// A token read as strtoul reads it for an unsigned type whose largest value is max.
+    unsigned long long ReadTextUnsigned(unsigned long long max);
+    float ReadTextFloat();
+    double ReadTextDouble();
+    void ReadTextFloats(float* values, int count);
+
+    /// The integers that are their own bytes in binary and decimal in text.
+    template <class T> VarnStream& WriteInteger(T value) {
+        if (IsBinary())
+            WriteBinary(value);
+        else if constexpr (static_cast<T>(-1) < 0)
+            WriteTextSigned(value);
+        else
+            WriteTextUnsigned(value);
+        return *this;
+    }
+    /// Those of them that read a 32-bit strtol in text.
+    template <class T> VarnStream& ReadInteger(T& value) {
+        if (IsBinary())
+            ReadBinary(value);
+        else
+            value = static_cast<T>(ReadTextInt32());
+        return *this;
+    }
+    /// The structures of floats: their floats in member order, without padding.
+    template <class T> VarnStream& WriteFloatComposite(const T& value) {
+        static_assert(sizeof(T) % sizeof(float) == 0);
+        if (IsBinary())
+            WriteBinary(value);
+        else
+            WriteTextFloats(reinterpret_cast<const float*>(&value),
+                            static_cast<int>(sizeof(T) / sizeof(float)));
+        return *this;
+    }
+    template <class T> VarnStream& ReadFloatComposite(T& value) {
+        if (IsBinary())
+            ReadBinary(value);
+        else
+            ReadTextFloats(reinterpret_cast<float*>(&value),
+                           static_cast<int>(sizeof(T) / sizeof(float)));
+        return *this;
+    }
     void ReadHeaderText(Header& header);
     void ReadHeaderBinary(Header& header);
     bool PeekWord(unsigned int& word);
