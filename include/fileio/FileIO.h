@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fileio/Export.h"
+#include "fileio/core/CustomRange.h"
 #include "fileio/core/String.h"
 #include "fileio/core/Time.h"
 #include "fileio/core/Vectors.h"
@@ -15,6 +16,7 @@
 #include "fileio/handlers/StatusHandler.h"
 #include "fileio/handlers/StatusMessage.h"
 #include "fileio/handlers/YesNoDontask.h"
+#include "fileio/memory/MemoryReport.h"
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
 #include "fileio/path/BasePath.h"

@@ -1,6 +1,7 @@
 // NamedPools.cpp - the named pool objects and the functions of each kind.
 
 #include "fileio/memory/NamedPools.h"
+#include "fileio/handlers/LogHandler.h"
 #include "memory/NamedPoolObjects.h"
 
 #include <atomic>
@@ -127,5 +128,9 @@ unsigned long long PeakRAM() { return g_ramMark.load(std::memory_order_relaxed);
 
 bool IsMemoryAvailable() { return true; }
 
-void SetSwapping(int on) { g_swapping.store(on != 0, std::memory_order_relaxed); }
+void SetSwapping(int on) {
+    g_swapping.store(on != 0, std::memory_order_relaxed);
+    if (LogHandler* const log = GetLogHandler())
+        log->LogMessage(String("Swapping Set"));
+}
 int IsSwapping() { return g_swapping.load(std::memory_order_relaxed) ? 1 : 0; }

@@ -1,6 +1,10 @@
 // Tests of the dialog exchange object and the exchange of times with edit controls.
 #include "fileio/ui/DataExchange.h"
 
+#include "fileio/handlers/ScopedHandler.h"
+#include "support/RecordingMessages.h"
+#include "support/ScriptedDialogs.h"
+
 #include <gtest/gtest.h>
 
 #include <map>
@@ -28,6 +32,13 @@ public:
 
 constexpr int kStart = 1001;
 constexpr int kEnd = 1002;
+
+using fileio::test::RecordingMessages;
+using fileio::test::ScriptedDialogs;
+
+// String resource 3056 under the application's caption (resource 128).
+constexpr const char* kInvalidFrame = "Please enter a valid frame number.";
+constexpr const char* kCaption = "FileIO";
 
 TEST(DataExchange, LoadingShowsTheTimeInItsUnit) {
     struct Case {
@@ -118,6 +129,8 @@ TEST(DataExchange, MinMaxTimeFailsOnlyWhenSavingOutOfRange) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.value << (c.saving ? " saving" : " loading"));
+        RecordingMessages messages;
+        ScopedMessageHandler installed(&messages);
         FakeDialog dialog;
         DataExchange dx(dialog, c.saving);
         DDV_MinMaxTime(&dx, Time(c.value), min, max, 30, SMPTE);
@@ -125,10 +138,18 @@ TEST(DataExchange, MinMaxTimeFailsOnlyWhenSavingOutOfRange) {
         DataExchange withIntUnit(dialog, c.saving);
         DDV_MinMaxTime(&withIntUnit, Time(c.value), min, max, 30, 1);
         EXPECT_EQ(withIntUnit.HasFailed(), c.fails);
+        // Each failure tells the user once; a pass that does not fail says nothing.
+        ASSERT_EQ(messages.messages.size(), c.fails ? 2u : 0u);
+        for (const RecordingMessages::Message& message : messages.messages) {
+            EXPECT_EQ(message.caption, kCaption);
+            EXPECT_EQ(message.text, kInvalidFrame);
+        }
     }
 }
 
 TEST(DataExchange, AFailureNamesTheControlAndStopsTheRestOfThePass) {
+    RecordingMessages messages;
+    ScopedMessageHandler installed(&messages);
     FakeDialog dialog;
     dialog.texts[kStart] = "200"; // 2 s at 30 fps, beyond the 1 s allowed
     dialog.texts[kEnd] = "10";
@@ -150,6 +171,28 @@ TEST(DataExchange, AFailureNamesTheControlAndStopsTheRestOfThePass) {
     EXPECT_EQ(dialog.texts[kEnd], "10");
     EXPECT_EQ(dialog.written, writtenBefore);
     EXPECT_EQ(dx.GetFailedControl(), kStart);
+    // Only the first failure was shown.
+    ASSERT_EQ(messages.messages.size(), 1u);
+    EXPECT_EQ(messages.messages[0].text, kInvalidFrame);
+}
+
+// Without a message handler the failure is a box of the exclamation type: the exclamation
+// sound (48) and an OK box with the exclamation icon (MB_OK | MB_ICONEXCLAMATION = 48).
+TEST(DataExchange, AFailureWithoutAHandlerShowsAnExclamationBox) {
+    ASSERT_EQ(GetMessageHandler(), nullptr);
+    ScriptedDialogs dialogs;
+    FakeDialog dialog;
+    DataExchange dx(dialog, true);
+    DDV_MinMaxTime(&dx, Time(-1LL), Time(0LL), Time(1), 30, SMPTE);
+    ASSERT_TRUE(dx.HasFailed());
+
+    const std::vector<ScriptedDialogs::Event> sounds = dialogs.Of("sound");
+    ASSERT_EQ(sounds.size(), 1u);
+    EXPECT_EQ(sounds[0].value, 48u);
+    const std::vector<ScriptedDialogs::Event> boxes = dialogs.Of("box");
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].value, 48u);
+    EXPECT_EQ(boxes[0].text, kInvalidFrame);
 }
 
 TEST(DataExchange, ControlTextAccess) {

@@ -123,8 +123,10 @@ FILEIO_API unsigned long long PeakRAM();
 /// Always true: exhaustion is never reported, the allocators end the process instead.
 FILEIO_API bool IsMemoryAvailable();
 
-/// Sets the process-wide swapping switch: on (any non-zero value) or off. The library
-/// attaches no behaviour of its own to it; the suite's modules consult it.
+/// Sets the process-wide swapping switch: on (any non-zero value) or off, and sends the
+/// line "Swapping Set" to the installed log handler (the same line either way; nothing
+/// without a handler). The library attaches no behaviour of its own to the switch; the
+/// suite's modules consult it.
 FILEIO_API void SetSwapping(int on);
 /// The swapping switch: 1 or 0.
 FILEIO_API int IsSwapping();

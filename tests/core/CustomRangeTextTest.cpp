@@ -1,0 +1,236 @@
+// Tests of a CustomRange read from free text and written back.
+//
+// Expected items are worked out by hand from the text rules: numbers are times in the unit,
+// a frame n at a rate f that divides 135000 is exactly n x 135000 / f ticks.
+#include "fileio/core/CustomRange.h"
+
+#include "core/CustomRangeText.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Item {
+    long long start; // frames
+    long long end;   // frames
+    int step;
+};
+
+// Ticks of frame n at fps: n x 135000 / fps rounded to nearest, ties to even, as every
+// conversion to ticks rounds.
+long long FrameTicks(long long frame, int fps) {
+    const long long product = frame * 135000;
+    long long quotient = product / fps;
+    const long long twice = 2 * (product % fps);
+    if (twice > fps || (twice == fps && quotient % 2 != 0))
+        ++quotient;
+    return quotient;
+}
+
+void ExpectItems(const CustomRange& range, const std::vector<Item>& expected, int fps) {
+    ASSERT_EQ(range.GetCount(), static_cast<int>(expected.size()));
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        SCOPED_TRACE("item " + std::to_string(i));
+        const CustomTimeRange* item = range.GetItems()[i];
+        ASSERT_NE(item, nullptr);
+        EXPECT_EQ(item->start.GetTicks(), FrameTicks(expected[i].start, fps));
+        EXPECT_EQ(item->end.GetTicks(), FrameTicks(expected[i].end, fps));
+        EXPECT_EQ(item->step, expected[i].step);
+    }
+}
+
+TEST(CustomRangeNormaliseTest, FreeTextBecomesCommaSeparatedItems) {
+    struct Row {
+        const char* text;
+        const char* normalised;
+    };
+    const Row rows[] = {
+        {"1 - 10 s 2; 15 20", "1-10s2,15,20"},
+        {"1 2", "1,2"},
+        {"1   2", "1,2"},
+        // A pending blank is used up by the next copied character, step mark or not.
+        {"1-10 s20", "1-10s20"},
+        {"1-10 s 20", "1-10s20"},
+        {"1-10s 20", "1-10s20"},
+        {"1-10 s2 5", "1-10s2,5"},
+        {"1-10 20", "1-10,20"},
+        // A bare step mark ended by another character gets the step 1.
+        {"1-10s,", "1-10s1"},
+        {"1-10 s x", "1-10s1"},
+        {"1-10S;2", "1-10S1,2"},
+        // A bare step mark at the end stays bare.
+        {"1-10s", "1-10s"},
+        {"1-10 S", "1-10S"},
+        // Blanks around a dash join, a dash without a number before it is dropped.
+        {"1 -  10", "1-10"},
+        {"1 - , 5", "1-5"},
+        {"-5", "5"},
+        {"1-2-3", "1-2,3"},
+        // A step mark only counts after a span's end.
+        {"5s", "5"},
+        {"10 s2", "10,2"},
+        {"s5", "5"},
+        // Separators, stray characters, leading and doubled junk.
+        {";;1;;;2;", "1,2"},
+        {"a1b2c", "1,2"},
+        {"2.5", "2,5"},
+        {"1\t2", "1,2"},
+        {"abc", ""},
+        {"", ""},
+        {"   ", ""},
+        {"1:30-2:00 s 3", "1:30-2:00s3"},
+        {"1:30 2", "1:30,2"},
+        {"1-10ss2", "1-10ss2"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_EQ(fileio::detail::NormaliseRangeText(row.text), row.normalised);
+    }
+}
+
+TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
+    struct Row {
+        const char* text;
+        int fps;
+        TimeUnit unit;
+        std::vector<Item> items;
+        const char* canonical;
+    };
+    const Row rows[] = {
+        {"5", 24, FRAMES, {{5, 5, 1}}, "5"},
+        {"1-10, 15, 20-40 s2",
+         24,
+         FRAMES,
+         {{1, 10, 1}, {15, 15, 1}, {20, 40, 2}},
+         "1-10,15,20-40 s2"},
+        {"1 - 10 s 2; 15 20", 24, FRAMES, {{1, 10, 2}, {15, 15, 1}, {20, 20, 1}}, "1-10 s2,15,20"},
+        {"1-10 s20", 24, FRAMES, {{1, 10, 20}}, "1-10 s20"},
+        {"1-10 s 20", 24, FRAMES, {{1, 10, 20}}, "1-10 s20"},
+        // A bare step mark at the end adds nothing; ended by a character it is step 1.
+        {"1-10s", 24, FRAMES, {}, ""},
+        {"4, 1-10s", 24, FRAMES, {{4, 4, 1}}, "4"},
+        {"1-10s,", 24, FRAMES, {{1, 10, 1}}, "1-10"},
+        {"1-", 24, FRAMES, {}, ""},
+        {"1-, 5", 24, FRAMES, {{1, 5, 1}}, "1-5"},
+        // Reversed spans are kept as typed; a span onto itself is written as one frame.
+        {"10-1", 24, FRAMES, {{10, 1, 1}}, "10-1"},
+        {"3-3 s4", 24, FRAMES, {{3, 3, 4}}, "3"},
+        {"2.5", 24, FRAMES, {{2, 2, 1}, {5, 5, 1}}, "2,5"},
+        {"7-9s3x4", 25, FRAMES, {{7, 9, 3}, {4, 4, 1}}, "7-9 s3,4"},
+        // Step texts that read as 0.
+        {"1-10s0", 24, FRAMES, {{1, 10, 0}}, "1-10 s0"},
+        {"1-10ss2", 24, FRAMES, {{1, 10, 0}}, "1-10 s0"},
+        {"nothing here", 24, FRAMES, {}, ""},
+        // Cells count from 1, a step in cells counts frames.
+        {"1-3", 24, CELLS, {{0, 2, 1}}, "1-3"},
+        {"1-9 s2; 12", 24, CELLS, {{0, 8, 2}, {11, 11, 1}}, "1-9 s2,12"},
+        // SMPTE: seconds:frames, and digits typed without separators carry.
+        {"1:00-2:15 s 5", 30, SMPTE, {{30, 75, 5}}, "00:01:00-00:02:15 s00:00:05"},
+        {"250", 30, SMPTE, {{110, 110, 1}}, "00:03:20"},
+        {"1:0:0 - 1:1:0", 25, SMPTE, {{1500, 1525, 1}}, "01:00:00-01:01:00"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        CustomRange range;
+        range.Set(String(row.text), row.fps, row.unit);
+        ExpectItems(range, row.items, row.fps);
+        EXPECT_EQ(range.ToString(row.fps, row.unit, false).View(), row.canonical);
+    }
+}
+
+TEST(CustomRangeTextTest, SetReplacesTheList) {
+    CustomRange range;
+    range.Set(String("1-5, 8"), 24, FRAMES);
+    range.Set(String("9"), 24, FRAMES);
+    ExpectItems(range, {{9, 9, 1}}, 24);
+    range.Set(String(), 24, FRAMES);
+    EXPECT_TRUE(range.IsEmpty());
+}
+
+TEST(CustomRangeTextTest, MultilineSeparatesItemsByLines) {
+    CustomRange range;
+    range.Set(String("1 - 10 s 2; 15 20"), 24, FRAMES);
+    EXPECT_EQ(range.ToString(24, FRAMES, true).View(), "1-10 s2,\r\n15,\r\n20");
+    // And the lines read back.
+    CustomRange again;
+    again.Set(range.ToString(24, FRAMES, true), 24, FRAMES);
+    ExpectItems(again, {{1, 10, 2}, {15, 15, 1}, {20, 20, 1}}, 24);
+}
+
+TEST(CustomRangeTextTest, EmptyListWritesNothing) {
+    CustomRange range;
+    EXPECT_TRUE(range.ToString(24, FRAMES, false).IsEmpty());
+    EXPECT_TRUE(range.ToString(0, SMPTE, true).IsEmpty());
+}
+
+TEST(CustomRangeTextTest, KeptTextIsReusedOnlyAtRateZeroInSmpte) {
+    CustomRange range;
+    range.Set(String("1-10 s2"), 24, FRAMES);
+    EXPECT_EQ(range.ToString(24, FRAMES, false).View(), "1-10 s2");
+    range.Set(String("3"), 24, FRAMES);
+    // Rate 0 and SMPTE: the text last built comes back unchanged.
+    EXPECT_EQ(range.ToString(0, SMPTE, false).View(), "1-10 s2");
+    // Any other rate or unit rebuilds it.
+    EXPECT_EQ(range.ToString(24, FRAMES, false).View(), "3");
+    EXPECT_EQ(range.ToString(0, SMPTE, false).View(), "3");
+    // A copy does not take the kept text.
+    CustomRange copy(range);
+    copy.Set(Time(0LL), Time(0LL), 1.0f);
+    EXPECT_NE(copy.ToString(0, SMPTE, false).View(), "3");
+}
+
+// Every text ToString writes reads back to the same items, at the usual rates and a few
+// odd ones, in every unit, single-line and multiline: times of whole frames up to 99999
+// frames, and in SMPTE below 100 minutes (a minutes field of 100 or more does not read back).
+TEST(CustomRangeTextTest, WrittenTextReadsBackToTheSameItems) {
+    struct Setting {
+        int fps;
+        TimeUnit unit;
+        long long maxFrame;
+    };
+    const Setting settings[] = {
+        {24, FRAMES, 99999}, {25, FRAMES, 99999}, {30, FRAMES, 99999}, {60, FRAMES, 99999},
+        {48, FRAMES, 99999}, {7, FRAMES, 99999},  {24, CELLS, 99998},  {30, CELLS, 99998},
+        {48, CELLS, 99998},  {24, SMPTE, 99999},  {25, SMPTE, 99999},  {30, SMPTE, 99999},
+        {60, SMPTE, 99999},  {48, SMPTE, 99999},  {7, SMPTE, 41999},
+    };
+    std::mt19937 random(20261122);
+    for (const Setting& setting : settings) {
+        SCOPED_TRACE("fps " + std::to_string(setting.fps) + " unit " +
+                     std::to_string(setting.unit));
+        std::uniform_int_distribution<long long> frames(0, setting.maxFrame);
+        std::uniform_int_distribution<int> steps(1, static_cast<int>(setting.maxFrame));
+        std::uniform_int_distribution<int> counts(0, 8);
+        std::uniform_int_distribution<int> kinds(0, 2);
+        for (int round = 0; round < 200; ++round) {
+            std::vector<Item> items;
+            CustomRange range;
+            const int count = counts(random);
+            for (int i = 0; i < count; ++i) {
+                const long long start = frames(random);
+                const int kind = kinds(random);
+                Item item{start, kind == 0 ? start : frames(random), kind == 2 ? steps(random) : 1};
+                if (item.end == item.start)
+                    item.step = 1; // a single frame is written without its step
+                items.push_back(item);
+                range.Append(Time(static_cast<double>(item.start), setting.fps),
+                             Time(static_cast<double>(item.end), setting.fps),
+                             static_cast<float>(item.step));
+            }
+            for (const bool multiline : {false, true}) {
+                const String text = range.ToString(setting.fps, setting.unit, multiline);
+                SCOPED_TRACE(text.View());
+                CustomRange again;
+                again.Set(text, setting.fps, setting.unit);
+                ASSERT_NO_FATAL_FAILURE(ExpectItems(again, items, setting.fps));
+                ASSERT_FALSE(HasFailure());
+            }
+        }
+    }
+}
+
+} // namespace
