@@ -1,8 +1,10 @@
 // path_text.cpp - fuzzes the textual path operations under both styles: decomposition,
-// joining, collapsing, wildcards, the component arithmetic and the lexical full path.
+// joining, collapsing, wildcards, the component arithmetic, the lexical full path and the
+// folder lists of the search paths.
 // The input is split at its first NUL into two texts.
 
 #include "path/PathForms.h"
+#include "path/SearchPathsDetail.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -38,6 +40,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         (void)detail::NameLess(a, b, style);
         if (joined.size() > a.size() + b.size() + 1)
             __builtin_trap();
+        FullPaths* folders = detail::CreateFullPaths(a, style);
+        for (const FullPaths* node = folders; node != nullptr; node = node->next)
+            if (node->path.IsEmpty() || node->path.View().find(';') != std::string_view::npos)
+                __builtin_trap();
+        FreeFullPaths(folders);
+        (void)detail::JoinFoldersToBase(a, b, style);
     }
     int depth = detail::PathDepth(a);
     int shared = detail::MatchPathDepth(a, b);

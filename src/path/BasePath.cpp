@@ -140,12 +140,12 @@ std::string GetMatchNameAbsoluteFromFile(std::string_view quoted, PathStyle styl
 
 } // namespace fileio::detail
 
-void SetBasePath(const String& documentFile) {
-    if (documentFile.IsEmpty())
+void SetBasePath(const String& fileName) {
+    if (fileName.IsEmpty())
         return;
     using namespace fileio::detail;
     BaseState& state = State();
-    state.fileName.assign(documentFile.View());
+    state.fileName.assign(fileName.View());
     RemoveDoubleSeparators(state.fileName);
     state.basePath = NativeToUniversal(PathOnly(state.fileName));
     state.matchBase = state.basePath;
