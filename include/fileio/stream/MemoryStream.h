@@ -120,7 +120,6 @@ protected:
 private:
     struct TokenSpan;
     TokenSpan ScanToken();
-    void FinishToken(const TokenSpan& span);
     unsigned long long LineEnd() const;
     bool IsHeaderAtByte(unsigned long long at, bool anyVersion) const;
     void ReleaseBuffer();
