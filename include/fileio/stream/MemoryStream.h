@@ -49,9 +49,10 @@ public:
     bool Open(const void* data, unsigned long long length, FileMode mode);
     /// Starts over without a file, with `mode`. Loading: the position goes to 0 (the data
     /// are kept, so what was written can be read back). Storing: the data are dropped, or
-    /// with the append bit kept with the position at their end. A storing stream with the
-    /// Varn and binary bits (and no append bit) writes the marker "B". The failed bit is
-    /// cleared, the file name and the side-information stream are dropped.
+    /// with the append bit kept with the position at their end. With the Varn bit (and no
+    /// append bit) the marker is handled: loading reads it as Open(path) does, storing in
+    /// binary writes "B". The failed bit is cleared, the file name and the side-information
+    /// stream are dropped.
     bool Open(FileMode mode);
 
     // ---- the transport ---------------------------------------------------------------------
