@@ -9,7 +9,7 @@ bash scripts/install-deps.sh
 cmake --preset release > /dev/null
 cmake --build --preset release --target fileio-convert > /dev/null
 
-convert=build/release/tools/fileio-convert
+convert=build/release/fileio-convert
 out=build/sample
 mkdir -p "$out"
 
