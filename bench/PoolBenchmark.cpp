@@ -104,9 +104,10 @@ void Replay(const Workload& w, Allocator& allocator, std::vector<void*>& live) {
     }
 }
 
-template <class Allocator>
-void BM_Churn(benchmark::State& state) {
-    const Workload& w = Churn();
+// Times the replay of the workload that `workload` returns with a fresh Allocator.
+template <const Workload& (*workload)(), class Allocator>
+void BM_Workload(benchmark::State& state) {
+    const Workload& w = workload();
     Allocator allocator;
     std::vector<void*> live;
     live.reserve(w.peakLive);
@@ -115,21 +116,15 @@ void BM_Churn(benchmark::State& state) {
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * w.operations.size()));
 }
 
-template <class Allocator>
-void BM_Lifo(benchmark::State& state) {
-    const Workload& w = Lifo();
-    Allocator allocator;
-    std::vector<void*> live;
-    live.reserve(w.peakLive);
-    for (auto _ : state)
-        Replay(w, allocator, live);
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * w.operations.size()));
-}
+void BM_Churn_Pool(benchmark::State& state) { BM_Workload<Churn, PoolAllocator>(state); }
+void BM_Churn_Malloc(benchmark::State& state) { BM_Workload<Churn, SystemAllocator>(state); }
+void BM_Lifo_Pool(benchmark::State& state) { BM_Workload<Lifo, PoolAllocator>(state); }
+void BM_Lifo_Malloc(benchmark::State& state) { BM_Workload<Lifo, SystemAllocator>(state); }
 
-BENCHMARK_TEMPLATE(BM_Churn, PoolAllocator)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(BM_Churn, SystemAllocator)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(BM_Lifo, PoolAllocator)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(BM_Lifo, SystemAllocator)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Churn_Pool)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Churn_Malloc)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Lifo_Pool)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Lifo_Malloc)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
