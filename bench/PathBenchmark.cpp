@@ -28,8 +28,8 @@ std::vector<std::string> SamplePaths() {
     std::mt19937 random(2024);
     std::vector<std::string> paths;
     for (int i = 0; i < 1024; ++i)
-        paths.push_back(std::string(folders[random() % 5]) + "file" + std::to_string(random() % 1000) +
-                        ".mdl");
+        paths.push_back(std::string(folders[random() % 5]) + "file" +
+                        std::to_string(random() % 1000) + ".mdl");
     return paths;
 }
 
@@ -80,7 +80,8 @@ void BM_LexicalFullPath(benchmark::State& state) {
     const std::string cwd = "/home/ann/Projects/Robot";
     std::vector<std::string> inputs = RelativeInputs();
     for (const std::string& input : inputs) {
-        std::string expected = (std::filesystem::path(cwd) / input).lexically_normal().generic_string();
+        std::string expected =
+            (std::filesystem::path(cwd) / input).lexically_normal().generic_string();
         if (fileio::platform::LexicalFullPath(cwd, input) != expected) {
             state.SkipWithError(("results differ for " + input).c_str());
             return;

@@ -30,7 +30,9 @@ struct Workload {
 };
 
 // A random size of 1..256 bytes.
-std::uint32_t RandomSize(std::mt19937& random) { return 1 + random() % 256; }
+std::uint32_t RandomSize(std::mt19937& random) {
+    return 1 + random() % 256;
+}
 
 Workload MakeChurn() {
     std::mt19937 random(20240601);
@@ -116,10 +118,18 @@ void BM_Workload(benchmark::State& state) {
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * w.operations.size()));
 }
 
-void BM_Churn_Pool(benchmark::State& state) { BM_Workload<Churn, PoolAllocator>(state); }
-void BM_Churn_Malloc(benchmark::State& state) { BM_Workload<Churn, SystemAllocator>(state); }
-void BM_Lifo_Pool(benchmark::State& state) { BM_Workload<Lifo, PoolAllocator>(state); }
-void BM_Lifo_Malloc(benchmark::State& state) { BM_Workload<Lifo, SystemAllocator>(state); }
+void BM_Churn_Pool(benchmark::State& state) {
+    BM_Workload<Churn, PoolAllocator>(state);
+}
+void BM_Churn_Malloc(benchmark::State& state) {
+    BM_Workload<Churn, SystemAllocator>(state);
+}
+void BM_Lifo_Pool(benchmark::State& state) {
+    BM_Workload<Lifo, PoolAllocator>(state);
+}
+void BM_Lifo_Malloc(benchmark::State& state) {
+    BM_Workload<Lifo, SystemAllocator>(state);
+}
 
 BENCHMARK(BM_Churn_Pool)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Churn_Malloc)->Unit(benchmark::kMillisecond);

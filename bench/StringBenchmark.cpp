@@ -29,8 +29,7 @@ namespace {
 
 constexpr std::size_t kValueCount = 4096;
 
-template <class Float>
-std::vector<Float> RandomBitPatterns() {
+template <class Float> std::vector<Float> RandomBitPatterns() {
     using Word = std::conditional_t<sizeof(Float) == 8, std::uint64_t, std::uint32_t>;
     std::mt19937_64 random(12345);
     std::vector<Float> values;
@@ -42,8 +41,7 @@ std::vector<Float> RandomBitPatterns() {
     return values;
 }
 
-template <class Float>
-std::vector<Float> OrdinaryValues() {
+template <class Float> std::vector<Float> OrdinaryValues() {
     std::mt19937_64 random(54321);
     std::uniform_real_distribution<double> range(-1000.0, 1000.0);
     std::vector<Float> values;
@@ -52,14 +50,12 @@ std::vector<Float> OrdinaryValues() {
     return values;
 }
 
-template <class Float>
-const char* FormatOf() {
+template <class Float> const char* FormatOf() {
     return sizeof(Float) == 8 ? "%.17g" : "%.9g";
 }
 
 /// True when String and snprintf write the same text for every value.
-template <class Float>
-bool SameTexts(const std::vector<Float>& values) {
+template <class Float> bool SameTexts(const std::vector<Float>& values) {
     char expected[64];
     for (Float value : values) {
         std::snprintf(expected, sizeof expected, FormatOf<Float>(), static_cast<double>(value));
@@ -70,8 +66,7 @@ bool SameTexts(const std::vector<Float>& values) {
     return true;
 }
 
-template <class Float>
-void BM_StringText(benchmark::State& state, std::vector<Float> (*make)()) {
+template <class Float> void BM_StringText(benchmark::State& state, std::vector<Float> (*make)()) {
     const std::vector<Float> values = make();
     if (!SameTexts(values)) {
         state.SkipWithError("String and snprintf texts differ");
@@ -93,19 +88,20 @@ void BM_FormatGeneral(benchmark::State& state, std::vector<Float> (*make)()) {
     const int digits = sizeof(Float) == 8 ? 17 : 9;
     std::size_t i = 0;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(fileio::detail::FormatGeneral(buffer, values[i++ % values.size()], digits));
+        benchmark::DoNotOptimize(
+            fileio::detail::FormatGeneral(buffer, values[i++ % values.size()], digits));
         benchmark::DoNotOptimize(buffer);
     }
     state.SetItemsProcessed(state.iterations());
 }
 
-template <class Float>
-void BM_Snprintf(benchmark::State& state, std::vector<Float> (*make)()) {
+template <class Float> void BM_Snprintf(benchmark::State& state, std::vector<Float> (*make)()) {
     const std::vector<Float> values = make();
     char buffer[64];
     std::size_t i = 0;
     for (auto _ : state) {
-        std::snprintf(buffer, sizeof buffer, FormatOf<Float>(), static_cast<double>(values[i++ % values.size()]));
+        std::snprintf(buffer, sizeof buffer, FormatOf<Float>(),
+                      static_cast<double>(values[i++ % values.size()]));
         benchmark::DoNotOptimize(buffer);
     }
     state.SetItemsProcessed(state.iterations());

@@ -7,12 +7,12 @@ int main() {
     // Strings own their bytes, compare case-insensitively, and format numbers exactly and
     // independently of the process's locale.
     String name("Bone");
-    name += String(12);                    // "Bone12"
-    String f(0.1f);                        // "0.100000001": every float round-trips
-    bool same = String("abc") == "ABC";    // true
+    name += String(12);                 // "Bone12"
+    String f(0.1f);                     // "0.100000001": every float round-trips
+    bool same = String("abc") == "ABC"; // true
 
     // Times are 64-bit tick counts, 135000 ticks a second; frames and cells take the rate.
-    Time t(48.0, 24.0);                    // frame 48 at 24 fps: 2 seconds, 270000 ticks
+    Time t(48.0, 24.0); // frame 48 at 24 fps: 2 seconds, 270000 ticks
     String smpte = t.ToString(24, SMPTE, false);
     Time back = String("1:12").ToTime(24, SMPTE, false);
 
@@ -24,13 +24,13 @@ int main() {
     // Paths are stored relative to the document's base path, in universal form.
     SetBasePath("/home/ann/Projects/Robot/robot.prj");
     String stored = String("/home/ann/Projects/Robot/Parts/arm.mdl").GetRelativePath();
-                                           // "Parts/arm.mdl"
+    // "Parts/arm.mdl"
 
     // Settings: the registry on Windows, a hive file under $XDG_CONFIG_HOME on Linux.
     int undo = GetRegistryValue("Options", "Undo Levels", 25);
 
     // Pools: each object kind has its own pool, measured to the byte.
-    void* patch = AllocPatch(256);         // 256 zero-filled bytes
+    void* patch = AllocPatch(256); // 256 zero-filled bytes
     FreePatch(patch);
     unsigned long long bytes = TotalRAM(); // everything obtained from the system
 

@@ -31,8 +31,7 @@ int TakeInt(const std::uint8_t*& data, std::size_t& size) {
     return value - 32768;
 }
 
-template <class Float, class Word>
-void CheckRoundTrip(const std::uint8_t* data, std::size_t size) {
+template <class Float, class Word> void CheckRoundTrip(const std::uint8_t* data, std::size_t size) {
     if (size < sizeof(Word))
         return;
     Word bits;

@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
-# Builds FileIO and runs every test: the Linux debug build, the same tests under
-# AddressSanitizer + UndefinedBehaviorSanitizer, the pool tests under ThreadSanitizer, the
-# fuzz targets for a bounded time, and the Windows cross build's tests under Wine.
+# Checks the sources' format, then builds FileIO and runs every test: the Linux debug build,
+# the same tests under AddressSanitizer + UndefinedBehaviorSanitizer, the pool tests under
+# ThreadSanitizer, the fuzz targets for a bounded time, and the Windows cross build's tests
+# under Wine.
 # Any failure stops the run with a non-zero exit.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 bash scripts/install-deps.sh
+echo "==== format ===="
+scripts/check-format.sh
 
 jobs=$(nproc)
 step() { echo; echo "==== $* ===="; }

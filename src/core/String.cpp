@@ -52,7 +52,8 @@ String::String(String&& other) : m_str(CopyOf(other.View())) {}
 
 String::String(const char* text) : m_str(CopyOf(ViewOf(text))) {}
 
-String::String(const char* p, int n) : m_str(AllocateText(static_cast<std::size_t>(std::max(n, 0)))) {
+String::String(const char* p, int n)
+    : m_str(AllocateText(static_cast<std::size_t>(std::max(n, 0)))) {
     if (n > 0 && p != nullptr)
         std::memcpy(m_str, p, static_cast<std::size_t>(n));
 }

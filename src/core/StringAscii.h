@@ -16,7 +16,9 @@ constexpr bool IsSpace(char c) noexcept {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-constexpr bool IsDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+constexpr bool IsDigit(char c) noexcept {
+    return c >= '0' && c <= '9';
+}
 
 constexpr char ToLower(char c) noexcept {
     return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
@@ -27,10 +29,14 @@ constexpr char ToUpper(char c) noexcept {
 }
 
 /// The byte as an unsigned value 0..255.
-constexpr int ByteValue(char c) noexcept { return static_cast<unsigned char>(c); }
+constexpr int ByteValue(char c) noexcept {
+    return static_cast<unsigned char>(c);
+}
 
 /// Equal ignoring ASCII case.
-constexpr bool EqualNoCase(char a, char b) noexcept { return ToLower(a) == ToLower(b); }
+constexpr bool EqualNoCase(char a, char b) noexcept {
+    return ToLower(a) == ToLower(b);
+}
 
 /// Three-way comparison of two NUL-terminated texts as _stricmp makes it: both bytes are
 /// lowered, then compared as unsigned values. Negative, 0 or positive.

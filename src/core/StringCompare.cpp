@@ -72,12 +72,24 @@ int Order(const String& a, const String& b) noexcept {
 
 } // namespace
 
-bool operator==(const String& a, const String& b) noexcept { return Order(a, b) == 0; }
-bool operator!=(const String& a, const String& b) noexcept { return Order(a, b) != 0; }
-bool operator<(const String& a, const String& b) noexcept { return Order(a, b) < 0; }
-bool operator<=(const String& a, const String& b) noexcept { return Order(a, b) <= 0; }
-bool operator>(const String& a, const String& b) noexcept { return Order(a, b) > 0; }
-bool operator>=(const String& a, const String& b) noexcept { return Order(a, b) >= 0; }
+bool operator==(const String& a, const String& b) noexcept {
+    return Order(a, b) == 0;
+}
+bool operator!=(const String& a, const String& b) noexcept {
+    return Order(a, b) != 0;
+}
+bool operator<(const String& a, const String& b) noexcept {
+    return Order(a, b) < 0;
+}
+bool operator<=(const String& a, const String& b) noexcept {
+    return Order(a, b) <= 0;
+}
+bool operator>(const String& a, const String& b) noexcept {
+    return Order(a, b) > 0;
+}
+bool operator>=(const String& a, const String& b) noexcept {
+    return Order(a, b) >= 0;
+}
 
 bool String::Compare(const String& other, bool caseSensitive) const noexcept {
     if (IsEmpty() || other.IsEmpty())

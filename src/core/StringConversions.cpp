@@ -43,8 +43,8 @@ int DigitValue(char c) noexcept {
 /// An unsigned number read from the leading digits of a text.
 struct Digits {
     unsigned long long value = 0;
-    bool overflow = false;  // the digits exceed 2^64 - 1; value is then 2^64 - 1
-    std::size_t used = 0;   // how many characters were digits
+    bool overflow = false; // the digits exceed 2^64 - 1; value is then 2^64 - 1
+    std::size_t used = 0;  // how many characters were digits
 };
 
 Digits ReadDigits(std::string_view text, int base) noexcept {
@@ -57,13 +57,13 @@ Digits ReadDigits(std::string_view text, int base) noexcept {
         const auto unsignedDigit = static_cast<unsigned long long>(d);
         if (digits.value > (kMax - unsignedDigit) / static_cast<unsigned>(base))
             digits.overflow = true;
-        digits.value = digits.overflow ? kMax : digits.value * static_cast<unsigned>(base) + unsignedDigit;
+        digits.value =
+            digits.overflow ? kMax : digits.value * static_cast<unsigned>(base) + unsignedDigit;
     }
     return digits;
 }
 
-template <class Float>
-struct FloatBits {
+template <class Float> struct FloatBits {
     using Word = std::conditional_t<sizeof(Float) == 8, std::uint64_t, std::uint32_t>;
     static constexpr int kMantissaBits = std::numeric_limits<Float>::digits - 1;
     static constexpr Word kSignBit = Word(1) << (sizeof(Word) * 8 - 1);
@@ -73,8 +73,7 @@ struct FloatBits {
 
 /// The value with its sign bit flipped, bits otherwise untouched (a NaN keeps its payload
 /// and stays signalling if it was).
-template <class Float>
-Float Negate(Float value) noexcept {
+template <class Float> Float Negate(Float value) noexcept {
     using Bits = FloatBits<Float>;
     return std::bit_cast<Float>(static_cast<typename Bits::Word>(
         std::bit_cast<typename Bits::Word>(value) ^ Bits::kSignBit));
@@ -83,8 +82,7 @@ Float Negate(Float value) noexcept {
 /// The NaN that "nan" followed by rest spells: "(n-char-sequence)" may follow. A sequence
 /// that is a whole number as strtoull reads it with base 0 sets the payload bits below the
 /// quiet bit (as glibc does); "snan" makes a signalling NaN.
-template <class Float>
-Float ReadNaN(std::string_view rest) noexcept {
+template <class Float> Float ReadNaN(std::string_view rest) noexcept {
     using Bits = FloatBits<Float>;
     using Word = typename Bits::Word;
     Word bits = Bits::kExponentMask | Bits::kQuietBit;
@@ -122,7 +120,7 @@ Float ReadNaN(std::string_view rest) noexcept {
 bool IsHuge(std::string_view number, bool hex) noexcept {
     const long long digitWeight = hex ? 4 : 1;
     const char exponentLetter = hex ? 'p' : 'e';
-    long long scale = 0;  // the power of the base just above the leading digit
+    long long scale = 0; // the power of the base just above the leading digit
     bool significant = false;
     bool fraction = false;
     std::size_t i = 0;
@@ -152,8 +150,7 @@ bool IsHuge(std::string_view number, bool hex) noexcept {
 
 /// The unsigned value at the start of text (after the sign), or false when there is no
 /// number there.
-template <class Float>
-bool ReadMagnitude(std::string_view text, Float& value) noexcept {
+template <class Float> bool ReadMagnitude(std::string_view text, Float& value) noexcept {
     value = 0;
     if (StartsWithNoCase(text, "inf")) {
         value = std::numeric_limits<Float>::infinity();
@@ -182,14 +179,14 @@ bool ReadMagnitude(std::string_view text, Float& value) noexcept {
         std::from_chars(number.data(), number.data() + number.size(), value,
                         hex ? std::chars_format::hex : std::chars_format::general);
     if (result.ec == std::errc::result_out_of_range) {
-        const std::string_view used(number.data(), static_cast<std::size_t>(result.ptr - number.data()));
+        const std::string_view used(number.data(),
+                                    static_cast<std::size_t>(result.ptr - number.data()));
         value = IsHuge(used, hex) ? std::numeric_limits<Float>::infinity() : Float(0);
     }
     return true;
 }
 
-template <class Float>
-Float ParseReal(std::string_view text) noexcept {
+template <class Float> Float ParseReal(std::string_view text) noexcept {
     bool negative = false;
     const std::string_view rest = SkipSpaceAndSign(text, negative);
     Float value = 0;

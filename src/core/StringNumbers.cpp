@@ -23,8 +23,7 @@ namespace fileio::detail {
 namespace {
 
 /// The spelling of an infinity or NaN, or an empty view for a finite value.
-template <class Float>
-std::string_view SpecialText(Float value) noexcept {
+template <class Float> std::string_view SpecialText(Float value) noexcept {
     using Word = std::conditional_t<sizeof(Float) == 8, std::uint64_t, std::uint32_t>;
     constexpr int kMantissaBits = std::numeric_limits<Float>::digits - 1;
     constexpr Word kMantissaMask = (Word(1) << kMantissaBits) - 1;
@@ -58,7 +57,8 @@ std::size_t Format(char* out, Float value, std::chars_format style, int precisio
     precision = std::min(precision, kMaxPrecision);
     const std::to_chars_result result =
         std::to_chars(out, out + kNumberTextSize - 1, value, style, precision);
-    const std::size_t length = result.ec == std::errc() ? static_cast<std::size_t>(result.ptr - out) : 0;
+    const std::size_t length =
+        result.ec == std::errc() ? static_cast<std::size_t>(result.ptr - out) : 0;
     out[length] = '\0';
     return length;
 }
@@ -116,24 +116,21 @@ struct NumberText {
 /// A general form: formatted, then the fraction's trailing zeros dropped unless the text
 /// has an exponent (which changes nothing for "%g" output, whose zeros are already gone,
 /// but puts every float text through the same final step).
-template <class Float>
-NumberText General(Float value, int digits) {
+template <class Float> NumberText General(Float value, int digits) {
     NumberText text;
     text.length = fileio::detail::FormatGeneral(text.buffer, value, digits);
     text.length = fileio::detail::TrimFractionZeros(text.buffer, text.length);
     return text;
 }
 
-template <class Float>
-NumberText Fixed(Float value, int decimals, int maxDecimals) {
+template <class Float> NumberText Fixed(Float value, int decimals, int maxDecimals) {
     NumberText text;
     text.length = fileio::detail::FormatFixed(text.buffer, value, std::min(decimals, maxDecimals));
     text.length = fileio::detail::TrimFractionZeros(text.buffer, text.length);
     return text;
 }
 
-template <class Integer>
-NumberText Decimal(Integer value) {
+template <class Integer> NumberText Decimal(Integer value) {
     NumberText text;
     const std::to_chars_result result =
         std::to_chars(text.buffer, text.buffer + kNumberTextSize, value);

@@ -122,8 +122,8 @@ int String::Find(char c, int start) const noexcept {
 }
 
 int String::Find(const String& pattern, int start) const noexcept {
-    return ToIndex(fileio::detail::FindText(Indexable(View()), pattern.View(),
-                                            ForwardStart(start), false));
+    return ToIndex(
+        fileio::detail::FindText(Indexable(View()), pattern.View(), ForwardStart(start), false));
 }
 
 int String::ReverseFind(char c, int start) const noexcept {
@@ -132,8 +132,8 @@ int String::ReverseFind(char c, int start) const noexcept {
 }
 
 int String::ReverseFind(const String& pattern, int start) const noexcept {
-    return ToIndex(fileio::detail::ReverseFindText(Indexable(View()), pattern.View(),
-                                                   BackwardStart(start)));
+    return ToIndex(
+        fileio::detail::ReverseFindText(Indexable(View()), pattern.View(), BackwardStart(start)));
 }
 
 // ---- parts --------------------------------------------------------------------------------
@@ -160,8 +160,10 @@ String String::Mid(int first, int count) const {
 
 String String::Tokenize(const String& delimiters, int& position) const {
     const std::string_view text = Indexable(View());
-    const std::size_t start = position < 0 ? npos : text.find_first_not_of(delimiters.View(),
-                                                                          static_cast<std::size_t>(position));
+    const std::size_t start =
+        position < 0
+            ? npos
+            : text.find_first_not_of(delimiters.View(), static_cast<std::size_t>(position));
     if (start == npos) {
         position = -1;
         return {};
@@ -206,9 +208,15 @@ String& String::TrimCharacters(std::string_view characters, bool left, bool righ
     return *this;
 }
 
-String& String::TrimLeft() { return TrimCharacters(kWhiteSpace, true, false); }
-String& String::TrimRight() { return TrimCharacters(kWhiteSpace, false, true); }
-String& String::Trim() { return TrimCharacters(kWhiteSpace, true, true); }
+String& String::TrimLeft() {
+    return TrimCharacters(kWhiteSpace, true, false);
+}
+String& String::TrimRight() {
+    return TrimCharacters(kWhiteSpace, false, true);
+}
+String& String::Trim() {
+    return TrimCharacters(kWhiteSpace, true, true);
+}
 
 String& String::TrimLeft(const String& characters) {
     return TrimCharacters(characters.View(), true, false);
@@ -278,7 +286,8 @@ String String::Quote() const {
     return quoted;
 }
 
-// ---- display ----------------------------------------------------------------------------------------
+// ---- display
+// ----------------------------------------------------------------------------------------
 
 String String::GetAbbreviated(int maxLength) const {
     constexpr std::string_view kEllipsis = "...";
@@ -293,12 +302,15 @@ String String::GetAbbreviated(int maxLength) const {
     // The separator in front of the file name, and the end of the first folder (leading
     // separators, as of "\\server\share" or "/home", belong to that folder).
     const std::size_t nameSeparator = text.find_last_of(kPathSeparators);
-    std::size_t headEnd = text.find_first_of(kPathSeparators, text.find_first_not_of(kPathSeparators));
+    std::size_t headEnd =
+        text.find_first_of(kPathSeparators, text.find_first_not_of(kPathSeparators));
     const std::size_t tail = nameSeparator == npos ? 0 : text.size() - nameSeparator;
     for (; headEnd < nameSeparator; headEnd = text.find_first_of(kPathSeparators, headEnd + 1)) {
         if (headEnd + 1 + kEllipsis.size() + tail > limit)
             break;
-        shortened.assign(text.substr(0, headEnd + 1)).append(kEllipsis).append(text.substr(nameSeparator));
+        shortened.assign(text.substr(0, headEnd + 1))
+            .append(kEllipsis)
+            .append(text.substr(nameSeparator));
     }
     if (shortened.empty())
         shortened.assign(kEllipsis).append(text.substr(text.size() - (limit - kEllipsis.size())));
@@ -307,7 +319,8 @@ String String::GetAbbreviated(int maxLength) const {
     return abbreviated;
 }
 
-// ---- numbered names --------------------------------------------------------------------------------
+// ---- numbered names
+// --------------------------------------------------------------------------------
 
 int String::GetNumberSuffix() const noexcept {
     const std::string_view text = View();

@@ -23,13 +23,13 @@ namespace fileio::detail {
 
 /// A standard allocator over the system memory of the platform layer: it never throws, an
 /// exhausted system ends the process.
-template <class T>
-struct SystemAllocator {
+template <class T> struct SystemAllocator {
     using value_type = T;
     SystemAllocator() noexcept = default;
-    template <class U>
-    SystemAllocator(const SystemAllocator<U>&) noexcept {}
-    T* allocate(std::size_t n) { return static_cast<T*>(platform::AllocateSystemMemory(n * sizeof(T))); }
+    template <class U> SystemAllocator(const SystemAllocator<U>&) noexcept {}
+    T* allocate(std::size_t n) {
+        return static_cast<T*>(platform::AllocateSystemMemory(n * sizeof(T)));
+    }
     void deallocate(T* p, std::size_t) noexcept { platform::ReleaseSystemMemory(p); }
     friend bool operator==(const SystemAllocator&, const SystemAllocator&) noexcept { return true; }
 };
@@ -63,8 +63,7 @@ public:
     [[nodiscard]] Entry* NewestWithRoom(unsigned long long size) const noexcept;
 
 private:
-    template <class T>
-    using Array = std::vector<T, SystemAllocator<T>>;
+    template <class T> using Array = std::vector<T, SystemAllocator<T>>;
 
     struct Span {
         const char* start;

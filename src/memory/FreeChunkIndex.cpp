@@ -11,13 +11,23 @@ namespace fileio::detail {
 
 namespace {
 
-constexpr std::uint64_t Bit(unsigned i) { return std::uint64_t{1} << i; }
+constexpr std::uint64_t Bit(unsigned i) {
+    return std::uint64_t{1} << i;
+}
 // The bits strictly below bit i.
-constexpr std::uint64_t BitsBelow(unsigned i) { return Bit(i) - 1; }
+constexpr std::uint64_t BitsBelow(unsigned i) {
+    return Bit(i) - 1;
+}
 // The bits strictly above bit i.
-constexpr std::uint64_t BitsAbove(unsigned i) { return i == 63 ? 0 : ~std::uint64_t{0} << (i + 1); }
-unsigned Highest(std::uint64_t bits) { return 63u - static_cast<unsigned>(std::countl_zero(bits)); }
-unsigned Lowest(std::uint64_t bits) { return static_cast<unsigned>(std::countr_zero(bits)); }
+constexpr std::uint64_t BitsAbove(unsigned i) {
+    return i == 63 ? 0 : ~std::uint64_t{0} << (i + 1);
+}
+unsigned Highest(std::uint64_t bits) {
+    return 63u - static_cast<unsigned>(std::countl_zero(bits));
+}
+unsigned Lowest(std::uint64_t bits) {
+    return static_cast<unsigned>(std::countr_zero(bits));
+}
 
 } // namespace
 
@@ -42,7 +52,8 @@ bool FreeChunkIndex::Bitmap::Test(unsigned slot) const noexcept {
 
 std::uint64_t FreeChunkIndex::Bitmap::Bucket(unsigned bucket) const noexcept {
     constexpr unsigned kPerWord = 64 / kBucketSlots;
-    constexpr std::uint64_t kMask = kBucketSlots == 64 ? ~std::uint64_t{0} : Bit(kBucketSlots % 64) - 1;
+    constexpr std::uint64_t kMask =
+        kBucketSlots == 64 ? ~std::uint64_t{0} : Bit(kBucketSlots % 64) - 1;
     return (m_words[bucket / kPerWord] >> (bucket % kPerWord * kBucketSlots)) & kMask;
 }
 
@@ -81,7 +92,8 @@ unsigned FreeChunkIndex::Bitmap::Above(unsigned slot) const noexcept {
 FreeChunkIndex::FreeChunkIndex(char* blockStart) noexcept : m_start(blockStart) {}
 
 FreeChunkIndex* FreeChunkIndex::Create(char* blockStart) {
-    return ::new (platform::AllocateSystemMemory(sizeof(FreeChunkIndex))) FreeChunkIndex(blockStart);
+    return ::new (platform::AllocateSystemMemory(sizeof(FreeChunkIndex)))
+        FreeChunkIndex(blockStart);
 }
 
 void FreeChunkIndex::Destroy(FreeChunkIndex* index) noexcept {
@@ -93,7 +105,8 @@ void FreeChunkIndex::Destroy(FreeChunkIndex* index) noexcept {
 
 unsigned FreeChunkIndex::SlotOf(const void* address) const noexcept {
     const auto offset = static_cast<std::uintptr_t>(static_cast<const char*>(address) - m_start);
-    assert(offset % kSlotBytes == 0 && offset / kSlotBytes < kSlots && "FreeChunkIndex: address outside the block");
+    assert(offset % kSlotBytes == 0 && offset / kSlotBytes < kSlots &&
+           "FreeChunkIndex: address outside the block");
     return static_cast<unsigned>(offset / kSlotBytes);
 }
 
@@ -146,7 +159,8 @@ void FreeChunkIndex::Erase(const MemChunk* chunk) noexcept {
         Rescan(slot / kBucketSlots);
 }
 
-void FreeChunkIndex::Reshape(const MemChunk* before, unsigned long long oldSize, const MemChunk* after) noexcept {
+void FreeChunkIndex::Reshape(const MemChunk* before, unsigned long long oldSize,
+                             const MemChunk* after) noexcept {
     const unsigned oldSlot = SlotOf(before);
     const unsigned newSlot = SlotOf(after);
     const auto oldUnits = static_cast<Units>(oldSize / kSlotBytes);
@@ -166,13 +180,18 @@ void FreeChunkIndex::Reshape(const MemChunk* before, unsigned long long oldSize,
     const unsigned oldBucket = oldSlot / kBucketSlots;
     const unsigned newBucket = newSlot / kBucketSlots;
     Raise(newBucket, newUnits);
-    if ((oldBucket != newBucket || newUnits < oldUnits) && oldUnits == m_largest[kBuckets + oldBucket])
+    if ((oldBucket != newBucket || newUnits < oldUnits) &&
+        oldUnits == m_largest[kBuckets + oldBucket])
         Rescan(oldBucket);
 }
 
-bool FreeChunkIndex::BeginsAt(const void* address) const noexcept { return m_begins.Test(SlotOf(address)); }
+bool FreeChunkIndex::BeginsAt(const void* address) const noexcept {
+    return m_begins.Test(SlotOf(address));
+}
 
-bool FreeChunkIndex::EndsAt(const void* address) const noexcept { return m_ends.Test(SlotOf(address)); }
+bool FreeChunkIndex::EndsAt(const void* address) const noexcept {
+    return m_ends.Test(SlotOf(address));
+}
 
 MemChunk* FreeChunkIndex::HighestFit(unsigned long long size) const noexcept {
     const auto units = static_cast<Units>((size + kSlotBytes - 1) / kSlotBytes);

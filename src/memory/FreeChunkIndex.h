@@ -42,7 +42,8 @@ public:
     /// Notes that the recorded chunk at `before`, of oldSize bytes, is now the chunk at
     /// `after` (its size word already written): a chunk that grew or shrank at either end.
     /// The two may be the same address. REQUIRES: no other recorded chunk begins at `after`.
-    void Reshape(const MemChunk* before, unsigned long long oldSize, const MemChunk* after) noexcept;
+    void Reshape(const MemChunk* before, unsigned long long oldSize,
+                 const MemChunk* after) noexcept;
 
     /// True when a recorded free chunk begins at `address`.
     [[nodiscard]] bool BeginsAt(const void* address) const noexcept;
@@ -69,7 +70,8 @@ private:
     static constexpr unsigned kSummaryWords = kWords / 64;
     static constexpr unsigned kBucketSlots = 64;
     static constexpr unsigned kBuckets = kSlots / kBucketSlots;
-    static_assert(VarnPool::kBlockSize / kSlotBytes < kSlots, "a standard block and its end must fit the bitmaps");
+    static_assert(VarnPool::kBlockSize / kSlotBytes < kSlots,
+                  "a standard block and its end must fit the bitmaps");
     static_assert(VarnPool::kBlockSize / kSlotBytes <= 0xFFFF, "sizes in slots must fit 16 bits");
     static_assert(kSummaryWords * 64 == kWords, "the summary covers every word");
     static_assert(64 % kBucketSlots == 0 && (kBuckets & (kBuckets - 1)) == 0,

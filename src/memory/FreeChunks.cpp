@@ -9,7 +9,9 @@ namespace fileio::detail {
 
 namespace {
 
-bool IsAbove(const void* a, const void* b) { return std::greater<const void*>()(a, b); }
+bool IsAbove(const void* a, const void* b) {
+    return std::greater<const void*>()(a, b);
+}
 
 } // namespace
 
@@ -47,7 +49,8 @@ void FreeChunks::Inserted(const MemChunk* chunk) {
         m_entry.index->Insert(chunk);
     } else if (m_entry.freeChunks > kIndexFrom) {
         // Only standard blocks ever hold more than one free chunk.
-        assert(m_entry.header->blockSize == VarnPool::kBlockSize && "FreeChunks: an index for a large block");
+        assert(m_entry.header->blockSize == VarnPool::kBlockSize &&
+               "FreeChunks: an index for a large block");
         m_entry.index = FreeChunkIndex::Create(m_entry.header->start);
         for (const MemChunk* c = Head(); c != nullptr; c = c->next)
             m_entry.index->Insert(c);

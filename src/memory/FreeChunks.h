@@ -45,7 +45,8 @@ public:
     }
     /// True when a free chunk begins at `address`.
     [[nodiscard]] bool BeginsAt(const void* address) const noexcept {
-        return Index() != nullptr ? Index()->BeginsAt(address) : WalkBelow(address, true) == address;
+        return Index() != nullptr ? Index()->BeginsAt(address)
+                                  : WalkBelow(address, true) == address;
     }
     /// True when `lower`, the free chunk below `address` (or null), ends exactly there.
     [[nodiscard]] bool Touches(const MemChunk* lower, const void* address) const noexcept {
@@ -73,7 +74,8 @@ public:
     void Erased(const MemChunk* chunk) noexcept;
     /// The chunk at `before`, of oldSize bytes, became the chunk at `after` (its header
     /// complete), which took its place on the list.
-    void Reshaped(const MemChunk* before, unsigned long long oldSize, const MemChunk* after) noexcept {
+    void Reshaped(const MemChunk* before, unsigned long long oldSize,
+                  const MemChunk* after) noexcept {
         if (Index() != nullptr)
             Index()->Reshape(before, oldSize, after);
     }

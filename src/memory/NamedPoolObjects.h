@@ -8,8 +8,23 @@ namespace fileio::detail {
 
 /// The named VarnPool kinds.
 enum class VarnPoolKind {
-    Act, Att, Bitmap, Chor, Ext, GAssist, LBuff, Particle, Patch,
-    Poly, Prop, Radiosity, Seg, Shadow, String, Test, Undo,
+    Act,
+    Att,
+    Bitmap,
+    Chor,
+    Ext,
+    GAssist,
+    LBuff,
+    Particle,
+    Patch,
+    Poly,
+    Prop,
+    Radiosity,
+    Seg,
+    Shadow,
+    String,
+    Test,
+    Undo,
 };
 inline constexpr int kVarnPoolKindCount = 17;
 

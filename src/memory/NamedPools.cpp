@@ -17,8 +17,7 @@ using fileio::detail::VarnPoolKind;
 // An object built in place on first use and never destroyed: Immortal itself is trivially
 // destructible, so no exit-time destructor is registered for it. The pools must outlive
 // every static destructor of the host that may still free a string.
-template <class T>
-class Immortal {
+template <class T> class Immortal {
 public:
     Immortal() noexcept { ::new (static_cast<void*>(m_storage)) T(); }
     T& Get() noexcept { return *std::launder(reinterpret_cast<T*>(m_storage)); }
@@ -61,11 +60,17 @@ void* AllocString(unsigned long long n) {
     return NamedVarnPool(VarnPoolKind::String).VarnAlloc(withNul);
 }
 
-void FreeString(void* p) { NamedVarnPool(VarnPoolKind::String).VarnFree(p); }
+void FreeString(void* p) {
+    NamedVarnPool(VarnPoolKind::String).VarnFree(p);
+}
 
 #define FILEIO_DEFINE_VARN_POOL_FUNCTIONS(Kind)                                                    \
-    void* Alloc##Kind(unsigned long long n) { return NamedVarnPool(VarnPoolKind::Kind).VarnAlloc(n); } \
-    void Free##Kind(void* p) { NamedVarnPool(VarnPoolKind::Kind).VarnFree(p); }
+    void* Alloc##Kind(unsigned long long n) {                                                      \
+        return NamedVarnPool(VarnPoolKind::Kind).VarnAlloc(n);                                     \
+    }                                                                                              \
+    void Free##Kind(void* p) {                                                                     \
+        NamedVarnPool(VarnPoolKind::Kind).VarnFree(p);                                             \
+    }
 
 FILEIO_DEFINE_VARN_POOL_FUNCTIONS(Act)
 FILEIO_DEFINE_VARN_POOL_FUNCTIONS(Att)
@@ -86,9 +91,15 @@ FILEIO_DEFINE_VARN_POOL_FUNCTIONS(Undo)
 
 #undef FILEIO_DEFINE_VARN_POOL_FUNCTIONS
 
-void FreeLBuffMemory() { NamedVarnPool(VarnPoolKind::LBuff).FreePool(); }
-void FreeRadiosityMemory() { NamedVarnPool(VarnPoolKind::Radiosity).FreePool(); }
-void FreeShadowMemory() { NamedVarnPool(VarnPoolKind::Shadow).FreePool(); }
+void FreeLBuffMemory() {
+    NamedVarnPool(VarnPoolKind::LBuff).FreePool();
+}
+void FreeRadiosityMemory() {
+    NamedVarnPool(VarnPoolKind::Radiosity).FreePool();
+}
+void FreeShadowMemory() {
+    NamedVarnPool(VarnPoolKind::Shadow).FreePool();
+}
 
 void FreePatchMemory() {
     VarnPool& patch = NamedVarnPool(VarnPoolKind::Patch);
@@ -96,23 +107,43 @@ void FreePatchMemory() {
         patch.FreePool();
 }
 
-unsigned long long GetPatchAmount() { return NamedVarnPool(VarnPoolKind::Patch).GetTotal(); }
+unsigned long long GetPatchAmount() {
+    return NamedVarnPool(VarnPoolKind::Patch).GetTotal();
+}
 
 // ---- the SimplePool kinds -------------------------------------------------------------------
 
-void* AllocSubPatch(unsigned long long n) { return NamedSimplePool(SimplePoolKind::SubPatch).Alloc(n); }
-void* AllocTemp(unsigned long long n) { return NamedSimplePool(SimplePoolKind::Temp).Alloc(n); }
-void* AllocZ(unsigned long long n) { return NamedSimplePool(SimplePoolKind::Z).Alloc(n); }
-void FreeSubPatchMemory() { NamedSimplePool(SimplePoolKind::SubPatch).FreePool(); }
-void FreeTempMemory() { NamedSimplePool(SimplePoolKind::Temp).FreePool(); }
-void FreeZBufferMemory() { NamedSimplePool(SimplePoolKind::Z).FreePool(); }
+void* AllocSubPatch(unsigned long long n) {
+    return NamedSimplePool(SimplePoolKind::SubPatch).Alloc(n);
+}
+void* AllocTemp(unsigned long long n) {
+    return NamedSimplePool(SimplePoolKind::Temp).Alloc(n);
+}
+void* AllocZ(unsigned long long n) {
+    return NamedSimplePool(SimplePoolKind::Z).Alloc(n);
+}
+void FreeSubPatchMemory() {
+    NamedSimplePool(SimplePoolKind::SubPatch).FreePool();
+}
+void FreeTempMemory() {
+    NamedSimplePool(SimplePoolKind::Temp).FreePool();
+}
+void FreeZBufferMemory() {
+    NamedSimplePool(SimplePoolKind::Z).FreePool();
+}
 
-unsigned long long GetSubPatchPoolAmount() { return NamedSimplePool(SimplePoolKind::SubPatch).GetTotal(); }
+unsigned long long GetSubPatchPoolAmount() {
+    return NamedSimplePool(SimplePoolKind::SubPatch).GetTotal();
+}
 
 // ---- the OGL buffer and all scratch memory --------------------------------------------------
 
-void* AllocOGL(unsigned long long n) { return OGLBuffer().Alloc(n); }
-void FreeOGL() { OGLBuffer().FreePool(); }
+void* AllocOGL(unsigned long long n) {
+    return OGLBuffer().Alloc(n);
+}
+void FreeOGL() {
+    OGLBuffer().FreePool();
+}
 
 void FreeAllPools() {
     FreeZBufferMemory();
@@ -123,14 +154,22 @@ void FreeAllPools() {
 
 // ---- process-wide figures and switches ----------------------------------------------------------
 
-void SetPeakRAM(bool reset) { g_ramMark.store(reset ? 0 : TotalRAM(), std::memory_order_relaxed); }
-unsigned long long PeakRAM() { return g_ramMark.load(std::memory_order_relaxed); }
+void SetPeakRAM(bool reset) {
+    g_ramMark.store(reset ? 0 : TotalRAM(), std::memory_order_relaxed);
+}
+unsigned long long PeakRAM() {
+    return g_ramMark.load(std::memory_order_relaxed);
+}
 
-bool IsMemoryAvailable() { return true; }
+bool IsMemoryAvailable() {
+    return true;
+}
 
 void SetSwapping(int on) {
     g_swapping.store(on != 0, std::memory_order_relaxed);
     if (LogHandler* const log = GetLogHandler())
         log->LogMessage(String("Swapping Set"));
 }
-int IsSwapping() { return g_swapping.load(std::memory_order_relaxed) ? 1 : 0; }
+int IsSwapping() {
+    return g_swapping.load(std::memory_order_relaxed) ? 1 : 0;
+}

@@ -3,7 +3,9 @@
 #include "fileio/memory/Pool.h"
 #include "memory/SizeArithmetic.h"
 
-OGLPool::~OGLPool() { FreePool(); }
+OGLPool::~OGLPool() {
+    FreePool();
+}
 
 void* OGLPool::Alloc(unsigned long long n) {
     const unsigned long long rounded = fileio::detail::RoundUpTo8(n);

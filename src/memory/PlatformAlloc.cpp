@@ -48,4 +48,6 @@ void PlatformFree(void* p) {
     fileio::platform::ReleaseSystemMemory(raw);
 }
 
-unsigned long long TotalRAM() { return g_totalRam.load(std::memory_order_relaxed); }
+unsigned long long TotalRAM() {
+    return g_totalRam.load(std::memory_order_relaxed);
+}

@@ -4,13 +4,16 @@
 #include "memory/SizeArithmetic.h"
 
 static_assert(SimplePool::kChunkSize == 2 * 1024 * 1024, "a standard chunk is 2 MiB");
-static_assert(SimplePool::kLargeLimit == 0x1FFFF8, "the chunk's link word comes off the standard size");
+static_assert(SimplePool::kLargeLimit == 0x1FFFF8,
+              "the chunk's link word comes off the standard size");
 
 namespace {
 constexpr unsigned long long kLinkWord = sizeof(void*);
 }
 
-SimplePool::~SimplePool() { FreePool(); }
+SimplePool::~SimplePool() {
+    FreePool();
+}
 
 void* SimplePool::Alloc(unsigned long long n) {
     if (n == 0)
@@ -22,7 +25,8 @@ void* SimplePool::Alloc(unsigned long long n) {
         return p;
     }
     const unsigned long long chunkSize =
-        n > kLargeLimit ? fileio::detail::AddSizes(fileio::detail::RoundUpTo8(n), kLinkWord) : kChunkSize;
+        n > kLargeLimit ? fileio::detail::AddSizes(fileio::detail::RoundUpTo8(n), kLinkWord)
+                        : kChunkSize;
     auto* chunk = static_cast<char*>(PlatformAlloc(chunkSize));
     *reinterpret_cast<void**>(chunk) = m_chunks;
     m_chunks = chunk;

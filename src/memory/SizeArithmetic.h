@@ -11,10 +11,13 @@
 namespace fileio::detail {
 
 /// Ends the process for a memory request that cannot be met.
-[[noreturn]] inline void OutOfMemory() noexcept { platform::Fatal("FileIO: out of memory"); }
+[[noreturn]] inline void OutOfMemory() noexcept {
+    platform::Fatal("FileIO: out of memory");
+}
 
 /// a + b, or the end of the process when the sum does not fit in 64 bits.
-[[nodiscard]] inline unsigned long long AddSizes(unsigned long long a, unsigned long long b) noexcept {
+[[nodiscard]] inline unsigned long long AddSizes(unsigned long long a,
+                                                 unsigned long long b) noexcept {
     if (a > std::numeric_limits<unsigned long long>::max() - b)
         OutOfMemory();
     return a + b;

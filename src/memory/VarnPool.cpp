@@ -39,8 +39,12 @@ static_assert(VarnPool::kBlockSize + 8 == 128 * 1024,
               "a standard block accounts exactly 128 KiB with its platform header");
 static_assert(VarnPool::kBlockSize % 8 == 0, "chunk sizes are multiples of 8");
 
-char* Bytes(MemChunk* chunk) noexcept { return reinterpret_cast<char*>(chunk); }
-MemChunk* ChunkAt(char* address) noexcept { return reinterpret_cast<MemChunk*>(address); }
+char* Bytes(MemChunk* chunk) noexcept {
+    return reinterpret_cast<char*>(chunk);
+}
+MemChunk* ChunkAt(char* address) noexcept {
+    return reinterpret_cast<MemChunk*>(address);
+}
 
 // Takes the low `size` bytes of a free chunk of the block. The rest becomes a free chunk in
 // its place on the list if it has at least minimumRemainder bytes; otherwise it stays
@@ -80,7 +84,8 @@ void CheckFreeListAt(const MemHeader* block, const FreeChunks& free, const void*
     } else {
         assert(*link == below && "VarnPool: the free list skips or misorders a chunk");
     }
-    assert(block->largestFree == free.Largest() && "VarnPool: largestFree is not the largest free chunk");
+    assert(block->largestFree == free.Largest() &&
+           "VarnPool: largestFree is not the largest free chunk");
 }
 #endif
 
@@ -103,9 +108,11 @@ private:
 };
 
 VarnPool::VarnPool() noexcept
-    : m_total(0), m_blocks(nullptr), m_spareHeaders(nullptr), m_headerArrays(nullptr), m_table(nullptr) {
+    : m_total(0), m_blocks(nullptr), m_spareHeaders(nullptr), m_headerArrays(nullptr),
+      m_table(nullptr) {
     static_assert(sizeof(Mutex) <= sizeof(m_lock), "the platform mutex does not fit");
-    static_assert(alignof(Mutex) <= 8, "the platform mutex needs more than m_lock's alignment of 8");
+    static_assert(alignof(Mutex) <= 8,
+                  "the platform mutex needs more than m_lock's alignment of 8");
     ::new (static_cast<void*>(m_lock)) Mutex;
 }
 
@@ -121,12 +128,14 @@ VarnPool::~VarnPool() {
 void* VarnPool::VarnAlloc(unsigned long long n) {
     if (n == 0)
         return nullptr;
-    const unsigned long long size = fileio::detail::RoundUpTo8(fileio::detail::AddSizes(n, kChunkHeaderSize));
+    const unsigned long long size =
+        fileio::detail::RoundUpTo8(fileio::detail::AddSizes(n, kChunkHeaderSize));
 
     LockGuard lock(*this);
     // First fit: the newest block whose largest free chunk is big enough, and in it the free
     // chunk at the highest address that is.
-    BlockTable::Entry* entry = size < kBlockSize && m_table != nullptr ? m_table->NewestWithRoom(size) : nullptr;
+    BlockTable::Entry* entry =
+        size < kBlockSize && m_table != nullptr ? m_table->NewestWithRoom(size) : nullptr;
     MemHeader* block;
     MemChunk* chunk;
     if (entry != nullptr) {
@@ -164,12 +173,14 @@ void VarnPool::VarnFree(void* p) {
     // the process without reading memory in front of it.
     BlockTable::Entry* entry = m_table != nullptr ? m_table->Find(chunk) : nullptr;
     if (entry == nullptr)
-        fileio::platform::Fatal("FileIO: VarnFree was given a pointer that is in no block of its pool");
+        fileio::platform::Fatal(
+            "FileIO: VarnFree was given a pointer that is in no block of its pool");
     MemHeader* block = entry->header;
     const unsigned long long size = chunk->size;
     if (size == 0)
         return; // the header was cleared when a neighbour absorbed this chunk
-    assert(size % 8 == 0 && Bytes(chunk) + size <= block->end && "VarnFree: the chunk header is damaged");
+    assert(size % 8 == 0 && Bytes(chunk) + size <= block->end &&
+           "VarnFree: the chunk header is damaged");
     FreeChunks free(*entry);
     if (free.BeginsAt(chunk))
         fileio::platform::Fatal("FileIO: VarnFree was given a chunk that is free already");
@@ -296,8 +307,15 @@ void VarnPool::MakeFreeMemHeaders() {
 
     auto* records = reinterpret_cast<MemHeader*>(array + 1);
     for (unsigned long long i = 0; i < kHeadersPerArray; ++i)
-        ::new (static_cast<void*>(records + i)) MemHeader{i + 1 < kHeadersPerArray ? records + i + 1 : nullptr,
-                                                          nullptr, 0, 0, 0, nullptr, nullptr, nullptr};
+        ::new (static_cast<void*>(records + i))
+            MemHeader{i + 1 < kHeadersPerArray ? records + i + 1 : nullptr,
+                      nullptr,
+                      0,
+                      0,
+                      0,
+                      nullptr,
+                      nullptr,
+                      nullptr};
     m_spareHeaders = records;
 }
 

@@ -48,7 +48,9 @@ String String::Point() {
     return String(".");
 }
 
-String String::GetAppPath() { return String(fileio::platform::System().applicationFolder()); }
+String String::GetAppPath() {
+    return String(fileio::platform::System().applicationFolder());
+}
 
 String String::AddNameToExeDirectory(const String& name) {
     return CombineNameToPath(GetAppPath(), name);

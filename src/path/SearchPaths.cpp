@@ -81,13 +81,13 @@ SearchPaths* PushList(const String& name, const String& key) {
 /// without a profile, and puts the profile back afterwards.
 class UnprofiledSettings {
 public:
-    UnprofiledSettings() : saved_(GetLocalRegistryProfile()) { SetLocalRegistryProfile(String()); }
-    ~UnprofiledSettings() { SetLocalRegistryProfile(saved_); }
+    UnprofiledSettings() : m_saved(GetLocalRegistryProfile()) { SetLocalRegistryProfile(String()); }
+    ~UnprofiledSettings() { SetLocalRegistryProfile(m_saved); }
     UnprofiledSettings(const UnprofiledSettings&) = delete;
     UnprofiledSettings& operator=(const UnprofiledSettings&) = delete;
 
 private:
-    String saved_;
+    String m_saved;
 };
 
 } // namespace

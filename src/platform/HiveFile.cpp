@@ -123,7 +123,7 @@ HiveDocument::HiveDocument(std::string_view text) {
         for (std::string_view rest = kOpeningComment; !rest.empty();) {
             const std::size_t end = rest.find('\n');
             std::string noKey;
-            lines_.push_back(Parse(std::string(rest.substr(0, end)), noKey));
+            m_lines.push_back(Parse(std::string(rest.substr(0, end)), noKey));
             rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
         }
         return;
@@ -131,7 +131,7 @@ HiveDocument::HiveDocument(std::string_view text) {
     std::string currentKey;
     while (!text.empty()) {
         const std::size_t end = text.find('\n');
-        lines_.push_back(Parse(std::string(text.substr(0, end)), currentKey));
+        m_lines.push_back(Parse(std::string(text.substr(0, end)), currentKey));
         if (end == std::string_view::npos)
             break;
         text.remove_prefix(end + 1);
@@ -210,7 +210,7 @@ std::string HiveDocument::FormatKeyLine(std::string_view key) {
 
 bool HiveDocument::Find(std::string_view key, std::string_view name, std::string& value) const {
     const std::string wanted = NormalizeKeyPath(key);
-    for (const Line& line : lines_) {
+    for (const Line& line : m_lines) {
         if (line.kind == Kind::Value && EqualNoCase(line.key, wanted) &&
             EqualNoCase(line.name, name)) {
             value = line.value;
@@ -224,8 +224,8 @@ std::size_t HiveDocument::EndOfBlock(std::size_t keyLine) const {
     // A block ends after its last line that is not blank or a comment: trailing comments
     // are more likely to introduce the next block than to belong to this one.
     std::size_t end = keyLine + 1;
-    for (std::size_t i = keyLine + 1; i < lines_.size() && lines_[i].kind != Kind::Key; ++i) {
-        if (lines_[i].kind == Kind::Value || lines_[i].kind == Kind::Damaged)
+    for (std::size_t i = keyLine + 1; i < m_lines.size() && m_lines[i].kind != Kind::Key; ++i) {
+        if (m_lines[i].kind == Kind::Value || m_lines[i].kind == Kind::Damaged)
             end = i + 1;
     }
     return end;
@@ -234,8 +234,8 @@ std::size_t HiveDocument::EndOfBlock(std::size_t keyLine) const {
 bool HiveDocument::Set(std::string_view key, std::string_view name, std::string_view value) {
     const std::string wanted = NormalizeKeyPath(key);
     std::optional<std::size_t> firstBlock;
-    for (std::size_t i = 0; i < lines_.size(); ++i) {
-        Line& line = lines_[i];
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        Line& line = m_lines[i];
         if (line.kind == Kind::Key && !firstBlock && EqualNoCase(line.key, wanted))
             firstBlock = i;
         if (line.kind == Kind::Value && EqualNoCase(line.key, wanted) &&
@@ -250,25 +250,25 @@ bool HiveDocument::Set(std::string_view key, std::string_view name, std::string_
     Line added{Kind::Value, FormatValueLine(name, value), wanted, std::string(name),
                std::string(value)};
     if (firstBlock) {
-        lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(EndOfBlock(*firstBlock)),
-                      std::move(added));
+        m_lines.insert(m_lines.begin() + static_cast<std::ptrdiff_t>(EndOfBlock(*firstBlock)),
+                       std::move(added));
         return true;
     }
-    if (!lines_.empty() && lines_.back().kind != Kind::Blank)
-        lines_.push_back(Line{Kind::Blank, {}, {}, {}, {}});
-    lines_.push_back(Line{Kind::Key, FormatKeyLine(wanted), wanted, {}, {}});
-    lines_.push_back(std::move(added));
+    if (!m_lines.empty() && m_lines.back().kind != Kind::Blank)
+        m_lines.push_back(Line{Kind::Blank, {}, {}, {}, {}});
+    m_lines.push_back(Line{Kind::Key, FormatKeyLine(wanted), wanted, {}, {}});
+    m_lines.push_back(std::move(added));
     return true;
 }
 
 bool HiveDocument::Remove(std::string_view key, std::string_view name) {
     const std::string wanted = NormalizeKeyPath(key);
-    const auto removed = std::remove_if(lines_.begin(), lines_.end(), [&](const Line& line) {
+    const auto removed = std::remove_if(m_lines.begin(), m_lines.end(), [&](const Line& line) {
         return line.kind == Kind::Value && EqualNoCase(line.key, wanted) &&
                EqualNoCase(line.name, name);
     });
-    const bool any = removed != lines_.end();
-    lines_.erase(removed, lines_.end());
+    const bool any = removed != m_lines.end();
+    m_lines.erase(removed, m_lines.end());
     return any;
 }
 
@@ -279,8 +279,8 @@ bool HiveDocument::RemoveKey(std::string_view key) {
     bool inRemovedBlock = false;
     bool any = false;
     std::vector<Line> kept;
-    kept.reserve(lines_.size());
-    for (Line& line : lines_) {
+    kept.reserve(m_lines.size());
+    for (Line& line : m_lines) {
         if (line.kind == Kind::Key) {
             inRemovedBlock = IsSameOrBelow(line.key, wanted);
             any = any || inRemovedBlock;
@@ -288,13 +288,13 @@ bool HiveDocument::RemoveKey(std::string_view key) {
         if (!inRemovedBlock)
             kept.push_back(std::move(line));
     }
-    lines_ = std::move(kept);
+    m_lines = std::move(kept);
     return any;
 }
 
 std::string HiveDocument::Text() const {
     std::string out;
-    for (const Line& line : lines_) {
+    for (const Line& line : m_lines) {
         out += line.raw;
         out += '\n';
     }
@@ -303,9 +303,9 @@ std::string HiveDocument::Text() const {
 
 std::vector<HiveDocument::DamagedLine> HiveDocument::Damage() const {
     std::vector<DamagedLine> damage;
-    for (std::size_t i = 0; i < lines_.size(); ++i) {
-        if (lines_[i].kind == Kind::Damaged)
-            damage.push_back(DamagedLine{i + 1, lines_[i].raw});
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        if (m_lines[i].kind == Kind::Damaged)
+            damage.push_back(DamagedLine{i + 1, m_lines[i].raw});
     }
     return damage;
 }

@@ -91,7 +91,7 @@ private:
     static std::string FormatKeyLine(std::string_view key);
     std::size_t EndOfBlock(std::size_t keyLine) const;
 
-    std::vector<Line> lines_;
+    std::vector<Line> m_lines;
 };
 
 /// The escape of `text` as the hive file writes it (see above). `extra` lists the bytes

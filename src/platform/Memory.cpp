@@ -16,7 +16,9 @@ void* AllocateSystemMemory(unsigned long long bytes) {
     return p;
 }
 
-void ReleaseSystemMemory(void* p) noexcept { std::free(p); }
+void ReleaseSystemMemory(void* p) noexcept {
+    std::free(p);
+}
 
 void Fatal(const char* why) noexcept {
     std::fputs(why, stderr);

@@ -61,34 +61,33 @@ public:
 private:
     // Large and aligned enough for a CRITICAL_SECTION (40 bytes) or a pthread_mutex_t (40
     // bytes on x86-64 glibc); each implementation checks this with a static_assert.
-    alignas(8) unsigned char storage_[64];
+    alignas(8) unsigned char m_storage[64];
 };
 
 /// Holds a Mutex for the lifetime of the guard.
 class MutexGuard {
 public:
-    explicit MutexGuard(Mutex& m) noexcept : mutex_(m) { mutex_.Lock(); }
-    ~MutexGuard() { mutex_.Unlock(); }
+    explicit MutexGuard(Mutex& m) noexcept : m_mutex(m) { m_mutex.Lock(); }
+    ~MutexGuard() { m_mutex.Unlock(); }
     MutexGuard(const MutexGuard&) = delete;
     MutexGuard& operator=(const MutexGuard&) = delete;
 
 private:
-    Mutex& mutex_;
+    Mutex& m_mutex;
 };
 
 /// Replaces a service table for the lifetime of the guard and restores the saved one after.
 /// Usage: `ScopedServices<FileServices> guard(Files()); Files().write = FailingWrite;`
-template <class Table>
-class ScopedServices {
+template <class Table> class ScopedServices {
 public:
-    explicit ScopedServices(Table& table) : table_(table), saved_(table) {}
-    ~ScopedServices() { table_ = saved_; }
+    explicit ScopedServices(Table& table) : m_table(table), m_saved(table) {}
+    ~ScopedServices() { m_table = m_saved; }
     ScopedServices(const ScopedServices&) = delete;
     ScopedServices& operator=(const ScopedServices&) = delete;
 
 private:
-    Table& table_;
-    Table saved_;
+    Table& m_table;
+    Table m_saved;
 };
 
 // ---------------------------------------------------------------------------------------
@@ -315,13 +314,13 @@ SystemServices& System();
 /// Shows the wait cursor for the lifetime of the guard.
 class ScopedWaitCursor {
 public:
-    ScopedWaitCursor() : previous_(System().beginWaitCursor()) {}
-    ~ScopedWaitCursor() { System().endWaitCursor(previous_); }
+    ScopedWaitCursor() : m_previous(System().beginWaitCursor()) {}
+    ~ScopedWaitCursor() { System().endWaitCursor(m_previous); }
     ScopedWaitCursor(const ScopedWaitCursor&) = delete;
     ScopedWaitCursor& operator=(const ScopedWaitCursor&) = delete;
 
 private:
-    void* previous_;
+    void* m_previous;
 };
 
 // ---------------------------------------------------------------------------------------

@@ -8,9 +8,9 @@ namespace fileio::detail {
 
 WordMap::WordMap(std::span<const VocabularyRow> rows, std::uint32_t bucketCount,
                  std::int32_t indexSize)
-    : bucketCount_(bucketCount == 0 ? 1 : bucketCount),
-      buckets_(std::make_unique<Entry*[]>(bucketCount_)),
-      index_(static_cast<std::size_t>(indexSize > 0 ? indexSize : 0), nullptr) {
+    : m_bucketCount(bucketCount == 0 ? 1 : bucketCount),
+      m_buckets(std::make_unique<Entry*[]>(m_bucketCount)),
+      m_index(static_cast<std::size_t>(indexSize > 0 ? indexSize : 0), nullptr) {
     for (const VocabularyRow& row : rows)
         Put(row.word, row.id, false);
 }
@@ -41,7 +41,7 @@ std::uint32_t WordMap::BucketKey(std::string_view word) noexcept {
 }
 
 WordMap::Entry* WordMap::Find(std::string_view word, std::uint32_t key) const noexcept {
-    for (Entry* entry = buckets_[key % bucketCount_]; entry != nullptr; entry = entry->next) {
+    for (Entry* entry = m_buckets[key % m_bucketCount]; entry != nullptr; entry = entry->next) {
         if (entry->key == key && entry->length == word.size() &&
             std::memcmp(entry->word, word.data(), word.size()) == 0)
             return entry;
@@ -65,36 +65,36 @@ void WordMap::Put(std::string_view word, std::int32_t id, bool copyWord) {
     if (entry != nullptr) {
         const std::int32_t oldId = entry->id;
         entry->id = id;
-        if (IsIndexed(oldId) && index_[static_cast<std::size_t>(oldId)] == entry)
-            index_[static_cast<std::size_t>(oldId)] = AnyEntryWithId(oldId);
+        if (IsIndexed(oldId) && m_index[static_cast<std::size_t>(oldId)] == entry)
+            m_index[static_cast<std::size_t>(oldId)] = AnyEntryWithId(oldId);
     } else {
         const char* stored = word.data();
         if (copyWord) {
             auto copy = std::make_unique<char[]>(word.size() + 1);
             std::memcpy(copy.get(), word.data(), word.size());
             stored = copy.get();
-            copiedWords_.push_back(std::move(copy));
+            m_copiedWords.push_back(std::move(copy));
         }
         entry = NewEntry();
-        Entry*& bucket = buckets_[key % bucketCount_];
+        Entry*& bucket = m_buckets[key % m_bucketCount];
         *entry = {bucket, stored, key, static_cast<std::uint32_t>(word.size()), id};
         bucket = entry;
     }
     if (IsIndexed(id))
-        index_[static_cast<std::size_t>(id)] = entry;
+        m_index[static_cast<std::size_t>(id)] = entry;
 }
 
 WordMap::Entry* WordMap::NewEntry() {
-    if (usedInLastBlock_ == kBlockSize) {
-        blocks_.push_back(std::make_unique<Entry[]>(kBlockSize));
-        usedInLastBlock_ = 0;
+    if (m_usedInLastBlock == kBlockSize) {
+        m_blocks.push_back(std::make_unique<Entry[]>(kBlockSize));
+        m_usedInLastBlock = 0;
     }
-    return &blocks_.back()[usedInLastBlock_++];
+    return &m_blocks.back()[m_usedInLastBlock++];
 }
 
 WordMap::Entry* WordMap::AnyEntryWithId(std::int32_t id) const noexcept {
-    for (std::uint32_t bucket = 0; bucket < bucketCount_; ++bucket) {
-        for (Entry* entry = buckets_[bucket]; entry != nullptr; entry = entry->next) {
+    for (std::uint32_t bucket = 0; bucket < m_bucketCount; ++bucket) {
+        for (Entry* entry = m_buckets[bucket]; entry != nullptr; entry = entry->next) {
             if (entry->id == id)
                 return entry;
         }

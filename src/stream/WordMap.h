@@ -49,7 +49,7 @@ public:
     std::optional<std::string_view> WordOf(std::int32_t id) const noexcept {
         if (!IsIndexed(id))
             return std::nullopt;
-        const Entry* entry = index_[static_cast<std::size_t>(id)];
+        const Entry* entry = m_index[static_cast<std::size_t>(id)];
         if (entry == nullptr)
             return std::nullopt;
         return std::string_view(entry->word, entry->length);
@@ -75,15 +75,15 @@ private:
     Entry* NewEntry();
     Entry* AnyEntryWithId(std::int32_t id) const noexcept;
     bool IsIndexed(std::int32_t id) const noexcept {
-        return id >= 0 && static_cast<std::size_t>(id) < index_.size();
+        return id >= 0 && static_cast<std::size_t>(id) < m_index.size();
     }
 
-    std::uint32_t bucketCount_;
-    std::unique_ptr<Entry*[]> buckets_;
-    std::vector<Entry*> index_;
-    std::vector<std::unique_ptr<Entry[]>> blocks_;
-    std::size_t usedInLastBlock_ = kBlockSize;
-    std::vector<std::unique_ptr<char[]>> copiedWords_;
+    std::uint32_t m_bucketCount;
+    std::unique_ptr<Entry*[]> m_buckets;
+    std::vector<Entry*> m_index;
+    std::vector<std::unique_ptr<Entry[]>> m_blocks;
+    std::size_t m_usedInLastBlock = kBlockSize;
+    std::vector<std::unique_ptr<char[]>> m_copiedWords;
 };
 
 } // namespace fileio::detail

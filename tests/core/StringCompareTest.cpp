@@ -13,18 +13,24 @@ enum class Kind { Null, EmptyBuffer, Text };
 
 String Make(Kind kind, const char* text = "") {
     switch (kind) {
-    case Kind::Null: return String();
-    case Kind::EmptyBuffer: return String('\0');
-    case Kind::Text: return String(text);
+    case Kind::Null:
+        return String();
+    case Kind::EmptyBuffer:
+        return String('\0');
+    case Kind::Text:
+        return String(text);
     }
     return String();
 }
 
 std::string Describe(Kind kind, const char* text) {
     switch (kind) {
-    case Kind::Null: return "null";
-    case Kind::EmptyBuffer: return "empty buffer";
-    case Kind::Text: return '"' + std::string(text) + '"';
+    case Kind::Null:
+        return "null";
+    case Kind::EmptyBuffer:
+        return "empty buffer";
+    case Kind::Text:
+        return '"' + std::string(text) + '"';
     }
     return {};
 }
@@ -43,30 +49,31 @@ TEST_F(StringComparison, OperatorTable) {
     const Kind N = Kind::Null, E = Kind::EmptyBuffer, T = Kind::Text;
     const Row rows[] = {
         //                       ==     <      <=     >      >=
-        {N, "", N, "",           true,  false, true,  false, true},
-        {N, "", E, "",           false, true,  true,  false, false},
-        {E, "", N, "",           false, false, false, true,  true},
-        {E, "", E, "",           true,  false, true,  false, true},
-        {N, "", T, "a",          false, true,  true,  false, false},
-        {T, "a", N, "",          false, false, false, true,  true},
-        {E, "", T, "a",          false, true,  true,  false, false},
-        {T, "a", E, "",          false, false, false, true,  true},
-        {T, "abc", T, "ABC",     true,  false, true,  false, true},
-        {T, "abc", T, "abd",     false, true,  true,  false, false},
-        {T, "ABD", T, "abc",     false, false, false, true,  true},
-        {T, "ab", T, "abc",      false, true,  true,  false, false},
-        {T, "abc", T, "AB",      false, false, false, true,  true},
+        {N, "", N, "", true, false, true, false, true},
+        {N, "", E, "", false, true, true, false, false},
+        {E, "", N, "", false, false, false, true, true},
+        {E, "", E, "", true, false, true, false, true},
+        {N, "", T, "a", false, true, true, false, false},
+        {T, "a", N, "", false, false, false, true, true},
+        {E, "", T, "a", false, true, true, false, false},
+        {T, "a", E, "", false, false, false, true, true},
+        {T, "abc", T, "ABC", true, false, true, false, true},
+        {T, "abc", T, "abd", false, true, true, false, false},
+        {T, "ABD", T, "abc", false, false, false, true, true},
+        {T, "ab", T, "abc", false, true, true, false, false},
+        {T, "abc", T, "AB", false, false, false, true, true},
         // '_' (0x5F) lies between the capitals and the small letters: letters are lowered
         // before comparing, so "_" orders before "A".
-        {T, "_", T, "A",         false, true,  true,  false, false},
-        {T, "[", T, "a",         false, true,  true,  false, false},
+        {T, "_", T, "A", false, true, true, false, false},
+        {T, "[", T, "a", false, true, true, false, false},
         // Bytes of 0x80 and above compare as unsigned values, after every ASCII letter,
         // and are not folded.
-        {T, "\x80", T, "z",      false, false, false, true,  true},
-        {T, "\xC9", T, "\xE9",   false, true,  true,  false, false},
+        {T, "\x80", T, "z", false, false, false, true, true},
+        {T, "\xC9", T, "\xE9", false, true, true, false, false},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(Describe(row.leftKind, row.left) + " vs " + Describe(row.rightKind, row.right));
+        SCOPED_TRACE(Describe(row.leftKind, row.left) + " vs " +
+                     Describe(row.rightKind, row.right));
         const String a = Make(row.leftKind, row.left);
         const String b = Make(row.rightKind, row.right);
         EXPECT_EQ(a == b, row.eq);
@@ -82,9 +89,9 @@ TEST_F(StringComparison, DocumentedEdgeCases) {
     EXPECT_FALSE(String("") == String('\0'));
     EXPECT_TRUE(String("") < String('\0'));
     EXPECT_TRUE(String("abc") == String("ABC"));
-    EXPECT_TRUE(String("abc") == "ABC");   // a C text converts
+    EXPECT_TRUE(String("abc") == "ABC"); // a C text converts
     EXPECT_TRUE("ABC" == String("abc"));
-    EXPECT_TRUE(String() == "");           // "" is null too
+    EXPECT_TRUE(String() == ""); // "" is null too
 }
 
 TEST_F(StringComparison, CompareIsStricter) {
@@ -98,9 +105,9 @@ TEST_F(StringComparison, CompareIsStricter) {
         {String("abc"), String("ABC"), true, false},
         {String("abc"), String("abc"), true, true},
         {String("abc"), String("abd"), false, false},
-        {String("abc"), String("ab"), false, false},   // lengths differ
+        {String("abc"), String("ab"), false, false}, // lengths differ
         {String("ab"), String("abc"), false, false},
-        {String(), String(), false, false},            // two empty strings are not equal
+        {String(), String(), false, false}, // two empty strings are not equal
         {String('\0'), String('\0'), false, false},
         {String(), String("a"), false, false},
         {String("a"), String('\0'), false, false},

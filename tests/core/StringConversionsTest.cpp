@@ -28,19 +28,19 @@ TEST_F(StringConversion, DoublesFromText) {
     };
     const Row rows[] = {
         {"0.5", BitsOf(0.5)},
-        {" \t\n\v\f\r12", BitsOf(12.0)},  // every C white-space character is skipped
+        {" \t\n\v\f\r12", BitsOf(12.0)}, // every C white-space character is skipped
         {"+3", BitsOf(3.0)},
         {"-3", BitsOf(-3.0)},
-        {"12abc", BitsOf(12.0)},          // partial numbers count
-        {"1e", BitsOf(1.0)},              // an exponent without digits is not read
+        {"12abc", BitsOf(12.0)}, // partial numbers count
+        {"1e", BitsOf(1.0)},     // an exponent without digits is not read
         {"1e+", BitsOf(1.0)},
         {"1E5", BitsOf(1e5)},
         {"1.5e-3x", BitsOf(1.5e-3)},
         {".5", BitsOf(0.5)},
         {"5.", BitsOf(5.0)},
         {"007", BitsOf(7.0)},
-        {"1,5", BitsOf(1.0)},             // a comma is never a decimal point
-        {".", BitsOf(0.0)},               // no number at all: +0
+        {"1,5", BitsOf(1.0)}, // a comma is never a decimal point
+        {".", BitsOf(0.0)},   // no number at all: +0
         {"-.", BitsOf(0.0)},
         {"", BitsOf(0.0)},
         {"-", BitsOf(0.0)},
@@ -49,42 +49,42 @@ TEST_F(StringConversion, DoublesFromText) {
         {"--1", BitsOf(0.0)},
         {"- 1", BitsOf(0.0)},
         {"-0", BitsOf(-0.0)},
-        {"0x1.8p3", BitsOf(12.0)},        // hexadecimal
+        {"0x1.8p3", BitsOf(12.0)}, // hexadecimal
         {"0X1P-2", BitsOf(0.25)},
         {"-0x10", BitsOf(-16.0)},
         {"0x.8", BitsOf(0.5)},
         {"0x1p", BitsOf(1.0)},
-        {"0x", BitsOf(0.0)},              // the "0" before the x is the number
+        {"0x", BitsOf(0.0)}, // the "0" before the x is the number
         {"-0x", BitsOf(-0.0)},
         {"0xg", BitsOf(0.0)},
         {"0x1p-1074", BitsOf(std::numeric_limits<double>::denorm_min())},
-        {"0x1p-1075", BitsOf(0.0)},       // a tie with 0: to even
+        {"0x1p-1075", BitsOf(0.0)}, // a tie with 0: to even
         {"0x1.8p-1075", BitsOf(std::numeric_limits<double>::denorm_min())},
         {"0x1p1024", BitsOf(kInf)},
         {"inf", BitsOf(kInf)},
         {"-Infinity", BitsOf(-kInf)},
-        {"INFINITE", BitsOf(kInf)},       // not "INFINITY": only "INF" is read
+        {"INFINITE", BitsOf(kInf)}, // not "INFINITY": only "INF" is read
         {"in", BitsOf(0.0)},
         {"nan", 0x7FF8000000000000},
         {"-NaN", 0xFFF8000000000000},
         {"nan(123)", 0x7FF800000000007B}, // a numeric n-char-sequence is the payload
         {"nan(0x10)", 0x7FF8000000000010},
-        {"nan(010)", 0x7FF8000000000008}, // base 0: a leading 0 is octal
-        {"nan(08)", 0x7FF8000000000000},  // not a whole number: no payload
-        {"nan(abc", 0x7FF8000000000000},  // unclosed: just "nan"
+        {"nan(010)", 0x7FF8000000000008},                    // base 0: a leading 0 is octal
+        {"nan(08)", 0x7FF8000000000000},                     // not a whole number: no payload
+        {"nan(abc", 0x7FF8000000000000},                     // unclosed: just "nan"
         {"nan(0xFFFFFFFFFFFFFFFFFFFF)", 0x7FFFFFFFFFFFFFFF}, // overflow: all payload bits
         {"nan(snan)", 0x7FF4000000000000},
         {"-nan(ind)", 0xFFF8000000000000},
-        {"1e400", BitsOf(kInf)},          // overflow
+        {"1e400", BitsOf(kInf)}, // overflow
         {"-1e400", BitsOf(-kInf)},
-        {"1e-400", BitsOf(0.0)},          // underflow to a zero of the text's sign
+        {"1e-400", BitsOf(0.0)}, // underflow to a zero of the text's sign
         {"-1e-400", BitsOf(-0.0)},
         {"3e-324", BitsOf(std::numeric_limits<double>::denorm_min())},
         {"2.4703282292062328e-324", BitsOf(std::numeric_limits<double>::denorm_min())},
         {"2.4703282292062327e-324", BitsOf(0.0)}, // just below half the smallest value
         {"2.2250738585072011e-308", 0x000FFFFFFFFFFFFF},
         {"1.7976931348623158e308", BitsOf(DBL_MAX)},
-        {"1.7976931348623159e308", BitsOf(kInf)},  // past half an ulp above DBL_MAX
+        {"1.7976931348623159e308", BitsOf(kInf)}, // past half an ulp above DBL_MAX
         {"1e99999999999999999999", BitsOf(kInf)},
         {"1e-99999999999999999999", BitsOf(0.0)},
         {"0e99999999999999999999", BitsOf(0.0)},
@@ -111,7 +111,7 @@ TEST_F(StringConversion, FloatsFromText) {
     const Row rows[] = {
         {"0.1", BitsOf(0.1f)},
         {"3.4028235e38", BitsOf(FLT_MAX)},
-        {"3.4028235677973366e38", BitsOf(FLT_MAX)},       // just below the halfway point
+        {"3.4028235677973366e38", BitsOf(FLT_MAX)}, // just below the halfway point
         {"3.4028236e38", BitsOf(std::numeric_limits<float>::infinity())},
         {"1e-45", 0x00000001},
         {"7e-46", 0x00000000},
@@ -122,9 +122,9 @@ TEST_F(StringConversion, FloatsFromText) {
         {"1.00000005960464477539062501", 0x3F800001},
         {"1.00000005960464477539062499", 0x3F800000},
         {"nan(0x10)", 0x7FC00010},
-        {"nan(0xFFFFFF)", 0x7FFFFFFF},                    // only the bits below the quiet bit
+        {"nan(0xFFFFFF)", 0x7FFFFFFF}, // only the bits below the quiet bit
         {"-nan(snan)", 0xFFA00000},
-        {"16777217", 0x4B800000},                         // a tie: to even (16777216)
+        {"16777217", 0x4B800000}, // a tie: to even (16777216)
         {"  -2.5e+1junk", BitsOf(-25.0f)},
     };
     for (const Row& row : rows) {
@@ -141,7 +141,7 @@ TEST_F(StringConversion, ThirtyTwoBitIntegers) {
     const Row rows[] = {
         {"0", 0},
         {"2147483647", INT32_MAX},
-        {"2147483648", INT32_MAX},        // clamped as a 32-bit strtol clamps
+        {"2147483648", INT32_MAX}, // clamped as a 32-bit strtol clamps
         {"-2147483648", INT32_MIN},
         {"-2147483649", INT32_MIN},
         {"99999999999999999999999", INT32_MAX},
@@ -149,7 +149,7 @@ TEST_F(StringConversion, ThirtyTwoBitIntegers) {
         {" -12x", -12},
         {"+7", 7},
         {"\v42", 42},
-        {"0x10", 0},                      // decimal only
+        {"0x10", 0}, // decimal only
         {"1e3", 1},
         {"12.9", 12},
         {"000000000000000000000000000012", 12},
@@ -176,7 +176,7 @@ TEST_F(StringConversion, UnsignedIntegers) {
     const Row rows[] = {
         {"4294967295", 4294967295u, 4294967295u},
         {"4294967296", 4294967295u, 4294967296u},
-        {"-1", 4294967295u, UINT64_MAX},               // "-" negates modulo 2^n
+        {"-1", 4294967295u, UINT64_MAX}, // "-" negates modulo 2^n
         {"-4294967295", 1u, 18446744069414584321u},
         {"-4294967296", 4294967295u, 18446744069414584320u}, // magnitude too big for 32 bits
         {"-0", 0u, 0u},
@@ -226,8 +226,14 @@ TEST_F(StringConversion, HostileTexts) {
     EXPECT_EQ(String(("-" + manyDigits).c_str()).Str_atoll(), INT64_MIN);
     const std::string manySpaces(100000, ' ');
     EXPECT_EQ(String((manySpaces + "5").c_str()).Str_atoi(), 5);
-    EXPECT_EQ(String("\xFF\x80" "5").Str_atoi(), 0);
-    EXPECT_EQ(String("\xA0" "5").Str_atod(), 0.0); // a no-break space is not white space here
+    EXPECT_EQ(String("\xFF\x80"
+                     "5")
+                  .Str_atoi(),
+              0);
+    EXPECT_EQ(String("\xA0"
+                     "5")
+                  .Str_atod(),
+              0.0); // a no-break space is not white space here
     const char withNul[] = {'4', '\0', '2'};
     EXPECT_EQ(String(withNul, 3).Str_atoi(), 4);
     EXPECT_EQ(BitsOf(String(("nan(" + std::string(100000, 'a') + ")").c_str()).Str_atod()),
@@ -239,8 +245,8 @@ TEST_F(StringConversion, HostileTexts) {
 /// A locale whose decimal point is a comma, or null when the system has none.
 const char* FindCommaLocale() {
     static const char* const candidates[] = {
-        "de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8", "de_DE", "fr_FR",
-        "German_Germany.1252", "French_France.1252", "de-DE", "fr-FR",
+        "de_DE.UTF-8", "de_DE.utf8",          "fr_FR.UTF-8",        "fr_FR.utf8", "de_DE",
+        "fr_FR",       "German_Germany.1252", "French_France.1252", "de-DE",      "fr-FR",
     };
     for (const char* name : candidates) {
         if (std::setlocale(LC_ALL, name) != nullptr) {
@@ -299,7 +305,8 @@ TEST_F(StringConversion, MatchesTheCRuntimeConversions) {
         } else {
             const double value = DoubleFromBits(random());
             const char* formats[] = {"%.17g", "%.25e", "%a", "%.3g"};
-            std::snprintf(text, sizeof text, formats[random() % 4], kind == 1 ? value : value * 1e-10);
+            std::snprintf(text, sizeof text, formats[random() % 4],
+                          kind == 1 ? value : value * 1e-10);
         }
         SCOPED_TRACE(text);
         const String s(text);
@@ -311,7 +318,8 @@ TEST_F(StringConversion, MatchesTheCRuntimeConversions) {
         ASSERT_EQ(s.Str_atoull(), std::strtoull(text, nullptr, 10));
         // A 32-bit strtol clamps exactly where clamping the 64-bit result to 32 bits does.
         const long long wide = std::strtoll(text, nullptr, 10);
-        ASSERT_EQ(s.Str_atoi(), static_cast<int>(std::clamp<long long>(wide, INT32_MIN, INT32_MAX)));
+        ASSERT_EQ(s.Str_atoi(),
+                  static_cast<int>(std::clamp<long long>(wide, INT32_MIN, INT32_MAX)));
     }
 }
 #endif

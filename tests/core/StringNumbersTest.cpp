@@ -24,8 +24,12 @@ using StringNumberText = StringPoolTest;
 
 /// A NaN's sign and quiet bits, its exponent bits (all ones for every NaN) and nothing of
 /// its payload.
-std::uint64_t NaNKind(double value) { return BitsOf(value) & 0xFFF8000000000000; }
-std::uint32_t NaNKind(float value) { return BitsOf(value) & 0xFFC00000; }
+std::uint64_t NaNKind(double value) {
+    return BitsOf(value) & 0xFFF8000000000000;
+}
+std::uint32_t NaNKind(float value) {
+    return BitsOf(value) & 0xFFC00000;
+}
 
 TEST_F(StringNumberText, Integers) {
     struct Row {
@@ -72,17 +76,17 @@ TEST_F(StringNumberText, FloatsWithNineDigits) {
         {123456789.0f, "123456792"},
         {1.5e-7f, "1.50000005e-07"},
         {1e-10f, "1.00000001e-10"},
-        {0.0001f, "9.99999975e-05"},   // exponent -5: scientific
-        {0.001f, "0.00100000005"},     // exponent -3: fixed
-        {1e8f, "100000000"},           // exponent 8: still fixed
-        {1e9f, "1e+09"},               // exponent 9: scientific
+        {0.0001f, "9.99999975e-05"}, // exponent -5: scientific
+        {0.001f, "0.00100000005"},   // exponent -3: fixed
+        {1e8f, "100000000"},         // exponent 8: still fixed
+        {1e9f, "1e+09"},             // exponent 9: scientific
         {4294967296.0f, "4.2949673e+09"},
         {16777217.0f, "16777216"},
         {1.0f / 3.0f, "0.333333343"},
         {0.3f, "0.300000012"},
         {-65504.0f, "-65504"},
-        {0x1p-13f, "0.000122070312"},  // 0.0001220703125: a tie, kept even
-        {0x3p-13f, "0.000366210938"},  // 0.0003662109375: a tie, rounded up to even
+        {0x1p-13f, "0.000122070312"}, // 0.0001220703125: a tie, kept even
+        {0x3p-13f, "0.000366210938"}, // 0.0003662109375: a tie, rounded up to even
         {FLT_MAX, "3.40282347e+38"},
         {-FLT_MAX, "-3.40282347e+38"},
         {FLT_MIN, "1.17549435e-38"},
@@ -111,19 +115,19 @@ TEST_F(StringNumberText, DoublesWithSeventeenDigits) {
         {0.3, "0.29999999999999999"},
         {0.1 + 0.2, "0.30000000000000004"},
         {2.0 / 3.0, "0.66666666666666663"},
-        {1e16, "10000000000000000"},   // exponent 16: still fixed
-        {1e17, "1e+17"},               // exponent 17: scientific
+        {1e16, "10000000000000000"}, // exponent 16: still fixed
+        {1e17, "1e+17"},             // exponent 17: scientific
         {1e22, "1e+22"},
         {1e23, "9.9999999999999992e+22"},
         {1e-300, "1e-300"},
         {123456789012345678.0, "1.2345678901234568e+17"},
         {9007199254740993.0, "9007199254740992"},
-        {0x1p-25, "2.9802322387695312e-08"},  // ...3125 cut at a tie: kept even
-        {0x3p-25, "8.9406967163085938e-08"},  // ...9375: a tie, rounded up to even
+        {0x1p-25, "2.9802322387695312e-08"}, // ...3125 cut at a tie: kept even
+        {0x3p-25, "8.9406967163085938e-08"}, // ...9375: a tie, rounded up to even
         {DBL_MAX, "1.7976931348623157e+308"},
         {-DBL_MAX, "-1.7976931348623157e+308"},
         {DBL_MIN, "2.2250738585072014e-308"},
-        {0x1p-1050, "8.289046058458095e-317"},  // subnormal; its 17th digit, a 0, is dropped
+        {0x1p-1050, "8.289046058458095e-317"}, // subnormal; its 17th digit, a 0, is dropped
         {std::numeric_limits<double>::denorm_min(), "4.9406564584124654e-324"},
     };
     for (const Row& row : rows) {
@@ -140,19 +144,19 @@ TEST_F(StringNumberText, FixedDecimals) {
     const Row rows[] = {
         {String(2.0, 2), "2"},
         {String(1.5, 2), "1.5"},
-        {String(100.0, 0), "100"},            // no point: the zeros stay
+        {String(100.0, 0), "100"}, // no point: the zeros stay
         {String(1e20, 2), "100000000000000000000"},
-        {String(0.125f, 2), "0.12"},          // a tie: to even
-        {String(0.375, 2), "0.38"},           // a tie: to even, upwards
+        {String(0.125f, 2), "0.12"}, // a tie: to even
+        {String(0.375, 2), "0.38"},  // a tie: to even, upwards
         {String(2.5, 0), "2"},
         {String(3.5, 0), "4"},
         {String(0.5, 0), "0"},
-        {String(-0.001, 2), "-0"},            // "-0.00" loses its zeros and its point
-        {String(0.1f, 12), "0.100000001"},    // floats stop at 9 decimals
+        {String(-0.001, 2), "-0"},                // "-0.00" loses its zeros and its point
+        {String(0.1f, 12), "0.100000001"},        // floats stop at 9 decimals
         {String(0.1, 20), "0.10000000000000001"}, // doubles at 17
-        {String(1.0 / 3.0, -1), "0.333333"},  // a negative count means 6
+        {String(1.0 / 3.0, -1), "0.333333"},      // a negative count means 6
         {String(1e-10f, 9), "0"},
-        {String(2.0005f, 3), "2"},            // 2.0004999... rounds to 2.000
+        {String(2.0005f, 3), "2"}, // 2.0004999... rounds to 2.000
         {String(-7.25, 1), "-7.2"},
         {String(1.0, 17), "1"},
     };
@@ -180,12 +184,12 @@ TEST_F(StringNumberText, InfinityAndEveryNaNKind) {
     const Row rows[] = {
         {0x7FF0000000000000, 0x7F800000, "inf"},
         {0xFFF0000000000000, 0xFF800000, "-inf"},
-        {0x7FF8000000000000, 0x7FC00000, "nan"},        // quiet
-        {0x7FFFFFFFFFFFFFFF, 0x7FFFFFFF, "nan"},        // quiet with a payload
-        {0xFFF8000000000001, 0xFFC00001, "-nan"},       // quiet, negative, with a payload
-        {0xFFFC000000000000, 0xFFE00000, "-nan"},       // more than the top bit set
-        {0xFFF8000000000000, 0xFFC00000, "-nan(ind)"},  // the default indeterminate NaN
-        {0x7FF0000000000001, 0x7F800001, "nan(snan)"},  // signalling
+        {0x7FF8000000000000, 0x7FC00000, "nan"},       // quiet
+        {0x7FFFFFFFFFFFFFFF, 0x7FFFFFFF, "nan"},       // quiet with a payload
+        {0xFFF8000000000001, 0xFFC00001, "-nan"},      // quiet, negative, with a payload
+        {0xFFFC000000000000, 0xFFE00000, "-nan"},      // more than the top bit set
+        {0xFFF8000000000000, 0xFFC00000, "-nan(ind)"}, // the default indeterminate NaN
+        {0x7FF0000000000001, 0x7F800001, "nan(snan)"}, // signalling
         {0x7FF4000000000000, 0x7FA00000, "nan(snan)"},
         {0xFFF7FFFFFFFFFFFF, 0xFFBFFFFF, "-nan(snan)"},
     };
@@ -290,17 +294,20 @@ TEST_F(StringNumberText, MatchesTheCRuntimeFormatter) {
         }
         // Fixed forms of values of ordinary size (random bit patterns are mostly huge or
         // tiny); the trailing-zero rule applied to the runtime's text by hand.
-        const double ordinary = std::ldexp(static_cast<double>(random() >> 11), -53 + static_cast<int>(random() % 40) - 10);
+        const double ordinary = std::ldexp(static_cast<double>(random() >> 11),
+                                           -53 + static_cast<int>(random() % 40) - 10);
         for (const bool asFloat : {false, true}) {
             const int kept = decimals < 0 ? 6 : std::min(decimals, asFloat ? 9 : 17);
             const double value = asFloat ? static_cast<float>(ordinary) : ordinary;
-            std::string text(expected, static_cast<std::size_t>(std::snprintf(expected, sizeof expected, "%.*f", kept, value)));
+            std::string text(expected, static_cast<std::size_t>(std::snprintf(
+                                           expected, sizeof expected, "%.*f", kept, value)));
             if (text.find('.') != std::string::npos) {
                 text.erase(text.find_last_not_of('0') + 1);
                 if (text.back() == '.')
                     text.pop_back();
             }
-            const String made = asFloat ? String(static_cast<float>(ordinary), decimals) : String(ordinary, decimals);
+            const String made = asFloat ? String(static_cast<float>(ordinary), decimals)
+                                        : String(ordinary, decimals);
             ASSERT_EQ(TextOf(made), text) << "decimals " << decimals;
         }
     }

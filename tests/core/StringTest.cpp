@@ -33,7 +33,12 @@ TEST_F(StringConstruction, NullAndEmptyBufferStates) {
         {"String(0, 0)", [] { return String(0, 0); }, false},
         {"String('x', 0)", [] { return String('x', 0); }, false},
         {"String(p, -5)", [] { return String("xyz", -5); }, false},
-        {"copy of an empty buffer", [] { const String empty('\0'); return String(empty); }, true},
+        {"copy of an empty buffer",
+         [] {
+             const String empty('\0');
+             return String(empty);
+         },
+         true},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -179,7 +184,7 @@ TEST_F(StringAssignment, Set) {
         std::string expected;
     };
     const Row rows[] = {
-        {"hello", 3, "hel"}, {"hello", 0, "<null>"}, {"hello", -1, "<null>"},
+        {"hello", 3, "hel"},    {"hello", 0, "<null>"}, {"hello", -1, "<null>"},
         {nullptr, 5, "<null>"}, {bytes, 4, "ab"},
     };
     for (const Row& row : rows) {
@@ -284,16 +289,12 @@ TEST_F(StringRemoveAll, RemovesNonOverlappingOccurrences) {
         std::string expected;
     };
     const Row rows[] = {
-        {"abcab", "ab", 2, "c"},
-        {"xyz", "ab", 0, "xyz"},
-        {"aaaa", "aa", 2, ""},       // left to right, no overlap
-        {"aaa", "aa", 1, "a"},
-        {"ababab", "aba", 1, "bab"},
-        {"abc", "abc", 1, ""},
-        {"abc", "abcd", 0, "abc"},   // pattern longer than the text
-        {"ABab", "ab", 1, "AB"},     // exact bytes: case matters here
-        {"a\xE9z\xE9", "\xE9", 2, "az"},
-        {"abc", "", 0, "abc"},       // an empty pattern removes nothing
+        {"abcab", "ab", 2, "c"},         {"xyz", "ab", 0, "xyz"},
+        {"aaaa", "aa", 2, ""}, // left to right, no overlap
+        {"aaa", "aa", 1, "a"},           {"ababab", "aba", 1, "bab"},
+        {"abc", "abc", 1, ""},           {"abc", "abcd", 0, "abc"}, // pattern longer than the text
+        {"ABab", "ab", 1, "AB"},                                // exact bytes: case matters here
+        {"a\xE9z\xE9", "\xE9", 2, "az"}, {"abc", "", 0, "abc"}, // an empty pattern removes nothing
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(std::string(row.text) + " - " + row.pattern);

@@ -37,7 +37,15 @@ inline std::string TextOf(const String& s) {
     return s.Get() ? std::string(s.Get()) : std::string("<null>");
 }
 
-inline double DoubleFromBits(std::uint64_t bits) { return std::bit_cast<double>(bits); }
-inline float FloatFromBits(std::uint32_t bits) { return std::bit_cast<float>(bits); }
-inline std::uint64_t BitsOf(double value) { return std::bit_cast<std::uint64_t>(value); }
-inline std::uint32_t BitsOf(float value) { return std::bit_cast<std::uint32_t>(value); }
+inline double DoubleFromBits(std::uint64_t bits) {
+    return std::bit_cast<double>(bits);
+}
+inline float FloatFromBits(std::uint32_t bits) {
+    return std::bit_cast<float>(bits);
+}
+inline std::uint64_t BitsOf(double value) {
+    return std::bit_cast<std::uint64_t>(value);
+}
+inline std::uint32_t BitsOf(float value) {
+    return std::bit_cast<std::uint32_t>(value);
+}

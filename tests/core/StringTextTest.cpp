@@ -18,17 +18,17 @@ TEST_F(StringSearch, FindCharacter) {
         int expected;
     };
     const Row rows[] = {
-        {"Scene.PRJ", 'p', 0, 6},      // letters match ignoring case
+        {"Scene.PRJ", 'p', 0, 6}, // letters match ignoring case
         {"Scene.PRJ", 'e', 0, 2},
         {"Scene.PRJ", 'e', 3, 4},
         {"Scene.PRJ", 'e', 5, -1},
-        {"Scene.PRJ", 's', -7, 0},     // a negative start counts as 0
+        {"Scene.PRJ", 's', -7, 0}, // a negative start counts as 0
         {"Scene.PRJ", 'J', 8, 8},
-        {"Scene.PRJ", 'J', 9, -1},     // start at the end
+        {"Scene.PRJ", 'J', 9, -1}, // start at the end
         {"Scene.PRJ", 'J', 1000, -1},
-        {"abc", '\0', 0, -1},          // NUL is never found
+        {"abc", '\0', 0, -1}, // NUL is never found
         {"", 'a', 0, -1},
-        {"a\xE9", '\xC9', 0, -1},      // no folding above ASCII
+        {"a\xE9", '\xC9', 0, -1}, // no folding above ASCII
         {"a\xE9", '\xE9', 0, 1},
     };
     for (const Row& row : rows) {
@@ -46,19 +46,14 @@ TEST_F(StringSearch, FindText) {
         int expected;
     };
     const Row rows[] = {
-        {"Scene.PRJ", ".prj", 0, 5},
-        {"abcabc", "BC", 0, 1},
-        {"abcabc", "bc", 2, 4},
-        {"abcabc", "bc", 5, -1},
-        {"abcabc", "abcabc", 0, 0},
-        {"abcabc", "abcabcd", 0, -1},
-        {"abc", "", 0, -1},            // an empty pattern is never found
-        {"aaa", "aa", 1, 1},
-        {"abc", "c", -3, 2},
-        {"abc", "c", 4, -1},
+        {"Scene.PRJ", ".prj", 0, 5}, {"abcabc", "BC", 0, 1},     {"abcabc", "bc", 2, 4},
+        {"abcabc", "bc", 5, -1},     {"abcabc", "abcabc", 0, 0}, {"abcabc", "abcabcd", 0, -1},
+        {"abc", "", 0, -1}, // an empty pattern is never found
+        {"aaa", "aa", 1, 1},         {"abc", "c", -3, 2},        {"abc", "c", 4, -1},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(std::string(row.text) + " / " + row.pattern + " from " + std::to_string(row.start));
+        SCOPED_TRACE(std::string(row.text) + " / " + row.pattern + " from " +
+                     std::to_string(row.start));
         EXPECT_EQ(String(row.text).Find(String(row.pattern), row.start), row.expected);
     }
     EXPECT_EQ(String().Find(String("a")), -1);
@@ -75,19 +70,20 @@ TEST_F(StringSearch, ReverseFind) {
     const Row rows[] = {
         {"C:\\a\\b\\c.prj", "\\", -1, 6},
         {"C:\\a\\b\\c.prj", "\\", 5, 4},
-        {"C:\\a\\b\\c.prj", "\\", 4, 4},   // a match may begin at start itself
+        {"C:\\a\\b\\c.prj", "\\", 4, 4}, // a match may begin at start itself
         {"C:\\a\\b\\c.prj", "\\", 3, 2},
         {"C:\\a\\b\\c.prj", "\\", 1, -1},
         {"C:\\a\\b\\c.prj", "\\", 1000, 6}, // past the end: from the end
         {"abcABC", "abc", -1, 3},
         {"abcABC", "ABC", 2, 0},
-        {"abcABC", "bc", 5, 4},            // the match begins at 4 <= 5
+        {"abcABC", "bc", 5, 4}, // the match begins at 4 <= 5
         {"abc", "", -1, -1},
         {"ab", "abc", -1, -1},
         {"aaaa", "aa", -1, 2},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(std::string(row.text) + " / " + row.pattern + " from " + std::to_string(row.start));
+        SCOPED_TRACE(std::string(row.text) + " / " + row.pattern + " from " +
+                     std::to_string(row.start));
         EXPECT_EQ(String(row.text).ReverseFind(String(row.pattern), row.start), row.expected);
         if (std::string(row.pattern).size() == 1) {
             EXPECT_EQ(String(row.text).ReverseFind(row.pattern[0], row.start), row.expected);
@@ -145,7 +141,7 @@ TEST_F(StringParts, Tokenize) {
         {"//server/share/", ":/", {"server", "share"}},
         {"one two  three ", " ", {"one", "two", "three"}},
         {"a,b;c", ",;", {"a", "b", "c"}},
-        {"abc", "", {"abc"}},        // no delimiters: the whole text
+        {"abc", "", {"abc"}}, // no delimiters: the whole text
         {"abc", "x", {"abc"}},
         {":::", ":", {}},
         {"", ":", {}},
@@ -192,13 +188,13 @@ TEST_F(StringEditing, Replace) {
     };
     const Row rows[] = {
         {"a\\b\\c", "\\", "/", 2, "a/b/c"},
-        {"Hello hello", "HELLO", "bye", 2, "bye bye"},  // ignoring case
-        {"aaaa", "aa", "b", 2, "bb"},                   // left to right, no overlap
+        {"Hello hello", "HELLO", "bye", 2, "bye bye"}, // ignoring case
+        {"aaaa", "aa", "b", 2, "bb"},                  // left to right, no overlap
         {"abc", "b", "", 1, "ac"},
-        {"abc", "abc", "", 1, "<null>"},                // no text left: null
+        {"abc", "abc", "", 1, "<null>"}, // no text left: null
         {"abc", "x", "y", 0, "abc"},
         {"abc", "", "y", 0, "abc"},
-        {"ab", "ab", "abab", 1, "abab"},                // the replacement is not searched again
+        {"ab", "ab", "abab", 1, "abab"}, // the replacement is not searched again
         {"&", "&", "&#38;", 1, "&#38;"},
     };
     for (const Row& row : rows) {
@@ -272,12 +268,12 @@ TEST_F(StringEscapes, ContractXMLEscapes) {
     const Row rows[] = {
         {"A&#38;B", 1, "A&B"},
         {"&amp;&lt;&gt;&quot;&apos;", 5, "&<>\"'"},
-        {"&#65;&#x42;&#X63;&#00000065;", 4, "ABcA"},  // up to 8 digits
+        {"&#65;&#x42;&#X63;&#00000065;", 4, "ABcA"}, // up to 8 digits
         {"&#233;", 1, "\xE9"},
-        {"&amp;amp;", 1, "&amp;"},                 // one pass: the result is not read again
-        {"&#0;", 0, "&#0;"},                       // a NUL would cut the text: kept
-        {"&#256;", 0, "&#256;"},                   // not a byte
-        {"&#000000065;", 0, "&#000000065;"},       // more than 8 digits
+        {"&amp;amp;", 1, "&amp;"},           // one pass: the result is not read again
+        {"&#0;", 0, "&#0;"},                 // a NUL would cut the text: kept
+        {"&#256;", 0, "&#256;"},             // not a byte
+        {"&#000000065;", 0, "&#000000065;"}, // more than 8 digits
         {"&#;&#x;&#12a;&#-1;", 0, "&#;&#x;&#12a;&#-1;"},
         {"&AMP;&unknown;&amp", 0, "&AMP;&unknown;&amp"},
         {"&#38", 0, "&#38"},
@@ -341,9 +337,9 @@ TEST_F(StringDisplay, GetAbbreviated) {
         {"C:\\Projects\\Robot\\Parts\\scene.prj", 15, "...ts\\scene.prj"}, // not even C:\ fits
         {"\\\\server\\share\\deep\\folder\\file.mdl", 30, "\\\\server\\share\\...\\file.mdl"},
         {"/home/user/projects/robot/scene.prj", 26, "/home/user/.../scene.prj"},
-        {"C:/mixed\\seps/x/name", 16, "C:/.../name"},         // either separator
+        {"C:/mixed\\seps/x/name", 16, "C:/.../name"}, // either separator
         {"averyveryverylongfilename.txt", 12, "...ename.txt"},
-        {"C:\\toolongname.prj", 10, "...ame.prj"},            // one folder: nothing to drop
+        {"C:\\toolongname.prj", 10, "...ame.prj"}, // one folder: nothing to drop
         {"abcdef", 3, "abc"},
         {"abcdef", 0, "<null>"},
         {"abcdef", -4, "<null>"},
@@ -371,7 +367,7 @@ TEST_F(StringNumberedNames, Suffix) {
         {"Bone12", 12, "Bone", "Bone13"},
         {"Bone", -1, "Bone", "Bone1"},
         {"Bone0", 0, "Bone", "Bone1"},
-        {"Bone007", 7, "Bone", "Bone008"},   // the width is kept
+        {"Bone007", 7, "Bone", "Bone008"}, // the width is kept
         {"Bone99", 99, "Bone", "Bone100"},
         {"12", 12, "<null>", "13"},
         {"a1b2", 2, "a1b", "a1b3"},
@@ -396,11 +392,8 @@ TEST_F(StringNumberedNames, NextFreeName) {
         const char* expected;
     };
     const Row rows[] = {
-        {"Bone", "Bone3"},     // "Bone1" and "bone2" (case ignored) are taken
-        {"Bone3", "Bone5"},
-        {"Bone12", "Bone13"},
-        {"Arm8", "Arm10"},
-        {"Leg", "Leg1"},
+        {"Bone", "Bone3"}, // "Bone1" and "bone2" (case ignored) are taken
+        {"Bone3", "Bone5"}, {"Bone12", "Bone13"}, {"Arm8", "Arm10"}, {"Leg", "Leg1"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

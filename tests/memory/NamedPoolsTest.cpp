@@ -123,7 +123,8 @@ TEST(NamedPools, ReleaseAllFunctions) {
     };
     const Row rows[] = {
         {"LBuff", AllocLBuff, FreeLBuff, FreeLBuffMemory, VarnPoolKind::LBuff, true},
-        {"Radiosity", AllocRadiosity, FreeRadiosity, FreeRadiosityMemory, VarnPoolKind::Radiosity, true},
+        {"Radiosity", AllocRadiosity, FreeRadiosity, FreeRadiosityMemory, VarnPoolKind::Radiosity,
+         true},
         {"Shadow", AllocShadow, FreeShadow, FreeShadowMemory, VarnPoolKind::Shadow, true},
         {"Patch", AllocPatch, FreePatch, FreePatchMemory, VarnPoolKind::Patch, false},
     };
@@ -193,7 +194,8 @@ TEST(NamedPools, FreeAllPoolsReleasesOnlyScratchMemory) {
     for (SimplePoolKind kind : {SimplePoolKind::SubPatch, SimplePoolKind::Temp, SimplePoolKind::Z})
         EXPECT_EQ(NamedSimplePool(kind).GetTotal(), 0u);
     for (int k = 0; k < fileio::detail::kVarnPoolKindCount; ++k)
-        EXPECT_EQ(NamedVarnPool(static_cast<VarnPoolKind>(k)).GetTotal(), totals[k]) << "pool " << k;
+        EXPECT_EQ(NamedVarnPool(static_cast<VarnPoolKind>(k)).GetTotal(), totals[k])
+            << "pool " << k;
     EXPECT_EQ(std::memcmp(text, "kept", 5), 0);
     EXPECT_EQ(static_cast<char*>(act)[0], 7);
     FreeString(text);

@@ -68,16 +68,14 @@ TEST_F(SimplePoolTest, AllocationsFollowEachOtherUnrounded) {
 
 TEST_F(SimplePoolTest, ChunkSizes) {
     struct Row {
-        unsigned long long first;  // the first request of a fresh pool
-        unsigned long long chunk;  // the chunk it takes
-        unsigned long long left;   // bytes left in it
+        unsigned long long first; // the first request of a fresh pool
+        unsigned long long chunk; // the chunk it takes
+        unsigned long long left;  // bytes left in it
     };
     const Row rows[] = {
-        {1, kChunk, kChunk - 9},
-        {2097144, kChunk, 0},             // the largest request of a standard chunk
-        {2097145, 2097160, 7},            // rounded up to 2,097,152, plus the link word
-        {2097152, 2097160, 0},
-        {3000001, 3000016, 7},
+        {1, kChunk, kChunk - 9}, {2097144, kChunk, 0}, // the largest request of a standard chunk
+        {2097145, 2097160, 7}, // rounded up to 2,097,152, plus the link word
+        {2097152, 2097160, 0},   {3000001, 3000016, 7},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.first);

@@ -68,7 +68,8 @@ public:
     }
 
     void Free(int id, unsigned long long offset) {
-        auto b = std::find_if(m_blocks.begin(), m_blocks.end(), [id](const Block& x) { return x.id == id; });
+        auto b = std::find_if(m_blocks.begin(), m_blocks.end(),
+                              [id](const Block& x) { return x.id == id; });
         ASSERT_NE(b, m_blocks.end());
         const unsigned long long size = b->allocated.at(offset);
         b->allocated.erase(offset);
@@ -113,7 +114,8 @@ public:
     }
     bool Empty() const { return m_blocks.empty(); }
     bool Holds(int id) const {
-        return std::any_of(m_blocks.begin(), m_blocks.end(), [id](const Block& b) { return b.id == id; });
+        return std::any_of(m_blocks.begin(), m_blocks.end(),
+                           [id](const Block& b) { return b.id == id; });
     }
 
 private:
@@ -157,7 +159,9 @@ struct Phase {
     unsigned long long (*size)(std::mt19937_64&);
 };
 
-unsigned long long SmallSize(std::mt19937_64& r) { return 1 + r() % 300; }
+unsigned long long SmallSize(std::mt19937_64& r) {
+    return 1 + r() % 300;
+}
 unsigned long long MixedSize(std::mt19937_64& r) {
     switch (r() % 20) {
     case 0:
@@ -172,10 +176,13 @@ unsigned long long MixedSize(std::mt19937_64& r) {
     }
 }
 // Sizes whose chunks differ by 8 and 16 bytes, to leave unrecorded remainders often.
-unsigned long long NearSize(std::mt19937_64& r) { return 40 + 8 * (r() % 6); }
+unsigned long long NearSize(std::mt19937_64& r) {
+    return 40 + 8 * (r() % 6);
+}
 
 void Replay(VarnPool& pool, PlacementModel& model, const Phase& phase, std::mt19937_64& random,
-            std::vector<Live>& live, std::vector<unsigned char*>& blockStarts, unsigned long long ramBase) {
+            std::vector<Live>& live, std::vector<unsigned char*>& blockStarts,
+            unsigned long long ramBase) {
     SCOPED_TRACE(phase.name);
     for (int op = 0; op < phase.operations; ++op) {
         if (live.empty() || static_cast<int>(random() % 100) < phase.allocatePercent) {
@@ -199,7 +206,8 @@ void Replay(VarnPool& pool, PlacementModel& model, const Phase& phase, std::mt19
         } else {
             const std::size_t i = random() % live.size();
             const Live a = live[i];
-            ASSERT_TRUE(std::all_of(a.p, a.p + a.n, [&](unsigned char c) { return c == a.pattern; }))
+            ASSERT_TRUE(
+                std::all_of(a.p, a.p + a.n, [&](unsigned char c) { return c == a.pattern; }))
                 << "operation " << op << ": an allocation was overwritten";
             pool.VarnFree(a.p);
             model.Free(a.block, a.offset);

@@ -17,16 +17,22 @@
 
 namespace {
 
-constexpr unsigned long long kBlock = 131064;           // usable bytes of a standard block
-constexpr unsigned long long kBlockAccounted = 131072;  // with its platform header
-constexpr unsigned long long kHeaderArray = 6416;       // 8 + 8 + 100 descriptors of 64
+constexpr unsigned long long kBlock = 131064;          // usable bytes of a standard block
+constexpr unsigned long long kBlockAccounted = 131072; // with its platform header
+constexpr unsigned long long kHeaderArray = 6416;      // 8 + 8 + 100 descriptors of 64
 
 // The chunk an allocation of n bytes occupies.
-constexpr unsigned long long Chunk(unsigned long long n) { return (n + 16 + 7) / 8 * 8; }
+constexpr unsigned long long Chunk(unsigned long long n) {
+    return (n + 16 + 7) / 8 * 8;
+}
 // The request that occupies a chunk of exactly `chunk` bytes.
-constexpr unsigned long long RequestFor(unsigned long long chunk) { return chunk - 16; }
+constexpr unsigned long long RequestFor(unsigned long long chunk) {
+    return chunk - 16;
+}
 
-char* Bytes(void* p) { return static_cast<char*>(p); }
+char* Bytes(void* p) {
+    return static_cast<char*>(p);
+}
 
 bool AllZero(const void* p, unsigned long long n) {
     const auto* b = static_cast<const unsigned char*>(p);
@@ -44,9 +50,7 @@ protected:
     unsigned long long RamGrowth() const { return TotalRAM() - ramBefore; }
 
     // Fills the rest of the (only) block exactly, so that its free list becomes empty.
-    void* FillBlock(unsigned long long used) {
-        return pool.VarnAlloc(RequestFor(kBlock - used));
-    }
+    void* FillBlock(unsigned long long used) { return pool.VarnAlloc(RequestFor(kBlock - used)); }
 
     const unsigned long long ramBefore = TotalRAM();
     VarnPool pool;
@@ -69,8 +73,8 @@ TEST_F(VarnPoolTest, ChunkSizesAndTotals) {
         unsigned long long chunk;
     };
     // The chunk is n + 16 rounded up to a multiple of 8; the smallest is 24 bytes.
-    const Row rows[] = {{1, 24}, {7, 24}, {8, 24}, {9, 32}, {16, 32}, {17, 40},
-                        {100, 120}, {1000, 1016}, {4096, 4112}};
+    const Row rows[] = {{1, 24},  {7, 24},    {8, 24},      {9, 32},     {16, 32},
+                        {17, 40}, {100, 120}, {1000, 1016}, {4096, 4112}};
     std::vector<void*> live;
     unsigned long long expected = 0;
     for (const Row& row : rows) {
@@ -88,7 +92,8 @@ TEST_F(VarnPoolTest, ChunkSizesAndTotals) {
 
     // Consecutive allocations in a fresh block are packed in ascending order.
     for (std::size_t i = 1; i < live.size(); ++i)
-        EXPECT_EQ(Bytes(live[i]) - Bytes(live[i - 1]), static_cast<std::ptrdiff_t>(rows[i - 1].chunk));
+        EXPECT_EQ(Bytes(live[i]) - Bytes(live[i - 1]),
+                  static_cast<std::ptrdiff_t>(rows[i - 1].chunk));
 
     // Free in a mixed order; the total falls by each chunk.
     const std::size_t order[] = {3, 0, 8, 5, 1, 7, 2, 6, 4};
@@ -179,12 +184,12 @@ TEST_F(VarnPoolTest, LargeRequestsGetABlockOfTheirOwn) {
         bool ownBlock; // true: nothing else can ever share it
     };
     const Row rows[] = {
-        {131048, kBlockAccounted, true},         // exactly a standard block
-        {131047, kBlockAccounted, true},         // rounds up to the same
-        {131049, 131072 + 8, true},              // rounds to 131,072: a block of that size
-        {1000000, 1000016 + 8, true},            // chunk 1,000,016
-        {131040, kBlockAccounted, false},        // chunk 131,056: an 8-byte tail stays free
-        {131032, kBlockAccounted, false},        // chunk 131,048: a 16-byte tail stays free
+        {131048, kBlockAccounted, true},  // exactly a standard block
+        {131047, kBlockAccounted, true},  // rounds up to the same
+        {131049, 131072 + 8, true},       // rounds to 131,072: a block of that size
+        {1000000, 1000016 + 8, true},     // chunk 1,000,016
+        {131040, kBlockAccounted, false}, // chunk 131,056: an 8-byte tail stays free
+        {131032, kBlockAccounted, false}, // chunk 131,048: a 16-byte tail stays free
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.n);

@@ -28,8 +28,7 @@ struct Allocation {
 
 // Random allocations and frees on `alloc`/`release`, checking every payload. Returns the
 // number of faults seen.
-template <class Alloc, class Release>
-int Churn(unsigned seed, Alloc alloc, Release release) {
+template <class Alloc, class Release> int Churn(unsigned seed, Alloc alloc, Release release) {
     std::mt19937 random(seed);
     std::vector<Allocation> live;
     int faults = 0;
@@ -44,7 +43,8 @@ int Churn(unsigned seed, Alloc alloc, Release release) {
     for (int op = 0; op < kOperations; ++op) {
         if (live.empty() || random() % 100 < 55) {
             // Mostly small sizes, now and then one that needs a block of its own.
-            const unsigned long long n = random() % 200 == 0 ? 131048 + random() % 5000 : 1 + random() % 600;
+            const unsigned long long n =
+                random() % 200 == 0 ? 131048 + random() % 5000 : 1 + random() % 600;
             auto* p = static_cast<unsigned char*>(alloc(n));
             if (std::any_of(p, p + n, [](unsigned char c) { return c != 0; }))
                 ++faults;
@@ -69,7 +69,8 @@ TEST(VarnPoolThreads, OnePoolSharedByFourThreads) {
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&, t] {
             faults += Churn(
-                1000u + static_cast<unsigned>(t), [&](unsigned long long n) { return pool.VarnAlloc(n); },
+                1000u + static_cast<unsigned>(t),
+                [&](unsigned long long n) { return pool.VarnAlloc(n); },
                 [&](void* p) { pool.VarnFree(p); });
         });
     }

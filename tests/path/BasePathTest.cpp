@@ -25,9 +25,10 @@ constexpr PathStyle kPosix = PathStyle::Posix;
 class WindowsProject : public ::testing::Test {
 protected:
     WindowsProject()
-        : folders_(kWindows,
-                   {"C:\\Projects", "C:\\Projects\\Robot", "C:\\Projects\\Shared", "C:\\Elsewhere"},
-                   "C:\\Elsewhere") {
+        : m_folders(
+              kWindows,
+              {"C:\\Projects", "C:\\Projects\\Robot", "C:\\Projects\\Shared", "C:\\Elsewhere"},
+              "C:\\Elsewhere") {
         SetBasePath(String("C:\\Projects\\Robot\\robot.prj"));
     }
 
@@ -38,14 +39,14 @@ protected:
         return detail::GetAbsolutePath(path, true, kWindows);
     }
 
-    pathtest::BasePathGuard base_;
-    pathtest::ScriptedNetwork network_{{}};
-    ScriptedFolders folders_;
+    pathtest::BasePathGuard m_base;
+    pathtest::ScriptedNetwork m_network{{}};
+    ScriptedFolders m_folders;
 };
 
 class PosixProject : public ::testing::Test {
 protected:
-    PosixProject() : folders_(kPosix, {"/home/ann/Projects/Robot", "/tmp"}, "/tmp") {
+    PosixProject() : m_folders(kPosix, {"/home/ann/Projects/Robot", "/tmp"}, "/tmp") {
         SetBasePath(String("/home/ann/Projects/Robot/robot.prj"));
     }
 
@@ -56,9 +57,9 @@ protected:
         return detail::GetAbsolutePath(path, true, kPosix);
     }
 
-    pathtest::BasePathGuard base_;
-    pathtest::ScriptedNetwork network_{{}};
-    ScriptedFolders folders_;
+    pathtest::BasePathGuard m_base;
+    pathtest::ScriptedNetwork m_network{{}};
+    ScriptedFolders m_folders;
 };
 
 struct RoundTrip {

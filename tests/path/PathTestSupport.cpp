@@ -19,7 +19,7 @@ ScratchFolder::ScratchFolder() {
     for (;;) {
         fs::path candidate = base / ("fileio-paths-" + std::to_string(random()));
         if (fs::create_directory(candidate)) {
-            path_ = candidate.string();
+            m_path = candidate.string();
             break;
         }
     }
@@ -27,11 +27,11 @@ ScratchFolder::ScratchFolder() {
 
 ScratchFolder::~ScratchFolder() {
     std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    fs::remove_all(m_path, ignored);
 }
 
 std::string ScratchFolder::Join(std::string_view relative) const {
-    std::string out = path_;
+    std::string out = m_path;
     out += kNativePathStyle == PathStyle::Windows ? '\\' : '/';
     for (char c : relative)
         out += (c == '/' && kNativePathStyle == PathStyle::Windows) ? '\\' : c;
@@ -63,7 +63,7 @@ void CaptureTrace(const char* text) {
 }
 } // namespace
 
-TraceCapture::TraceCapture() : guard_(System()) {
+TraceCapture::TraceCapture() : m_guard(System()) {
     g_traceLines.clear();
     System().debugTrace = CaptureTrace;
 }
@@ -138,7 +138,7 @@ bool ScriptedComputerName(std::string& out) {
 
 ScriptedNetwork::ScriptedNetwork(std::vector<ScriptedDrive> drives,
                                  std::vector<SharedFolder> shares, std::string hostName)
-    : network_(Network()), system_(System()) {
+    : m_network(Network()), m_system(System()) {
     g_network = NetworkScript{std::move(drives), std::move(shares), std::move(hostName), true, {}};
     Network().logicalDrives = ScriptedLogicalDrives;
     Network().driveType = ScriptedDriveType;
@@ -214,7 +214,7 @@ bool ScriptedFullPath(const char* path, std::string& out) {
 
 ScriptedFolders::ScriptedFolders(PathStyle style, std::set<std::string> folders,
                                  std::string currentDir)
-    : guard_(Files()) {
+    : m_guard(Files()) {
     g_folders = FolderScript{style, std::move(folders), std::move(currentDir), {}, false, false};
     Files().isFolder = ScriptedIsFolder;
     Files().exists = ScriptedIsFolder;

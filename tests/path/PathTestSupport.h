@@ -19,28 +19,28 @@ using fileio::platform::PathStyle;
 /// Puts the base path back as it was when the guard was made.
 class BasePathGuard {
 public:
-    BasePathGuard() : saved_(GetBasePath().View()) {}
+    BasePathGuard() : m_saved(GetBasePath().View()) {}
     ~BasePathGuard() {
         FreeBasePaths();
-        if (!saved_.empty())
-            SetBasePath(String(saved_));
+        if (!m_saved.empty())
+            SetBasePath(String(m_saved));
     }
 
 private:
-    std::string saved_;
+    std::string m_saved;
 };
 
 /// Puts the process's current directory back as it was when the guard was made.
 class CurrentDirectoryGuard {
 public:
-    CurrentDirectoryGuard() : saved_(std::filesystem::current_path()) {}
+    CurrentDirectoryGuard() : m_saved(std::filesystem::current_path()) {}
     ~CurrentDirectoryGuard() {
         std::error_code ignored;
-        std::filesystem::current_path(saved_, ignored);
+        std::filesystem::current_path(m_saved, ignored);
     }
 
 private:
-    std::filesystem::path saved_;
+    std::filesystem::path m_saved;
 };
 
 /// A new empty folder in the system's temporary folder, removed with its contents at the end.
@@ -52,7 +52,7 @@ public:
     ScratchFolder& operator=(const ScratchFolder&) = delete;
 
     /// The folder in native 8-bit form, without a trailing separator.
-    const std::string& Path() const { return path_; }
+    const std::string& Path() const { return m_path; }
     /// The folder joined with `relative` (written with "/"), in native form.
     std::string Join(std::string_view relative) const;
     /// Writes a file of that content (creating its folder).
@@ -61,7 +61,7 @@ public:
     std::string ReadFile(std::string_view relative) const;
 
 private:
-    std::string path_;
+    std::string m_path;
 };
 
 /// The debug trace lines written while the guard lives.
@@ -72,7 +72,7 @@ public:
     const std::vector<std::string>& Lines() const;
 
 private:
-    fileio::platform::ScopedServices<fileio::platform::SystemServices> guard_;
+    fileio::platform::ScopedServices<fileio::platform::SystemServices> m_guard;
 };
 
 /// A drive table, shares and names for the network services, in place of the system's
@@ -95,8 +95,8 @@ public:
     static void SetComputerNameReadable(bool readable);
 
 private:
-    fileio::platform::ScopedServices<fileio::platform::NetworkServices> network_;
-    fileio::platform::ScopedServices<fileio::platform::SystemServices> system_;
+    fileio::platform::ScopedServices<fileio::platform::NetworkServices> m_network;
+    fileio::platform::ScopedServices<fileio::platform::SystemServices> m_system;
 };
 
 /// A file system of folders only, with a current directory, in place of the system's while
@@ -113,7 +113,7 @@ public:
     static void FailSetCurrentDirectory(bool fail);
 
 private:
-    fileio::platform::ScopedServices<fileio::platform::FileServices> guard_;
+    fileio::platform::ScopedServices<fileio::platform::FileServices> m_guard;
 };
 
 } // namespace pathtest

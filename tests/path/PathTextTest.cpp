@@ -246,7 +246,8 @@ TEST(PathText, CombineNameToPathAndTheProgramsFolderUseTheNativeSeparator) {
     EXPECT_STREQ(String::GetAppPath().Get(), "/opt/suite/bin");
     EXPECT_EQ(String::AddNameToExeDirectory(String("Plugins\\")).View(),
               std::string("/opt/suite/bin") + native + "Plugins\\");
-    EXPECT_EQ(String::AddNameToExeDirectory(String()).View(), std::string("/opt/suite/bin") + native);
+    EXPECT_EQ(String::AddNameToExeDirectory(String()).View(),
+              std::string("/opt/suite/bin") + native);
     fileio::platform::System().applicationFolder = [] { return std::string(); };
     EXPECT_EQ(String::GetAppPath().Get(), nullptr);
     EXPECT_STREQ(String::AddNameToExeDirectory(String("x")).Get(), "x");

@@ -56,7 +56,7 @@ std::string Slot(const char* key, const char* name) {
 class SearchPathsTest : public ::testing::Test {
 protected:
     SearchPathsTest()
-        : hive_(platform::Hive()), files_(platform::Files()), system_(platform::System()) {
+        : m_hive(platform::Hive()), m_files(platform::Files()), m_system(platform::System()) {
         g_values.clear();
         g_writes = 0;
         platform::Hive().readString = [](const char* key, const char* name, std::string& value) {
@@ -87,9 +87,9 @@ protected:
     }
 
 private:
-    platform::ScopedServices<platform::SettingsHiveServices> hive_;
-    platform::ScopedServices<platform::FileServices> files_;
-    platform::ScopedServices<platform::SystemServices> system_;
+    platform::ScopedServices<platform::SettingsHiveServices> m_hive;
+    platform::ScopedServices<platform::FileServices> m_files;
+    platform::ScopedServices<platform::SystemServices> m_system;
 };
 
 TEST(CreateFullPaths, SplitsAtSemicolonsAndEndsFoldersWithASeparator) {

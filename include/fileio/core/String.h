@@ -274,7 +274,8 @@ public:
     /// The text enclosed in double quotes (null gives "\"\"").
     [[nodiscard]] String Quote() const;
 
-    // ---- display -----------------------------------------------------------------------------------
+    // ---- display
+    // -----------------------------------------------------------------------------------
 
     /// The text shortened to at most maxLength bytes for display. A text that fits is
     /// returned whole. A path keeps its leading folders (as many whole ones as fit, at
@@ -285,9 +286,10 @@ public:
     /// bytes (null for 0 or less).
     [[nodiscard]] String GetAbbreviated(int maxLength) const;
 
-    // ---- numbered names --------------------------------------------------------------------------
-    // A name's number suffix is its run of trailing decimal digits, at most the last 9 (so it
-    // always fits an int): "Bone12" has the suffix 12 after "Bone".
+    // ---- numbered names
+    // -------------------------------------------------------------------------- A name's number
+    // suffix is its run of trailing decimal digits, at most the last 9 (so it always fits an int):
+    // "Bone12" has the suffix 12 after "Bone".
 
     /// The suffix's value, or -1 when the text does not end in a digit.
     [[nodiscard]] int GetNumberSuffix() const noexcept;

@@ -96,7 +96,8 @@ public:
     /// Block descriptors obtained at once by MakeFreeMemHeaders.
     static constexpr unsigned long long kHeadersPerArray = 100;
     /// Bytes a header array accounts in TotalRAM: size word, link word and the descriptors.
-    static constexpr unsigned long long kHeaderArraySize = 8 + 8 + kHeadersPerArray * sizeof(MemHeader);
+    static constexpr unsigned long long kHeaderArraySize =
+        8 + 8 + kHeadersPerArray * sizeof(MemHeader);
 
     /// An empty pool: no blocks, no descriptors.
     VarnPool() noexcept;

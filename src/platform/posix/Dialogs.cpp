@@ -116,7 +116,11 @@ void AlertMainWindow() {}
 } // namespace
 
 DialogServices& Dialogs() {
-    static DialogServices table{ShowMessageBox, AskDontAsk, AlertMainWindow};
+    static DialogServices table{
+        .messageBox = ShowMessageBox,
+        .askDontAsk = AskDontAsk,
+        .alertMainWindow = AlertMainWindow,
+    };
     return table;
 }
 

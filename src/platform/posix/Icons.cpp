@@ -17,7 +17,11 @@ void NoDestroyIcon(void*) {}
 } // namespace
 
 IconServices& Icons() {
-    static IconServices services{&NoIconToImage, &NoImageToIcon, &NoDestroyIcon};
+    static IconServices services{
+        .iconToImage = NoIconToImage,
+        .imageToIcon = NoImageToIcon,
+        .destroyIcon = NoDestroyIcon,
+    };
     return services;
 }
 

@@ -14,20 +14,24 @@ pthread_mutex_t* Native(unsigned char* storage) {
 } // namespace
 
 Mutex::Mutex() noexcept {
-    static_assert(sizeof(pthread_mutex_t) <= sizeof(storage_), "pthread_mutex_t does not fit");
+    static_assert(sizeof(pthread_mutex_t) <= sizeof(m_storage), "pthread_mutex_t does not fit");
     static_assert(alignof(pthread_mutex_t) <= 8, "pthread_mutex_t needs stronger alignment");
-    auto* m = new (storage_) pthread_mutex_t;
+    auto* m = new (m_storage) pthread_mutex_t;
     if (pthread_mutex_init(m, nullptr) != 0)
         Fatal("FileIO: cannot create a mutex");
 }
 
-Mutex::~Mutex() { pthread_mutex_destroy(Native(storage_)); }
+Mutex::~Mutex() {
+    pthread_mutex_destroy(Native(m_storage));
+}
 
 void Mutex::Lock() noexcept {
-    if (pthread_mutex_lock(Native(storage_)) != 0)
+    if (pthread_mutex_lock(Native(m_storage)) != 0)
         Fatal("FileIO: cannot take a mutex");
 }
 
-void Mutex::Unlock() noexcept { pthread_mutex_unlock(Native(storage_)); }
+void Mutex::Unlock() noexcept {
+    pthread_mutex_unlock(Native(m_storage));
+}
 
 } // namespace fileio::platform

@@ -64,8 +64,12 @@ std::string MountTable() {
 } // namespace
 
 NetworkServices& Network() {
-    static NetworkServices table = {
-        LogicalDrives, DriveType, ConnectionName, SharedFolders, MountTable,
+    static NetworkServices table{
+        .logicalDrives = LogicalDrives,
+        .driveType = DriveType,
+        .connectionName = ConnectionName,
+        .sharedFolders = SharedFolders,
+        .mountTable = MountTable,
     };
     return table;
 }

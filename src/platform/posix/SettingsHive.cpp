@@ -161,8 +161,13 @@ bool DeleteKey(const char* parent, const char* name) {
 } // namespace
 
 SettingsHiveServices& Hive() {
-    static SettingsHiveServices table{ReadString, WriteString, DeleteValue, DeleteKey,
-                                      TakeDamageReport};
+    static SettingsHiveServices table{
+        .readString = ReadString,
+        .writeString = WriteString,
+        .deleteValue = DeleteValue,
+        .deleteKey = DeleteKey,
+        .takeDamageReport = TakeDamageReport,
+    };
     return table;
 }
 

@@ -25,46 +25,46 @@ public:
     DialogTemplate(short width, short height, WORD items) {
         PutLong(DS_MODALFRAME | DS_SETFONT | DS_CENTER | WS_POPUP | WS_CAPTION | WS_SYSMENU);
         PutLong(0);
-        words_.push_back(items);
+        m_words.push_back(items);
         PutRect(0, 0, width, height);
-        words_.push_back(0); // no menu
-        words_.push_back(0); // the standard dialog class
-        words_.push_back(0); // the title is set when the dialog starts
-        words_.push_back(8);
+        m_words.push_back(0); // no menu
+        m_words.push_back(0); // the standard dialog class
+        m_words.push_back(0); // the title is set when the dialog starts
+        m_words.push_back(8);
         PutText(L"MS Shell Dlg");
     }
 
     void AddItem(DWORD style, short x, short y, short width, short height, WORD id, WORD type) {
-        if (words_.size() % 2 != 0)
-            words_.push_back(0); // items start on a DWORD boundary
+        if (m_words.size() % 2 != 0)
+            m_words.push_back(0); // items start on a DWORD boundary
         PutLong(style | WS_CHILD | WS_VISIBLE);
         PutLong(0);
         PutRect(x, y, width, height);
-        words_.push_back(id);
-        words_.push_back(0xFFFF);
-        words_.push_back(type);
-        words_.push_back(0); // the text is set when the dialog starts
-        words_.push_back(0); // no creation data
+        m_words.push_back(id);
+        m_words.push_back(0xFFFF);
+        m_words.push_back(type);
+        m_words.push_back(0); // the text is set when the dialog starts
+        m_words.push_back(0); // no creation data
     }
 
-    LPCDLGTEMPLATEA Get() const { return reinterpret_cast<LPCDLGTEMPLATEA>(words_.data()); }
+    LPCDLGTEMPLATEA Get() const { return reinterpret_cast<LPCDLGTEMPLATEA>(m_words.data()); }
 
 private:
     void PutLong(DWORD value) {
-        words_.push_back(LOWORD(value));
-        words_.push_back(HIWORD(value));
+        m_words.push_back(LOWORD(value));
+        m_words.push_back(HIWORD(value));
     }
     void PutRect(short x, short y, short width, short height) {
         for (short v : {x, y, width, height})
-            words_.push_back(static_cast<WORD>(v));
+            m_words.push_back(static_cast<WORD>(v));
     }
     void PutText(const wchar_t* text) {
         do
-            words_.push_back(static_cast<WORD>(*text));
+            m_words.push_back(static_cast<WORD>(*text));
         while (*text++ != L'\0');
     }
 
-    std::vector<WORD> words_;
+    std::vector<WORD> m_words;
 };
 
 struct DontAskState {
@@ -167,7 +167,11 @@ void AlertMainWindow() {
 } // namespace
 
 DialogServices& Dialogs() {
-    static DialogServices table{ShowMessageBox, AskDontAsk, AlertMainWindow};
+    static DialogServices table{
+        .messageBox = ShowMessageBox,
+        .askDontAsk = AskDontAsk,
+        .alertMainWindow = AlertMainWindow,
+    };
     return table;
 }
 

@@ -111,7 +111,11 @@ void DestroyIconHandle(void* icon) {
 } // namespace
 
 IconServices& Icons() {
-    static IconServices services{&IconToImage, &ImageToIcon, &DestroyIconHandle};
+    static IconServices services{
+        .iconToImage = IconToImage,
+        .imageToIcon = ImageToIcon,
+        .destroyIcon = DestroyIconHandle,
+    };
     return services;
 }
 

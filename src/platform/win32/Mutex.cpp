@@ -14,16 +14,22 @@ CRITICAL_SECTION* Native(unsigned char* storage) {
 } // namespace
 
 Mutex::Mutex() noexcept {
-    static_assert(sizeof(CRITICAL_SECTION) <= sizeof(storage_), "CRITICAL_SECTION does not fit");
-    auto* cs = new (storage_) CRITICAL_SECTION;
+    static_assert(sizeof(CRITICAL_SECTION) <= sizeof(m_storage), "CRITICAL_SECTION does not fit");
+    auto* cs = new (m_storage) CRITICAL_SECTION;
     if (!InitializeCriticalSectionAndSpinCount(cs, 0))
         Fatal("FileIO: cannot create a critical section");
 }
 
-Mutex::~Mutex() { DeleteCriticalSection(Native(storage_)); }
+Mutex::~Mutex() {
+    DeleteCriticalSection(Native(m_storage));
+}
 
-void Mutex::Lock() noexcept { EnterCriticalSection(Native(storage_)); }
+void Mutex::Lock() noexcept {
+    EnterCriticalSection(Native(m_storage));
+}
 
-void Mutex::Unlock() noexcept { LeaveCriticalSection(Native(storage_)); }
+void Mutex::Unlock() noexcept {
+    LeaveCriticalSection(Native(m_storage));
+}
 
 } // namespace fileio::platform

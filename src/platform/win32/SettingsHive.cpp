@@ -23,23 +23,23 @@ class Key {
 public:
     Key() = default;
     ~Key() {
-        if (handle_ != nullptr)
-            RegCloseKey(handle_);
+        if (m_handle != nullptr)
+            RegCloseKey(m_handle);
     }
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
 
     bool Open(const char* path, REGSAM access) {
-        return RegOpenKeyExA(HKEY_CURRENT_USER, path, 0, access, &handle_) == ERROR_SUCCESS;
+        return RegOpenKeyExA(HKEY_CURRENT_USER, path, 0, access, &m_handle) == ERROR_SUCCESS;
     }
     bool Create(const char* path) {
         return RegCreateKeyExA(HKEY_CURRENT_USER, path, 0, nullptr, REG_OPTION_NON_VOLATILE,
-                               KEY_ALL_ACCESS, nullptr, &handle_, nullptr) == ERROR_SUCCESS;
+                               KEY_ALL_ACCESS, nullptr, &m_handle, nullptr) == ERROR_SUCCESS;
     }
-    HKEY Handle() const { return handle_; }
+    HKEY Handle() const { return m_handle; }
 
 private:
-    HKEY handle_ = nullptr;
+    HKEY m_handle = nullptr;
 };
 
 bool ReadString(const char* keyPath, const char* name, std::string& value) {
@@ -104,8 +104,13 @@ std::string TakeDamageReport() {
 } // namespace
 
 SettingsHiveServices& Hive() {
-    static SettingsHiveServices table{ReadString, WriteString, DeleteValue, DeleteKey,
-                                      TakeDamageReport};
+    static SettingsHiveServices table{
+        .readString = ReadString,
+        .writeString = WriteString,
+        .deleteValue = DeleteValue,
+        .deleteKey = DeleteKey,
+        .takeDamageReport = TakeDamageReport,
+    };
     return table;
 }
 
