@@ -234,7 +234,7 @@ TEST(BasePath, WithoutABaseEveryConversionPassesPathsThrough) {
 TEST(BasePath, RoundTripsOnTheRealFileSystem) {
     pathtest::BasePathGuard base;
     pathtest::CurrentDirectoryGuard currentDirectory;
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     scratch.WriteFile("Project/doc.prj", "project");
     scratch.WriteFile("Project/Parts/arm.mdl", "arm");
     scratch.WriteFile("Shared/sky.tga", "sky");

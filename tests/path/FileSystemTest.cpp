@@ -25,7 +25,7 @@ String S(const std::string& text) {
 }
 
 TEST(FileSystem, ExistenceOfFilesAndFolders) {
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     scratch.WriteFile("file.txt", "x");
     struct Row {
         std::string path;
@@ -48,7 +48,7 @@ TEST(FileSystem, ExistenceOfFilesAndFolders) {
 }
 
 TEST(FileSystem, CopyReplacesTheTargetByteForByte) {
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     std::string content("binary\0\r\n\xff\x80 data", 17);
     content += std::string(200000, 'z'); // more than one buffer
     scratch.WriteFile("from.bin", content);
@@ -70,7 +70,7 @@ TEST(FileSystem, CopyReplacesTheTargetByteForByte) {
 }
 
 TEST(FileSystem, RenameNeverReplacesAnExistingTarget) {
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     scratch.WriteFile("a.txt", "a");
     scratch.WriteFile("b.txt", "b");
     EXPECT_FALSE(RenameFile(S(scratch.Join("a.txt")), S(scratch.Join("b.txt"))));
@@ -88,7 +88,7 @@ TEST(FileSystem, RenameNeverReplacesAnExistingTarget) {
 }
 
 TEST(FileSystem, RemoveTakesFilesAndEmptyFolders) {
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     scratch.WriteFile("full/file.txt", "x");
     fs::create_directory(scratch.Join("empty"));
     EXPECT_FALSE(Remove(S(scratch.Join("full"))));
@@ -103,7 +103,7 @@ TEST(FileSystem, RemoveTakesFilesAndEmptyFolders) {
 }
 
 TEST(FileSystem, CreateFolderMakesEveryMissingLevel) {
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     EXPECT_TRUE(CreateFolder(S(scratch.Join("a/b/c"))));
     EXPECT_TRUE(DirExists(S(scratch.Join("a/b/c"))));
     EXPECT_TRUE(CreateFolder(S(scratch.Join("a/b/c")))); // exists already
@@ -115,7 +115,7 @@ TEST(FileSystem, CreateFolderMakesEveryMissingLevel) {
 }
 
 TEST(FileSystem, NamesWithBytesAbove127SurviveTheSystem) {
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     scratch.WriteFile("plain.txt", "content");
     const std::string name = "caf\xe9 \xfc.txt";
     ASSERT_TRUE(VarnCopyFile(S(scratch.Join("plain.txt")), S(scratch.Join(name))));
@@ -127,7 +127,7 @@ TEST(FileSystem, NamesWithBytesAbove127SurviveTheSystem) {
 }
 
 TEST(DirectorySearch, FindsMatchingFilesInOrderAndOptionallyBelow) {
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     for (const char* file : {"b.mdl", "a.mdl", "c.tga", "sub/z.mdl", "sub/deeper/y.mdl",
                              "sub/deeper/x.txt", "another/w.mdl", "another/.hidden.mdl"})
         scratch.WriteFile(file, "x");
@@ -160,7 +160,7 @@ TEST(DirectorySearch, FindsMatchingFilesInOrderAndOptionallyBelow) {
 TEST(DirectorySearch, LinksToFoldersAreNotFollowed) {
     if (platform::kNativePathStyle != PathStyle::Posix)
         GTEST_SKIP() << "symbolic links need privileges on Windows";
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     scratch.WriteFile("sub/file.txt", "x");
     fs::create_directory_symlink(scratch.Path(), scratch.Join("sub/loop"));
     fs::create_symlink(scratch.Join("sub/file.txt"), scratch.Join("sub/link.txt"));

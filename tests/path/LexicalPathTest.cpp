@@ -49,7 +49,7 @@ TEST(LexicalPath, FoldsDotsAgainstTheCurrentDirectory) {
 
 TEST(LexicalPath, TheSystemResolvesAgainstTheCurrentDirectory) {
     pathtest::CurrentDirectoryGuard guard;
-    pathtest::ScratchFolder scratch;
+    pathtest::TempFolder scratch;
     ASSERT_TRUE(platform::Files().setCurrentDirectory(scratch.Path().c_str()));
     std::string current;
     ASSERT_TRUE(platform::Files().getCurrentDirectory(current));

@@ -1,4 +1,4 @@
-// PathTestSupport.cpp - the scratch folder and the scripted services of the path tests.
+// PathTestSupport.cpp - the scripted services of the path tests.
 
 #include "PathTestSupport.h"
 
@@ -10,49 +10,6 @@ namespace pathtest {
 
 namespace fs = std::filesystem;
 using namespace fileio::platform;
-
-// ---- scratch folder ------------------------------------------------------------------
-
-ScratchFolder::ScratchFolder() {
-    std::random_device random;
-    fs::path base = fs::temp_directory_path();
-    for (;;) {
-        fs::path candidate = base / ("fileio-paths-" + std::to_string(random()));
-        if (fs::create_directory(candidate)) {
-            m_path = candidate.string();
-            break;
-        }
-    }
-}
-
-ScratchFolder::~ScratchFolder() {
-    std::error_code ignored;
-    fs::remove_all(m_path, ignored);
-}
-
-std::string ScratchFolder::Join(std::string_view relative) const {
-    std::string out = m_path;
-    out += kNativePathStyle == PathStyle::Windows ? '\\' : '/';
-    for (char c : relative)
-        out += (c == '/' && kNativePathStyle == PathStyle::Windows) ? '\\' : c;
-    return out;
-}
-
-void ScratchFolder::WriteFile(std::string_view relative, std::string_view content) const {
-    fs::path file(Join(relative));
-    fs::create_directories(file.parent_path());
-    std::ofstream out(file, std::ios::binary);
-    out.write(content.data(), static_cast<std::streamsize>(content.size()));
-}
-
-std::string ScratchFolder::ReadFile(std::string_view relative) const {
-    std::ifstream in(fs::path(Join(relative)), std::ios::binary);
-    if (!in)
-        return "<missing>";
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 // ---- trace -----------------------------------------------------------------------------
 

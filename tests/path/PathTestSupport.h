@@ -1,10 +1,11 @@
-// PathTestSupport.h - guards that put the process-wide path state back, a scratch folder,
+// PathTestSupport.h - guards that put the process-wide path state back, the scratch folder,
 // and scripted replacements of the file, system and network services.
 #pragma once
 
 #include "fileio/path/BasePath.h"
 #include "path/PathForms.h"
 #include "platform/Platform.h"
+#include "support/TempFolder.h"
 
 #include <filesystem>
 #include <map>
@@ -43,26 +44,8 @@ private:
     std::filesystem::path m_saved;
 };
 
-/// A new empty folder in the system's temporary folder, removed with its contents at the end.
-class ScratchFolder {
-public:
-    ScratchFolder();
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-    /// The folder in native 8-bit form, without a trailing separator.
-    const std::string& Path() const { return m_path; }
-    /// The folder joined with `relative` (written with "/"), in native form.
-    std::string Join(std::string_view relative) const;
-    /// Writes a file of that content (creating its folder).
-    void WriteFile(std::string_view relative, std::string_view content) const;
-    /// The content of a file, or "<missing>".
-    std::string ReadFile(std::string_view relative) const;
-
-private:
-    std::string m_path;
-};
+/// Each test's own folder (tests/support/TempFolder.h).
+using fileio::test::TempFolder;
 
 /// The debug trace lines written while the guard lives.
 class TraceCapture {

@@ -2,6 +2,7 @@
 // writes, atomic replacement, removal, and the three outcomes of reading a whole file.
 
 #include "platform/Platform.h"
+#include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -18,17 +19,7 @@ using fileio::platform::ReadResult;
 
 class FileServicesTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        folder =
-            fs::temp_directory_path() /
-            ("fileio-files-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-             "-" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-    }
-    void TearDown() override { fs::remove_all(folder); }
-
-    std::string Path(const char* name) const { return (folder / name).string(); }
+    std::string Path(const char* name) const { return m_folder.Join(name); }
 
     static std::string Content(const std::string& path) {
         std::ifstream in(path, std::ios::binary);
@@ -37,7 +28,7 @@ protected:
         return bytes.str();
     }
 
-    fs::path folder;
+    fileio::test::TempFolder m_folder{"fileio-files"};
 };
 
 TEST_F(FileServicesTest, WritesAndReadsEveryByte) {
@@ -67,7 +58,7 @@ TEST_F(FileServicesTest, TellsAMissingFileFromOneThatCannotBeRead) {
     EXPECT_EQ(Files().readWholeFile(Path("no/such/folder/file").c_str(), read),
               ReadResult::Missing);
     // A folder is there but is no file to read.
-    EXPECT_EQ(Files().readWholeFile(folder.string().c_str(), read), ReadResult::Failed);
+    EXPECT_EQ(Files().readWholeFile(m_folder.Path().c_str(), read), ReadResult::Failed);
     EXPECT_FALSE(Files().writeFileDurably(Path("no/such/folder/file").c_str(), "x", 1));
 }
 

@@ -6,6 +6,8 @@
 // removed before and after each test.
 #pragma once
 
+#include "support/TempFolder.h"
+
 #include <string>
 
 namespace fileio::test {
@@ -21,15 +23,14 @@ public:
     TestStore(const TestStore&) = delete;
     TestStore& operator=(const TestStore&) = delete;
 
-    /// The configuration folder the hive file lives in (Linux; empty on Windows).
-    const std::string& Folder() const { return m_folder; }
-    /// The hive file's full name (Linux; empty on Windows).
-    std::string HivePath() const {
-        return m_folder.empty() ? m_folder : m_folder + "/varn-settings.hive";
-    }
+    /// The configuration folder the hive file lives in (Linux: Windows keeps the settings
+    /// in the registry).
+    const std::string& Folder() const { return m_folder.Path(); }
+    /// The hive file's full name (Linux).
+    std::string HivePath() const { return Folder() + "/varn-settings.hive"; }
 
 private:
-    std::string m_folder;
+    TempFolder m_folder{"fileio-settings"};
     std::string m_savedXdg;
     bool m_hadXdg = false;
 };

@@ -5,11 +5,10 @@
 
 #include "fileio/handlers/ScopedHandler.h"
 #include "fileio/path/VersionControl.h"
+#include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -17,33 +16,13 @@ using namespace streamtest;
 
 namespace {
 
-/// A fresh folder under the system's temporary folder, removed with everything in it.
-class TemporaryFolder {
+/// A fresh folder of the test's own, whose Write returns the file's path as a String.
+class TemporaryFolder : public fileio::test::TempFolder {
 public:
-    TemporaryFolder() {
-        static int counter = 0;
-        m_path = std::filesystem::temp_directory_path() /
-                 ("fileio-stream-" + std::to_string(std::time(nullptr)) + "-" +
-                  std::to_string(++counter));
-        std::filesystem::create_directories(m_path);
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    /// Writes a file in the folder (creating its folders) and returns its path.
+    TemporaryFolder() : TempFolder("fileio-stream") {}
     String Write(const std::string& name, const std::string& bytes) const {
-        const std::filesystem::path file = m_path / name;
-        std::filesystem::create_directories(file.parent_path());
-        std::ofstream(file, std::ios::binary) << bytes;
-        return String(file.string());
+        return String(WriteFile(name, bytes));
     }
-    void MakeFolder(const std::string& name) const {
-        std::filesystem::create_directories(m_path / name);
-    }
-
-private:
-    std::filesystem::path m_path;
 };
 
 /// Records the progress calls the streams make.
