@@ -21,6 +21,7 @@
 #include "BenchScale.h"
 #include "core/StringNumbers.h"
 #include "fileio/FileIO.h"
+#include "support/FieldValues.h"
 
 #include <benchmark/benchmark.h>
 
@@ -28,6 +29,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,43 +38,38 @@ namespace {
 
 // ---- the project ------------------------------------------------------------------------------
 
-enum class Kind : unsigned char {
-    None,
-    Bool,
-    Int,
-    Float,
-    Double,
-    Text,
-    Vector,
-    Quaternion,
-    Color,
-    Matrix,
-    Time
-};
+using fileio::test::ValueKind;
+/// The kind of a label's value; none for a label without one.
+using Kind = std::optional<ValueKind>;
 
-constexpr int kModelFile = 336, kMesh = 335, kPatches = 342;
-constexpr int kName = 4007, kActive = 4046, kPosition = 4702, kRotate = 4045, kScale = 4028,
-              kColor = 4020, kPatchesHit = 4503, kOpacity = 4528, kValue = 4011, kTime = 1837,
-              kMatrix = 4024, kSelected = 4022;
+const int kModelFile = GetHeaderIDFromText("MODELFILE");
+const int kMesh = GetHeaderIDFromText("MESH");
+const int kPatches = GetHeaderIDFromText("PATCHES");
+const int kName = GetLabelIDFromText("Name"), kActive = GetLabelIDFromText("Active"),
+          kPosition = GetLabelIDFromText("Position"), kRotate = GetLabelIDFromText("Rotate"),
+          kScale = GetLabelIDFromText("Scale"), kColor = GetLabelIDFromText("Color"),
+          kPatchesHit = GetLabelIDFromText("PatchesHit"), kOpacity = GetLabelIDFromText("Opacity"),
+          kValue = GetLabelIDFromText("Value"), kTime = GetLabelIDFromText("Time"),
+          kMatrix = GetLabelIDFromText("Matrix"), kSelected = GetLabelIDFromText("Selected");
 
 /// The kind of each label's value, by label id.
 const std::vector<Kind> g_kinds = [] {
-    std::vector<Kind> kinds(6000, Kind::None);
-    kinds[kName] = Kind::Text;
-    kinds[kActive] = kinds[kSelected] = Kind::Bool;
-    kinds[kPosition] = kinds[kScale] = Kind::Vector;
-    kinds[kRotate] = Kind::Quaternion;
-    kinds[kColor] = Kind::Color;
-    kinds[kPatchesHit] = Kind::Int;
-    kinds[kOpacity] = Kind::Float;
-    kinds[kValue] = Kind::Double;
-    kinds[kTime] = Kind::Time;
-    kinds[kMatrix] = Kind::Matrix;
+    std::vector<Kind> kinds(6000);
+    kinds[kName] = ValueKind::Text;
+    kinds[kActive] = kinds[kSelected] = ValueKind::Bool;
+    kinds[kPosition] = kinds[kScale] = ValueKind::Vector;
+    kinds[kRotate] = ValueKind::Quaternion;
+    kinds[kColor] = ValueKind::Color;
+    kinds[kPatchesHit] = ValueKind::Int;
+    kinds[kOpacity] = ValueKind::Float;
+    kinds[kValue] = ValueKind::Double;
+    kinds[kTime] = ValueKind::Time;
+    kinds[kMatrix] = ValueKind::Matrix;
     return kinds;
 }();
 
 Kind KindOf(int id) {
-    return id >= 0 && id < static_cast<int>(g_kinds.size()) ? g_kinds[id] : Kind::None;
+    return id >= 0 && id < static_cast<int>(g_kinds.size()) ? g_kinds[id] : Kind();
 }
 
 /// A small deterministic generator of "scene" numbers.
@@ -162,74 +159,6 @@ struct Checksum {
     bool operator==(const Checksum&) const = default;
 };
 
-void ReadValue(VarnStream& s, Kind kind, Checksum& c) {
-    switch (kind) {
-    case Kind::Bool: {
-        bool v;
-        s >> v;
-        c.sum += v;
-        break;
-    }
-    case Kind::Int: {
-        int v;
-        s >> v;
-        c.sum += v;
-        break;
-    }
-    case Kind::Float: {
-        float v;
-        s >> v;
-        c.sum += v;
-        break;
-    }
-    case Kind::Double: {
-        double v;
-        s >> v;
-        c.sum += v;
-        break;
-    }
-    case Kind::Text: {
-        String v;
-        s >> v;
-        c.sum += static_cast<double>(v.GetLength());
-        break;
-    }
-    case Kind::Vector: {
-        Vector v;
-        s >> v;
-        c.sum += v.x + v.y + v.z;
-        break;
-    }
-    case Kind::Quaternion: {
-        Quaternion v;
-        s >> v;
-        c.sum += v.x + v.y + v.z + v.w;
-        break;
-    }
-    case Kind::Color: {
-        RGBFloat v;
-        s >> v;
-        c.sum += v.red + v.green + v.blue;
-        break;
-    }
-    case Kind::Matrix: {
-        Matrix44 v;
-        s >> v;
-        for (const Vector4& row : v.row)
-            c.sum += row.x + row.y + row.z + row.w;
-        break;
-    }
-    case Kind::Time: {
-        Time v;
-        s >> v;
-        c.sum += static_cast<double>(v.GetTicks());
-        break;
-    }
-    case Kind::None:
-        break;
-    }
-}
-
 /// Reads the project held by `s` from its start. The token objects are reused from field
 /// to field, as a loading loop keeps them.
 Checksum ReadWithStream(MemoryStream& s) {
@@ -245,7 +174,8 @@ Checksum ReadWithStream(MemoryStream& s) {
             continue;
         }
         s >> label;
-        ReadValue(s, KindOf(label.id), c);
+        if (const Kind kind = KindOf(label.id))
+            c.sum += fileio::test::ReadValue(s, *kind);
     }
     return c;
 }
@@ -272,7 +202,7 @@ public:
                 const bool end = *word == '/';
                 int id = LookUp(word + end, m_p, &GetHeaderIDFromText);
                 if (end)
-                    id |= 0x20000000;
+                    id |= fileio::kEndHeaderBit;
                 c.sum += id & 0xFFFF;
                 ++m_p;
                 continue;
@@ -313,53 +243,55 @@ private:
     float F() { return fileio::detail::ParseFloat(Token()); }
 
     void ReadValue(Kind kind, Checksum& c) {
-        switch (kind) {
-        case Kind::Bool: {
+        if (!kind)
+            return;
+        switch (*kind) {
+        case ValueKind::Bool: {
             const std::string_view t = Token();
             c.sum += t == "TRUE" || t == "true" || t == "1" || t == "on" || t == "On";
             break;
         }
-        case Kind::Int:
+        case ValueKind::Int:
             c.sum +=
                 static_cast<double>(fileio::detail::ParseSigned(Token(), INT32_MIN, INT32_MAX));
             break;
-        case Kind::Float:
+        case ValueKind::Float:
             c.sum += F();
             break;
-        case Kind::Double:
+        case ValueKind::Double:
             c.sum += fileio::detail::ParseDouble(Token());
             break;
-        case Kind::Text: {
+        case ValueKind::Text: {
             const std::string_view t = Token();
             const String text(t.data(), static_cast<int>(t.size()));
             c.sum += static_cast<double>(text.GetLength());
             break;
         }
-        case Kind::Vector: {
+        case ValueKind::Vector: {
             const float x = F(), y = F(), z = F();
             c.sum += x + y + z;
             break;
         }
-        case Kind::Color: {
+        case ValueKind::Color: {
             const float r = F(), g = F(), b = F();
             c.sum += r + g + b;
             break;
         }
-        case Kind::Quaternion: {
+        case ValueKind::Quaternion: {
             const float x = F(), y = F(), z = F(), w = F();
             c.sum += x + y + z + w;
             break;
         }
-        case Kind::Matrix:
+        case ValueKind::Matrix:
             for (int row = 0; row < 4; ++row) {
                 const float x = F(), y = F(), z = F(), w = F();
                 c.sum += x + y + z + w;
             }
             break;
-        case Kind::Time:
+        case ValueKind::Time:
             c.sum += static_cast<double>(TimeTicks(Token()));
             break;
-        case Kind::None:
+        default:
             break;
         }
     }
@@ -448,41 +380,43 @@ private:
     }
 
     void ReadValue(Kind kind, Checksum& c) {
-        switch (kind) {
-        case Kind::Bool:
+        if (!kind)
+            return;
+        switch (*kind) {
+        case ValueKind::Bool:
             c.sum += Take<unsigned char>() != 0;
             break;
-        case Kind::Int:
+        case ValueKind::Int:
             c.sum += Take<std::int32_t>();
             break;
-        case Kind::Float:
+        case ValueKind::Float:
             c.sum += Take<float>();
             break;
-        case Kind::Double:
+        case ValueKind::Double:
             c.sum += Take<double>();
             break;
-        case Kind::Text: {
+        case ValueKind::Text: {
             const auto count = Take<std::uint16_t>();
             const String text(m_p, count);
             m_p += count;
             c.sum += static_cast<double>(text.GetLength());
             break;
         }
-        case Kind::Vector:
-        case Kind::Color:
+        case ValueKind::Vector:
+        case ValueKind::Color:
             c.sum += Floats<3>();
             break;
-        case Kind::Quaternion:
+        case ValueKind::Quaternion:
             c.sum += Floats<4>();
             break;
-        case Kind::Matrix:
+        case ValueKind::Matrix:
             for (int row = 0; row < 4; ++row)
                 c.sum += Floats<4>();
             break;
-        case Kind::Time:
+        case ValueKind::Time:
             c.sum += static_cast<double>(Take<long long>());
             break;
-        case Kind::None:
+        default:
             break;
         }
     }

@@ -1,167 +1,56 @@
 // StreamFuzzDriver.h - drives a stream reader over fuzzer input: tokens, peeks, skips and
 // every typed value, in an order chosen by the input.
 //
-// Input layout: the first byte chooses the transport (the memory stream, or the byte-wise
-// stream that runs the base class's readers), the text generation and the seed of the operation
-// order; the rest is the stream's data. Every step either consumes a byte or the driver reads one,
-// so an input of n bytes takes at most n steps and finishes quickly.
+// Input layout: the first byte chooses the suite-file bit, the text generation and the seed of
+// the operation order; the rest is the stream's data. The same operations run over the memory
+// stream and over the byte-wise transport, whose window meets its edge at every byte, and the
+// two must observe exactly the same. Every step either consumes a byte or the driver reads
+// one, so an input of n bytes takes at most n steps and finishes quickly.
 #pragma once
 
 #include "../tests/support/ByteWiseStream.h"
+#include "../tests/support/FieldValues.h"
 #include "fileio/FileIO.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <vector>
 
 namespace streamfuzz {
 
-/// Reads one value of the kind `kind` chooses.
-inline void ReadTypedValue(VarnStream& stream, unsigned kind) {
-    switch (kind % 24) {
-    case 0: {
-        char v;
-        stream >> v;
-        break;
-    }
-    case 1: {
-        unsigned char v;
-        stream >> v;
-        break;
-    }
-    case 2: {
-        short v;
-        stream >> v;
-        break;
-    }
-    case 3: {
-        int v;
-        stream >> v;
-        break;
-    }
-    case 4: {
-        long v;
-        stream >> v;
-        break;
-    }
-    case 5: {
-        unsigned long v;
-        stream >> v;
-        break;
-    }
-    case 6: {
-        long long v;
-        stream >> v;
-        break;
-    }
-    case 7: {
-        unsigned long long v;
-        stream >> v;
-        break;
-    }
-    case 8: {
-        float v;
-        stream >> v;
-        break;
-    }
-    case 9: {
-        double v;
-        stream >> v;
-        break;
-    }
-    case 10: {
-        bool v;
-        stream >> v;
-        break;
-    }
-    case 11: {
-        String v;
-        stream >> v;
-        break;
-    }
-    case 12: {
-        Vector v;
-        stream >> v;
-        break;
-    }
-    case 13: {
-        Matrix44 v;
-        stream >> v;
-        break;
-    }
-    case 14: {
-        Time v;
-        stream >> v;
-        break;
-    }
-    case 15: {
-        TimeRange v;
-        stream >> v;
-        break;
-    }
-    case 16: {
-        COleDateTime v;
-        stream >> v;
-        break;
-    }
-    case 17: {
-        CTime v;
-        stream >> v;
-        break;
-    }
-    case 18: {
-        ColorBuf v;
-        stream >> v;
-        break;
-    }
-    case 19: {
-        PatchID v;
-        stream >> v;
-        break;
-    }
-    case 20: {
-        // A block with room for the largest colour table.
-        std::vector<std::uint32_t> block((40 + 256 * 4) / 4, 0);
-        stream >> *reinterpret_cast<tagBITMAPINFO*>(block.data());
-        break;
-    }
-    case 21: {
-        HICON v = nullptr;
-        stream >> v;
-        break;
-    }
-    case 22: {
-        unsigned int schema;
-        stream.LoadRuntimeClass(&schema);
-        break;
-    }
-    default: {
-        String v;
-        stream.ParseString(v);
-        break;
-    }
-    }
+/// The ids SkipPast looks for: the label "Active" and the end of "MODELFILE".
+inline const unsigned kActive = static_cast<unsigned>(GetLabelIDFromText("Active"));
+inline const unsigned kModelFileEnd =
+    static_cast<unsigned>(GetHeaderIDFromText("MODELFILE") | fileio::kEndHeaderBit);
+
+/// Reads one value of the kind `kind` chooses; returns its sum (FieldValues.h).
+inline double ReadTypedValue(VarnStream& stream, unsigned kind) {
+    return fileio::test::ReadValue(
+        stream, static_cast<fileio::test::ValueKind>(kind % fileio::test::kValueKindCount));
 }
 
-/// Runs the reader over the input in the given form.
-inline void Drive(const std::uint8_t* data, std::size_t size, bool binary) {
-    if (size == 0)
-        return;
-    const std::uint8_t selector = data[0];
-    ++data;
-    --size;
-    ByteWiseStream byteWise;
-    MemoryStream memory;
-    VarnStream& stream = (selector & 1) != 0 ? static_cast<VarnStream&>(byteWise) : memory;
-    const FileMode mode = FM_LOADING | (binary ? FM_BINARY : FM_STORING) |
-                          ((selector & 2) != 0 ? FM_VARN : FM_STORING);
-    if ((selector & 1) != 0)
-        byteWise.OpenOn(std::string_view(reinterpret_cast<const char*>(data), size), mode);
-    else
-        memory.Open(data, size, mode);
-    if (!binary && (selector & 2) == 0)
-        stream.SetVersion((selector & 4) != 0 ? 13.0f : 5.0f);
+/// What a run observed: after each step the position, the failed and end states and a
+/// digest of everything read.
+using Trace = std::vector<std::uint64_t>;
 
+/// Mixes the bytes of a value into the digest.
+template <class T> void Mix(std::uint64_t& digest, const T& value) {
+    unsigned char bytes[sizeof value];
+    std::memcpy(bytes, &value, sizeof value);
+    for (unsigned char b : bytes)
+        digest = (digest ^ b) * 1099511628211ULL;
+}
+
+inline void MixText(std::uint64_t& digest, const char* text) {
+    for (; *text != '\0'; ++text)
+        Mix(digest, *text);
+}
+
+/// Runs the operations that `selector` seeds over a stream opened on the data.
+inline Trace Run(VarnStream& stream, std::uint8_t selector, std::size_t size) {
     std::uint32_t state = 0x9E3779B9u ^ selector;
     auto next = [&state] {
         state ^= state << 13;
@@ -169,40 +58,45 @@ inline void Drive(const std::uint8_t* data, std::size_t size, bool binary) {
         state ^= state << 5;
         return state;
     };
+    Trace trace;
     MemoryStream line;
     for (std::size_t step = 0; step <= size && !stream.VirtualEof(); ++step) {
         const unsigned long long before = stream.GetPos();
         const std::uint32_t op = next();
-        switch (op % 10) {
-        case 0: {
-            if (stream.IsHeader() || stream.IsHeaderFromAnyVersion()) {
-                Header header;
-                stream >> header;
-                if ((op & 0x100) != 0)
-                    stream.SkipHeader(header);
-            } else if (stream.IsLabel()) {
-                Label label;
-                stream >> label;
-                ReadTypedValue(stream, static_cast<unsigned>(label.id));
-            }
-            break;
-        }
-        case 1: {
-            Label label;
-            stream >> label;
-            ReadTypedValue(stream, op >> 8);
-            break;
-        }
-        case 2: {
+        std::uint64_t digest = 14695981039346656037ULL;
+        auto readHeader = [&] {
             Header header;
             stream >> header;
+            Mix(digest, header.id);
+            MixText(digest, header.text);
             if ((op & 0x100) != 0)
-                stream.SkipHeader(header);
+                Mix(digest, stream.SkipHeader(header));
+        };
+        auto readField = [&](unsigned kind) {
+            Label label;
+            stream >> label;
+            Mix(digest, label.id);
+            MixText(digest, label.text);
+            Mix(digest, ReadTypedValue(stream, kind == 0 ? static_cast<unsigned>(label.id) : kind));
+        };
+        switch (op % 10) {
+        case 0:
+            if (stream.IsHeader() || stream.IsHeaderFromAnyVersion())
+                readHeader();
+            else if (stream.IsLabel())
+                readField(0);
             break;
-        }
+        case 1:
+            readField(op >> 8 | 1);
+            break;
+        case 2:
+            readHeader();
+            break;
         case 3: {
             String token;
             stream.ParseToken(token);
+            MixText(digest, token.Get() != nullptr ? token.Get() : "");
+            Mix(digest, stream.DidPassEOL());
             break;
         }
         case 4:
@@ -212,28 +106,59 @@ inline void Drive(const std::uint8_t* data, std::size_t size, bool binary) {
                 stream.SkipWhite();
             break;
         case 5:
-            ReadTypedValue(stream, op >> 8);
+            Mix(digest, ReadTypedValue(stream, op >> 8));
             break;
         case 6:
-            stream.ReadLine(line);
+            Mix(digest, stream.ReadLine(line));
+            Mix(digest, line.GetLength());
             break;
         case 7: {
             char token[255];
             stream.ParseToken(token, static_cast<char>(op >> 8));
+            MixText(digest, token);
             break;
         }
         case 8:
-            stream.SkipPast((op & 0x100) != 0 ? 4046u : 336u | 0x20000000u);
+            Mix(digest, stream.SkipPast((op & 0x100) != 0 ? kActive : kModelFileEnd));
             break;
-        default:
-            stream.ReadString(static_cast<char>(op >> 8));
+        default: {
+            const String text = stream.ReadString(static_cast<char>(op >> 8));
+            MixText(digest, text.Get() != nullptr ? text.Get() : "");
             break;
         }
-        stream.IsFailed();
+        }
+        Mix(digest, stream.IsFailed());
+        Mix(digest, stream.GetPos());
+        trace.push_back(digest);
         if (stream.GetPos() == before && !stream.VirtualEof()) {
             char c;
             stream >> c; // make progress
         }
+    }
+    return trace;
+}
+
+/// Runs the same operations over the input on the memory stream and on the byte-wise
+/// transport, and stops the process when the two read the same bytes differently.
+inline void Drive(const std::uint8_t* data, std::size_t size, bool binary) {
+    if (size == 0)
+        return;
+    const std::uint8_t selector = data[0];
+    const std::string_view bytes(reinterpret_cast<const char*>(data + 1), size - 1);
+    const FileMode mode = FM_LOADING | (binary ? FM_BINARY : FM_STORING) |
+                          ((selector & 2) != 0 ? FM_VARN : FM_STORING);
+    const float version = (selector & 4) != 0 ? 13.0f : 5.0f;
+    MemoryStream memory;
+    memory.Open(bytes.data(), bytes.size(), mode);
+    ByteWiseStream byteWise;
+    byteWise.OpenOn(bytes, mode);
+    if (!binary && (selector & 2) == 0) {
+        memory.SetVersion(version);
+        byteWise.SetVersion(version);
+    }
+    if (Run(memory, selector, bytes.size()) != Run(byteWise, selector, bytes.size())) {
+        std::fprintf(stderr, "the memory stream and the byte-wise transport differ\n");
+        std::abort();
     }
 }
 

@@ -146,7 +146,7 @@ struct Summary {
 /// The plain word of a header as read: an end header's text keeps its "/" or "END".
 std::string PlainWord(const Header& header) {
     std::string_view text(header.text);
-    if ((header.id & 0x20000000) != 0 && header.id != -1) {
+    if ((header.id & fileio::kEndHeaderBit) != 0 && header.id != -1) {
         if (text.substr(0, 1) == "/")
             text.remove_prefix(1);
         else if (text.substr(0, 3) == "END")
@@ -157,8 +157,6 @@ std::string PlainWord(const Header& header) {
 
 /// Copies every token of `in` to `out`; false, with a message, on a token it cannot carry.
 bool Convert(MemoryStream& in, VarnStream& out, Summary& summary) {
-    if (in.IsBinary())
-        in.Seek(1, SM_CURRENT); // the "B" that marks the form
     for (;;) {
         if (in.IsFailed()) {
             std::fprintf(stderr, "the data end inside a value\n");
@@ -177,8 +175,8 @@ bool Convert(MemoryStream& in, VarnStream& out, Summary& summary) {
                 std::fprintf(stderr, "unknown section word \"%s\"\n", token.text);
                 return false;
             }
-            if ((token.id & 0x20000000) != 0) {
-                out << EndHeader(token.id & ~0x20000000, word.c_str()) << nl;
+            if ((token.id & fileio::kEndHeaderBit) != 0) {
+                out << EndHeader(token.id & ~fileio::kEndHeaderBit, word.c_str()) << nl;
             } else {
                 out << Header(token.id, word.c_str()) << nl;
                 ++summary.sections;
@@ -221,32 +219,32 @@ bool WriteFile(const char* path, const MemoryStream& stream) {
 // ---- the bundled sample ---------------------------------------------------------------------
 
 void WriteMesh(VarnStream& out, const char* name, float x, int patches) {
-    out << Header(335) << nl; // MESH
+    out << Header(GetHeaderIDFromText("MESH")) << nl;
     out << Label("Name") << String(name) << nl;
     out << Label("Active") << true << nl;
     out << Label("Position") << Vector{x, 1.5f, -0.25f} << nl;
     out << Label("Rotate") << Quaternion{0, 0.707106769f, 0, 0.707106769f} << nl;
     out << Label("Scale") << Vector{1, 1, 1} << nl;
     out << Label("Color") << RGBFloat{0.8f, 0.2f, 0.1f} << nl;
-    out << Header(342) << nl; // PATCHES
+    out << Header(GetHeaderIDFromText("PATCHES")) << nl;
     out << Label("PatchesHit") << patches << nl;
     out << Label("Opacity") << 0.75f << nl;
-    out << EndHeader(342) << nl;
-    out << EndHeader(335) << nl;
+    out << EndHeader(GetHeaderIDFromText("PATCHES")) << nl;
+    out << EndHeader(GetHeaderIDFromText("MESH")) << nl;
 }
 
 void WriteSample(VarnStream& out) {
-    out << Header(336) << nl; // MODELFILE
-    out << Header(157) << nl; // FILEINFO
+    out << Header(GetHeaderIDFromText("MODELFILE")) << nl;
+    out << Header(GetHeaderIDFromText("FILEINFO")) << nl;
     out << Label("Version") << 13.0f << nl;
     out << Label("Organization") << String("Varn&Co") << nl;
     out << Label("Url") << String("http://example.com/robot") << nl;
-    out << EndHeader(157) << nl;
+    out << EndHeader(GetHeaderIDFromText("FILEINFO")) << nl;
     out << Label("Notes") << String("A&B") << nl;
     WriteMesh(out, "Body", 0.0f, 128);
     WriteMesh(out, "LeftArm", -1.25f, 48);
     WriteMesh(out, "RightArm", 1.25f, 48);
-    out << Header(297) << nl; // ATTRS
+    out << Header(GetHeaderIDFromText("ATTRS")) << nl;
     out << Label("Type") << 3 << nl;
     out << Label("Mode") << -1 << nl;
     out << Label("Value") << 0.1 << nl;
@@ -258,8 +256,8 @@ void WriteSample(VarnStream& out) {
     out << Label("Time") << Time(139501LL) << nl;
     out << Label("PlayRange") << TimeRange{Time(0LL), Time(8104500LL)} << nl;
     out << Label("Selected") << false << nl;
-    out << EndHeader(297) << nl;
-    out << EndHeader(336) << nl;
+    out << EndHeader(GetHeaderIDFromText("ATTRS")) << nl;
+    out << EndHeader(GetHeaderIDFromText("MODELFILE")) << nl;
 }
 
 int Usage() {

@@ -1,8 +1,8 @@
 // NamedPools.cpp - the named pool objects and the functions of each kind.
 
 #include "fileio/memory/NamedPools.h"
-#include "fileio/handlers/LogHandler.h"
 #include "memory/NamedPoolObjects.h"
+#include "memory/PoolReport.h"
 
 #include <atomic>
 #include <new>
@@ -165,10 +165,8 @@ bool IsMemoryAvailable() {
     return true;
 }
 
-void SetSwapping(int on) {
-    g_swapping.store(on != 0, std::memory_order_relaxed);
-    if (LogHandler* const log = GetLogHandler())
-        log->LogMessage(String("Swapping Set"));
+void fileio::detail::SetSwappingSwitch(bool on) noexcept {
+    g_swapping.store(on, std::memory_order_relaxed);
 }
 int IsSwapping() {
     return g_swapping.load(std::memory_order_relaxed) ? 1 : 0;

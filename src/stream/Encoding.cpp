@@ -18,6 +18,17 @@ namespace {
 constexpr long long kInt32Min = INT32_MIN;
 constexpr long long kInt32Max = INT32_MAX;
 
+/// A token as the C string functions see it: up to its first NUL byte.
+std::string_view UpToNul(std::string_view token) {
+    const std::size_t nul = token.find('\0');
+    return nul == std::string_view::npos ? token : token.substr(0, nul);
+}
+
+/// The token is `word`, ignoring ASCII case.
+bool IsWordNoCase(std::string_view token, std::string_view word) {
+    return token.size() == word.size() && StartsWithNoCase(token, word);
+}
+
 } // namespace
 
 // ---- scalars: the text forms --------------------------------------------------------------------
@@ -48,28 +59,23 @@ void VarnStream::WriteTextDouble(double value) {
 // Every integer type up to 32 bits reads its token as a 32-bit strtol does; the narrower
 // types keep the low bits of the result.
 long long VarnStream::ReadTextInt32() {
-    char scratch[256];
-    return ParseSigned(ParseScalarToken(scratch), kInt32Min, kInt32Max);
+    return ParseSigned(ScalarToken(), kInt32Min, kInt32Max);
 }
 
 long long VarnStream::ReadTextInt64() {
-    char scratch[256];
-    return ParseSigned(ParseScalarToken(scratch), INT64_MIN, INT64_MAX);
+    return ParseSigned(ScalarToken(), INT64_MIN, INT64_MAX);
 }
 
 unsigned long long VarnStream::ReadTextUnsigned(unsigned long long max) {
-    char scratch[256];
-    return ParseUnsigned(ParseScalarToken(scratch), max);
+    return ParseUnsigned(ScalarToken(), max);
 }
 
 float VarnStream::ReadTextFloat() {
-    char scratch[256];
-    return ParseFloat(ParseScalarToken(scratch));
+    return ParseFloat(ScalarToken());
 }
 
 double VarnStream::ReadTextDouble() {
-    char scratch[256];
-    return ParseDouble(ParseScalarToken(scratch));
+    return ParseDouble(ScalarToken());
 }
 
 // ---- char: the raw byte in both forms -----------------------------------------------------------
@@ -144,10 +150,8 @@ VarnStream& VarnStream::operator>>(bool& value) {
         ReadBinary(byte);
         value = byte != 0;
     } else {
-        char scratch[256];
-        const char* token = ParseScalarToken(scratch);
-        value = CompareNoCase(token, "on") == 0 || CompareNoCase(token, "true") == 0 ||
-                std::strcmp(token, "1") == 0;
+        const std::string_view token = UpToNul(ScalarToken());
+        value = IsWordNoCase(token, "on") || IsWordNoCase(token, "true") || token == "1";
     }
     return *this;
 }
@@ -210,6 +214,15 @@ VarnStream& VarnStream::operator<<(const std::string& value) {
     return *this;
 }
 
+void VarnStream::WriteLine(const String& line) {
+    const auto length = static_cast<std::size_t>(line.GetLength());
+    if (IsBinary())
+        WriteBinaryCount(length);
+    PutBytes(line.Get(), length);
+    if (IsAscii())
+        PutBytes("\n", 1);
+}
+
 VarnStream& VarnStream::operator>>(String& value) {
     if (IsAscii()) {
         ParseString(value);
@@ -227,13 +240,18 @@ VarnStream& VarnStream::operator>>(String& value) {
     return *this;
 }
 
-// The bytes are copied once, into the String: a block's straight from its data.
+// The bytes are copied once, into the String, when the window holds them all.
 void VarnStream::ReadCountedText(String& value, std::size_t count) {
     std::string spill;
-    if (m_block.data == nullptr)
+    std::string_view bytes;
+    if (Available() >= count) {
+        bytes = {reinterpret_cast<const char*>(m_window.data + m_window.position), count};
+        m_window.position += count;
+    } else {
         spill.resize(count);
-    const std::string_view bytes = Peek(spill.data(), count);
-    Advance(bytes.size());
+        spill.resize(static_cast<std::size_t>(ReadC(spill.data(), count)));
+        bytes = spill;
+    }
     if (bytes.size() != count) {
         value = String();
         OnFailed();
@@ -261,8 +279,10 @@ void VarnStream::ReadTextFloats(float* values, int count) {
 
 // ---- composites of integers ---------------------------------------------------------------------
 
+namespace {
+
 // Components in member order, one " " between them in text.
-template <class T> static void WriteComponents(VarnStream& stream, const T* values, int count) {
+template <class T> void WriteComponents(VarnStream& stream, const T* values, int count) {
     for (int i = 0; i < count; ++i) {
         if (i != 0 && stream.IsAscii())
             stream << ' ';
@@ -270,10 +290,12 @@ template <class T> static void WriteComponents(VarnStream& stream, const T* valu
     }
 }
 
-template <class T> static void ReadComponents(VarnStream& stream, T* values, int count) {
+template <class T> void ReadComponents(VarnStream& stream, T* values, int count) {
     for (int i = 0; i < count; ++i)
         stream >> values[i];
 }
+
+} // namespace
 
 VarnStream& VarnStream::operator<<(const ColorBuf& value) {
     const unsigned char channels[4] = {value.red, value.green, value.blue, value.alpha};
@@ -302,9 +324,10 @@ VarnStream& VarnStream::operator>>(PatchID& value) {
 
 namespace {
 
-constexpr unsigned long long kTicksPerFrame = 4500;
+/// The text form counts a time in frames of 30 a second.
 constexpr unsigned long long kFramesPerSecond = 30;
-constexpr unsigned long long kTicksPerSecond = kTicksPerFrame * kFramesPerSecond;
+constexpr unsigned long long kTicksPerSecond = Time::TicksPerSecond;
+constexpr unsigned long long kTicksPerFrame = kTicksPerSecond / kFramesPerSecond;
 constexpr unsigned long long kTicksPerMinute = kTicksPerSecond * 60;
 
 /// The tick count a time is stored with: the two sentinels are stored as 0.
@@ -360,8 +383,7 @@ VarnStream& VarnStream::operator>>(Time& value) {
         value = Time(ticks);
         return *this;
     }
-    char scratch[256];
-    std::string_view text(ParseScalarToken(scratch));
+    std::string_view text = UpToNul(ScalarToken());
     const bool negative = !text.empty() && text.front() == '-';
     if (negative)
         text.remove_prefix(1);

@@ -22,6 +22,9 @@ String LoadingMessage(const String& path) {
     return message;
 }
 
+/// The progress control's range: the meter shows hundredths of the data.
+constexpr int kMeterRange = 100;
+
 const char* TextOf(const String& text) {
     return text.Get() != nullptr ? text.Get() : "";
 }
@@ -29,51 +32,59 @@ const char* TextOf(const String& text) {
 } // namespace
 
 void VarnStream::InitProgress(const String& path) {
-    if (m_totalLength == 0) {
-        m_nextMeterPosition = 1;
-        m_progressInitialised = true;
+    Progress& p = m_progress;
+    if (p.totalLength == 0) {
+        p.nextMeterPosition = 1;
+        p.initialised = true;
         return;
     }
     const bool active = StatusMessage::IsProgressControlActive();
-    m_ownsProgressControl = !active;
+    p.ownsControl = !active;
     if (active) {
         if (StatusMessage::GetCurrentType() != 0)
             return;
-        m_savedStatusText = StatusMessage::GetStatusMessage();
+        p.savedStatusText = StatusMessage::GetStatusMessage();
     }
     const String message = LoadingMessage(path);
-    m_displaying = true;
+    p.displaying = true;
     StatusMessage::SetDisplaying(true);
-    StatusMessage::InitializeProgressControl(TextOf(message), 0, 0, 100);
-    const unsigned long long step = m_totalLength / 100;
-    m_meterStep = step > INT_MAX ? INT_MAX : static_cast<int>(step);
-    m_nextMeterPosition = static_cast<unsigned long long>(m_meterStep);
-    m_progressInitialised = true;
+    StatusMessage::InitializeProgressControl(TextOf(message), 0, 0, kMeterRange);
+    const unsigned long long step = p.totalLength / kMeterRange;
+    p.meterStep = step > INT_MAX ? INT_MAX : static_cast<int>(step);
+    p.nextMeterPosition = static_cast<unsigned long long>(p.meterStep);
+    p.initialised = true;
 }
 
 void VarnStream::UnInitProgress() {
-    if (!m_progressInitialised)
+    Progress& p = m_progress;
+    if (!p.initialised)
         return;
     if (m_fileName.IsNotEmpty() && IsLoading() && StatusMessage::IsProgressControlActive()) {
-        if (m_ownsProgressControl)
+        if (p.ownsControl)
             StatusMessage::UninitializeProgressControl();
         else
-            StatusMessage::InitializeProgressControl(TextOf(m_savedStatusText), 0, 0, 100);
+            StatusMessage::InitializeProgressControl(TextOf(p.savedStatusText), 0, 0, kMeterRange);
     }
-    if (m_displaying) {
+    if (p.displaying) {
         StatusMessage::SetDisplaying(false);
-        m_displaying = false;
+        p.displaying = false;
     }
-    m_progressInitialised = false;
+    p.initialised = false;
+}
+
+void VarnStream::AdvanceMeter() {
+    Progress& p = m_progress;
+    if (p.meterStep == 0)
+        return;
+    const unsigned long long position = Position();
+    if (position >= p.nextMeterPosition) {
+        StatusMessage::SetProgress(static_cast<int>(position / static_cast<unsigned>(p.meterStep)));
+        p.nextMeterPosition += static_cast<unsigned>(p.meterStep);
+    }
 }
 
 // Streams whose progress InitProgress started are advanced by their transport, not here.
 void VarnStream::SetStatusMeter() {
-    if (m_progressInitialised || m_meterStep == 0)
-        return;
-    const unsigned long long position = GetPos();
-    if (position >= m_nextMeterPosition) {
-        StatusMessage::SetProgress(static_cast<int>(position / static_cast<unsigned>(m_meterStep)));
-        m_nextMeterPosition += static_cast<unsigned>(m_meterStep);
-    }
+    if (!m_progress.initialised)
+        AdvanceMeter();
 }

@@ -1,13 +1,14 @@
 // Tokens.cpp - headers, end headers and labels: writing, reading, peeking and skipping.
 
-#include "fileio/stream/MemoryStream.h"
 #include "fileio/stream/VarnStream.h"
 
 #include "core/StringAscii.h"
+#include "stream/SpanStream.h"
 #include "stream/StreamBytes.h"
 #include "stream/TokenText.h"
 
 #include <cstring>
+#include <string>
 
 using namespace fileio::detail;
 
@@ -47,7 +48,7 @@ VarnStream& VarnStream::operator<<(const Header& header) {
 
 VarnStream& VarnStream::operator<<(const EndHeader& header) {
     if (IsBinary()) {
-        WriteBinary(static_cast<unsigned int>(header.id) | kHeaderTokenBit | kEndTokenBit);
+        WriteBinary(static_cast<unsigned int>(header.id) | kHeaderTokenBit | kEndHeaderWordBit);
     } else {
         PutBytes("</", 2);
         PutBytes(header.text, std::strlen(header.text));
@@ -76,32 +77,33 @@ VarnStream& VarnStream::operator>>(Header& header) {
     return *this;
 }
 
+// The square generation's header ends just after its "]"; the angle generation's reads at
+// most 255 bytes up to its ">" and then skips the white space after it.
 void VarnStream::ReadHeaderText(Header& header) {
-    char bracket;
-    ReadC(&bracket, 1);
+    NextByte(); // the opening bracket
     char word[kTokenBufferSize + 1];
     const char* lookup = word;
     bool end = false;
-    if (m_version < kAngleVersion) {
+    if (m_generation != TextGeneration::Angle) {
         ParseToken(word, ']');
         end = std::strncmp(word, "END", 3) == 0;
         if (end)
             lookup = word + 3;
     } else {
-        // At most 255 bytes are read, the closing ">" among them.
-        char scratch[kTokenBufferSize];
-        const std::string_view bytes = Peek(scratch, kTokenBufferSize);
-        const std::size_t close = bytes.find('>');
-        const std::size_t length = close != std::string_view::npos ? close : bytes.size();
-        std::memcpy(word, bytes.data(), length);
+        std::size_t length = 0;
+        for (std::size_t read = 0; read < kTokenBufferSize; ++read) {
+            const int c = NextByte();
+            if (c < 0 || c == '>')
+                break;
+            word[length++] = static_cast<char>(c);
+        }
         word[length] = '\0';
-        Advance(close != std::string_view::npos ? close + 1 : length);
         SetStatusMeter();
         end = word[0] == '/';
         if (end)
             lookup = word + 1;
+        SkipWhite();
     }
-    SkipWhite();
     CopyTokenText(header.text, word);
     header.id = LookUpSectionWord(lookup);
     if (end)
@@ -113,17 +115,18 @@ void VarnStream::ReadHeaderBinary(Header& header) {
     unsigned int word = 0;
     ReadBinary(word);
     m_lastTokenWasHeader = true;
-    m_lastTokenWasLabel = false;
+    // The word of no id leaves the label flag as it was.
     if (word == kNoIdWord) {
         header.id = -1;
         GetHeaderTextFromID(-1, header.text);
         return;
     }
+    m_lastTokenWasLabel = false;
     word &= ~kHeaderTokenBit;
     if ((word & kLabelTokenBit) != 0) {
         m_lastTokenWasLabel = true;
         word &= ~kLabelTokenBit;
-        GetLabelTextFromID(static_cast<int>(word & ~kEndTokenBit), header.text);
+        GetLabelTextFromID(static_cast<int>(word & ~kEndHeaderWordBit), header.text);
         header.id = -1;
         return;
     }
@@ -133,7 +136,7 @@ void VarnStream::ReadHeaderBinary(Header& header) {
     // the prefix can be compared whole.
     if (header.text[0] == kHeaderNotFound[0] &&
         std::memcmp(header.text, kHeaderNotFound, sizeof kHeaderNotFound - 1) == 0)
-        GetLabelTextFromID(static_cast<int>(word & ~kEndTokenBit), header.text);
+        GetLabelTextFromID(static_cast<int>(word & ~kEndHeaderWordBit), header.text);
 }
 
 VarnStream& VarnStream::operator>>(Label& label) {
@@ -149,7 +152,6 @@ VarnStream& VarnStream::operator>>(Label& label) {
         GetLabelTextFromID(label.id, label.text);
     } else {
         char word[kTokenBufferSize];
-        SkipWhite();
         ParseToken(word, '=');
         CopyTokenText(label.text, word);
         label.id = GetLabelIDFromText(label.text);
@@ -157,74 +159,26 @@ VarnStream& VarnStream::operator>>(Label& label) {
     return *this;
 }
 
-// ---- peeking
-// -------------------------------------------------------------------------------------
-
-bool VarnStream::PeekWord(unsigned int& word) {
-    char scratch[sizeof word];
-    const std::string_view bytes = Peek(scratch, sizeof word);
-    word = 0;
-    std::memcpy(&word, bytes.data(), bytes.size());
-    return bytes.size() == sizeof word;
-}
-
-bool VarnStream::IsTextHeaderNext(bool anyVersion) {
-    SkipWhite();
-    char scratch[1];
-    const std::string_view bytes = Peek(scratch, 1);
-    return !bytes.empty() && IsHeaderBracket(bytes[0], m_version, anyVersion);
-}
-
-bool VarnStream::IsHeader() {
-    if (IsAscii())
-        return IsTextHeaderNext(false);
-    unsigned int word;
-    return PeekWord(word) && (word & kHeaderTokenBit) != 0;
-}
-
-bool VarnStream::IsHeaderFromAnyVersion() {
-    if (IsAscii())
-        return IsTextHeaderNext(true);
-    return VarnStream::IsHeader();
-}
-
-bool VarnStream::IsLabel() {
-    if (IsBinary()) {
-        unsigned int word;
-        return PeekWord(word) && (word & kLabelTokenBit) != 0;
-    }
-    SkipWhite();
-    const unsigned long long at = GetPos();
-    char c = '\0';
-    while (ReadC(&c, 1) == 1 && c != '=' && !IsLineEnd(c)) {
-    }
-    Seek(static_cast<long long>(at), SM_BEGIN);
-    return c == '=';
-}
-
-// ---- skipping
-// ---------------------------------------------------------------------------------------
+// ---- skipping -----------------------------------------------------------------------------------
 
 bool VarnStream::SkipHeader(const Header& header) {
     return IsBinary() ? SkipHeaderBinary(header) : SkipHeaderText(header);
 }
 
 bool VarnStream::SkipHeaderText(const Header& header) {
-    const unsigned long long start = GetPos();
+    const unsigned long long start = Position();
     char endWord[fileio::kTokenTextSize + 3];
-    std::strcpy(endWord, m_version < kAngleVersion ? "END" : "/");
+    std::strcpy(endWord, m_generation == TextGeneration::Angle ? "/" : "END");
     std::strcat(endWord, header.text);
 
-    MemoryStream line;
-    line.SetSize(1024);
+    std::string spill;
+    std::string_view line;
     int depth = 0;
-    while (ReadLine(line)) {
-        line.SetMode(FM_LOADING);
-        line.SetVersion(m_version);
-        if (!line.IsHeaderAt0())
+    while (NextLine(spill, line)) {
+        if (line.empty() || !IsHeaderBracket(line[0], m_generation, false))
             continue;
         Header found;
-        line >> found;
+        SpanStream(line, m_version) >> found;
         if (std::strcmp(found.text, header.text) == 0) {
             ++depth;
         } else if (CompareNoCase(found.text, endWord) == 0) {
@@ -233,7 +187,7 @@ bool VarnStream::SkipHeaderText(const Header& header) {
             --depth;
         }
     }
-    Seek(static_cast<long long>(start), SM_BEGIN);
+    MoveTo(start);
     return false;
 }
 
@@ -241,13 +195,13 @@ bool VarnStream::SkipHeaderText(const Header& header) {
 // the scan when its id is the wanted one, so the word is tested first and only a match is
 // read as a token (which records it as the last token read).
 bool VarnStream::SkipHeaderBinary(const Header& header) {
-    const unsigned long long start = GetPos();
+    const unsigned long long start = Position();
     const bool pluginProperties = header.id == kPluginPropertiesId;
     const int wanted = header.id | fileio::kEndHeaderBit;
     OffFailed();
     for (unsigned long long at = start;; ++at) {
-        Seek(static_cast<long long>(at), SM_BEGIN);
-        if (VirtualEof() || (m_mode & FM_FAILED) != 0)
+        MoveTo(at);
+        if (VirtualEof() || HasFailed())
             break;
         unsigned int word;
         if (!PeekWord(word) || (word & kHeaderTokenBit) == 0)
@@ -260,34 +214,31 @@ bool VarnStream::SkipHeaderBinary(const Header& header) {
             return true;
         }
     }
-    Seek(static_cast<long long>(start), SM_BEGIN);
+    MoveTo(start);
     return false;
 }
 
 bool VarnStream::SkipPast(unsigned int id) {
-    if (IsBinary())
-        return SkipPastBinary(id);
-    MemoryStream line;
-    while (ReadLine(line)) {
-        const char* data = reinterpret_cast<const char*>(line.GetData());
-        const std::size_t length = static_cast<std::size_t>(line.GetLength());
-        const char* equals = static_cast<const char*>(std::memchr(data, '=', length));
+    return IsBinary() ? SkipPastBinary(id) : SkipPastText(id);
+}
+
+// A line holding "=" is a label line, named by the text before the "="; a line that starts
+// with a header bracket is read as the header reader reads it.
+bool VarnStream::SkipPastText(unsigned int id) {
+    std::string spill;
+    std::string_view line;
+    while (NextLine(spill, line)) {
         int found;
-        if (equals != nullptr) {
+        if (const std::size_t equals = line.find('='); equals != std::string_view::npos) {
             char word[fileio::kTokenTextSize];
-            const std::size_t n = static_cast<std::size_t>(equals - data);
-            const std::size_t kept = n < sizeof word - 1 ? n : sizeof word - 1;
-            std::memcpy(word, data, kept);
-            word[kept] = '\0';
+            CopyTokenText(word, line.substr(0, equals));
             found = GetLabelIDFromText(word);
-        } else {
-            line.SetMode(FM_LOADING);
-            line.SetVersion(m_version);
-            if (!line.IsHeaderAt0())
-                continue;
+        } else if (!line.empty() && IsHeaderBracket(line[0], m_generation, false)) {
             Header header;
-            line >> header;
+            SpanStream(line, m_version) >> header;
             found = header.id;
+        } else {
+            continue;
         }
         if (static_cast<unsigned int>(found) == id)
             return true;
@@ -296,8 +247,8 @@ bool VarnStream::SkipPast(unsigned int id) {
 }
 
 bool VarnStream::SkipPastBinary(unsigned int id) {
-    for (unsigned long long at = GetPos();; ++at) {
-        Seek(static_cast<long long>(at), SM_BEGIN);
+    for (unsigned long long at = Position();; ++at) {
+        MoveTo(at);
         unsigned int word;
         if (!PeekWord(word))
             break;

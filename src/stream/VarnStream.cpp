@@ -1,28 +1,22 @@
-// VarnStream.cpp - the stream base: mode, the byte-by-byte token readers, white space and
-// lines, the suite-file marker, manipulators, class identities and object storage.
+// VarnStream.cpp - the stream base: bytes through the transport's window, the mode and
+// version, the suite-file marker, manipulators, class identities and object storage.
 
 #include "fileio/stream/VarnStream.h"
 
 #include "fileio/memory/Pool.h"
-#include "fileio/stream/MemoryStream.h"
 #include "stream/StreamBytes.h"
 #include "stream/StreamState.h"
 
+#include <algorithm>
 #include <cstring>
-#include <string>
 
 using namespace fileio::detail;
 
-VarnStream::VarnStream() = default;
+VarnStream::VarnStream()
+    : m_version(kUnknownVersion), m_generation(GenerationOf(kUnknownVersion)) {}
 
 VarnStream::~VarnStream() {
     UnInitProgress();
-}
-
-bool VarnStream::IsFailed() {
-    const bool failed = (m_mode & FM_FAILED) != 0;
-    OffFailed();
-    return failed;
 }
 
 void* VarnStream::operator new(std::size_t size) {
@@ -37,211 +31,122 @@ VarnStream* VarnStream::GetInfoStream() {
     return this;
 }
 
-// ---- the byte-by-byte token readers -------------------------------------------------------------
-// Written with ReadC, Seek and GetPos only, for transports without a faster way.
-
-namespace {
-
-bool ReadByte(VarnStream& stream, char& c) {
-    return stream.ReadC(&c, 1) == 1;
+void VarnStream::SetVersion(float version) {
+    m_version = version;
+    m_generation = GenerationOf(version);
 }
 
-/// Skips the bytes for which `skip` holds; the first other byte is read again next.
-template <class Predicate> unsigned long long SkipBytes(VarnStream& stream, Predicate skip) {
-    unsigned long long skipped = 0;
-    for (;;) {
-        const unsigned long long at = stream.GetPos();
-        char c;
-        if (!ReadByte(stream, c))
-            return skipped;
-        if (!skip(c)) {
-            stream.Seek(static_cast<long long>(at), SM_BEGIN);
-            return skipped;
+// ---- bytes through the window -------------------------------------------------------------------
+
+bool VarnStream::RefillWindow() {
+    return Refill(m_window) && Available() != 0;
+}
+
+unsigned long long VarnStream::ReadC(void* buffer, unsigned long long count) {
+    auto* out = static_cast<unsigned char*>(buffer);
+    unsigned long long copied = 0;
+    while (copied < count && (Available() != 0 || RefillWindow())) {
+        const unsigned long long n = std::min(Available(), count - copied);
+        std::memcpy(out + copied, m_window.data + m_window.position, static_cast<std::size_t>(n));
+        m_window.position += n;
+        copied += n;
+    }
+    return copied;
+}
+
+void VarnStream::Read(void* buffer, long count) {
+    if (count > 0)
+        ReadC(buffer, static_cast<unsigned long long>(count));
+}
+
+void VarnStream::Write(const void* data, unsigned long long count) {
+    const auto* in = static_cast<const unsigned char*>(data);
+    while (count != 0) {
+        unsigned long long room =
+            m_window.position < m_window.capacity ? m_window.capacity - m_window.position : 0;
+        if (room < count)
+            room = MakeRoom(m_window, count);
+        if (room == 0) {
+            OnFailed();
+            return;
         }
-        ++skipped;
+        const unsigned long long n = std::min(room, count);
+        std::memcpy(m_window.data + m_window.position, in, static_cast<std::size_t>(n));
+        m_window.position += n;
+        m_window.length = std::max(m_window.length, m_window.position);
+        m_window.dirty = true;
+        in += n;
+        count -= n;
     }
 }
 
-/// Reads the next line's bytes (see ReadLine) into `line`; false at the end.
-bool ReadLineBytes(VarnStream& stream, std::string& line) {
-    line.clear();
-    if (stream.IsBinary()) {
-        char word[4];
-        const unsigned long long n = stream.ReadC(word, sizeof word);
-        line.assign(word, static_cast<std::size_t>(n));
-        return n != 0;
+void VarnStream::Flush() {
+    Commit(m_window);
+}
+
+void VarnStream::Seek(long long offset, SeekMode mode) {
+    const auto step = static_cast<unsigned long long>(offset);
+    switch (mode) {
+    case SM_BEGIN:
+        MoveTo(step);
+        break;
+    case SM_END:
+        MoveTo(DataLength(m_window) - step);
+        break;
+    case SM_CURRENT:
+        MoveTo(Position() + step);
+        break;
     }
-    char c;
-    while (ReadByte(stream, c)) {
-        line += c;
-        if (c == '\n')
-            break;
-        if (c == '\r') {
-            const unsigned long long at = stream.GetPos();
-            if (ReadByte(stream, c) && c == '\n')
-                line += c;
-            else
-                stream.Seek(static_cast<long long>(at), SM_BEGIN);
-            break;
-        }
-    }
-    return !line.empty();
 }
 
-} // namespace
-
-bool VarnStream::ReadLine(MemoryStream& line) {
-    std::string bytes;
-    const bool found = ReadLineBytes(*this, bytes);
-    line.Assign(bytes.data(), bytes.size());
-    return found;
+void VarnStream::MoveTo(unsigned long long offset) {
+    if (offset >= m_window.origin && offset - m_window.origin <= m_window.length)
+        m_window.position = offset - m_window.origin;
+    else
+        Reposition(m_window, offset);
 }
 
-bool VarnStream::ReadLine(String& line) {
-    std::string bytes;
-    const bool found = ReadLineBytes(*this, bytes);
-    line = String(bytes.c_str());
-    return found;
+unsigned long long VarnStream::GetPos() const {
+    return Position();
 }
 
-void VarnStream::ParseString(String& out) {
-    if (IsAscii()) {
-        ParseToken(out);
-        return;
-    }
-    unsigned char count = 0;
-    if (ReadC(&count, 1) != 1) {
-        out = String();
-        OnFailed();
-        return;
-    }
-    ReadCountedText(out, count);
+bool VarnStream::IsPastData() {
+    return Position() >= DataLength(m_window);
 }
-
-void VarnStream::ParseToken(char* out, char delimiter) {
-    std::size_t kept = 0;
-    char c;
-    while (ReadByte(*this, c) && c != delimiter) {
-        if (kept < kTokenBufferSize - 1)
-            out[kept++] = c;
-    }
-    out[kept] = '\0';
-}
-
-void VarnStream::ParseToken(String& out) {
-    std::string token;
-    SkipBytes(*this, IsTokenSpace);
-    char c;
-    while (ReadByte(*this, c)) {
-        if (IsTokenSpace(c)) {
-            Seek(-1, SM_CURRENT);
-            break;
-        }
-        token += c;
-    }
-    out = String(token.c_str());
-    SkipBytes(*this, IsBlank);
-    m_passedEOL = SkipBytes(*this, IsLineEnd) != 0;
-    SetStatusMeter();
-}
-
-const char* VarnStream::ParseScalarToken(char (&scratch)[256]) {
-    (void)scratch;
-    String& token = FileToken();
-    ParseToken(token);
-    return token.Get() != nullptr ? token.Get() : "";
-}
-
-void VarnStream::ParseToken(String& out, char delimiter) {
-    char buffer[kTokenBufferSize] = {};
-    ParseToken(buffer, delimiter);
-    out = String(buffer);
-}
-
-String VarnStream::ReadString(char delimiter) {
-    std::string text;
-    char c;
-    while (ReadByte(*this, c) && c != delimiter)
-        text += c;
-    return String(text.c_str());
-}
-
-// ---- looking ahead ------------------------------------------------------------------------------
 
 std::string_view VarnStream::Peek(char* scratch, std::size_t count) {
-    if (m_block.data != nullptr) {
-        const unsigned long long available =
-            m_block.position < m_block.length ? m_block.length - m_block.position : 0;
-        return std::string_view(reinterpret_cast<const char*>(m_block.data + m_block.position),
-                                static_cast<std::size_t>(available < count ? available : count));
-    }
-    const unsigned long long at = GetPos();
+    if (Available() >= count)
+        return {reinterpret_cast<const char*>(m_window.data + m_window.position), count};
+    const unsigned long long at = Position();
     const unsigned long long n = ReadC(scratch, count);
-    Seek(static_cast<long long>(at), SM_BEGIN);
-    return std::string_view(scratch, static_cast<std::size_t>(n));
-}
-
-void VarnStream::Advance(std::size_t count) {
-    if (m_block.data != nullptr)
-        m_block.position += count;
-    else
-        Seek(static_cast<long long>(count), SM_CURRENT);
-}
-
-// ---- white space and lines ----------------------------------------------------------------------
-
-void VarnStream::SkipWhite() {
-    char scratch[kTokenBufferSize];
-    const std::string_view bytes = Peek(scratch, kTokenBufferSize);
-    std::size_t skip = 0;
-    while (skip < bytes.size() && IsTokenSpace(bytes[skip]))
-        ++skip;
-    // After 255 white bytes the scan stops and the last of them is read again.
-    Advance(skip == kTokenBufferSize ? skip - 1 : skip);
-}
-
-void VarnStream::ReadPastEOL() {
-    char scratch[kTokenBufferSize];
-    const std::string_view bytes = Peek(scratch, kTokenBufferSize);
-    std::size_t end = 0;
-    while (end < bytes.size() && !IsLineEnd(bytes[end]))
-        ++end;
-    if (end == bytes.size()) {
-        // No line end within the bytes looked at: the stream stays after them.
-        Advance(end);
-        return;
-    }
-    // Any run of CR and LF is one line end; the limit counts both runs together.
-    while (end < bytes.size() && IsLineEnd(bytes[end]))
-        ++end;
-    Advance(end);
-}
-
-void VarnStream::WriteLine(const String& line) {
-    const std::size_t length = static_cast<std::size_t>(line.GetLength());
-    if (IsBinary())
-        WriteBinaryCount(length);
-    PutBytes(line.Get(), length);
-    if (IsAscii())
-        PutBytes("\n", 1);
+    MoveTo(at);
+    return {scratch, static_cast<std::size_t>(n)};
 }
 
 // ---- the suite-file marker ----------------------------------------------------------------------
 
-void VarnStream::HandleVarnMarker(bool markerStaysInData) {
+namespace {
+
+/// The first byte of a binary suite file.
+constexpr char kBinaryMarker = 'B';
+/// The first byte of a text suite file of the angle generation.
+constexpr char kAngleMarker = '<';
+
+} // namespace
+
+void VarnStream::ApplySuiteFileMarker() {
     if (IsLoading()) {
-        const unsigned long long start = GetPos();
-        char marker;
-        if (ReadByte(*this, marker)) {
-            if (marker == 'B')
-                OnBinary();
-            else if (marker == '<')
-                m_version = kAngleVersion;
-            if (marker != 'B' || markerStaysInData)
-                Seek(static_cast<long long>(start), SM_BEGIN);
+        const unsigned long long start = Position();
+        const int marker = NextByte();
+        if (marker == kBinaryMarker) {
+            OnBinary();
+        } else {
+            if (marker == kAngleMarker)
+                SetVersion(kAngleVersion);
+            MoveTo(start);
         }
     } else if (IsBinary()) {
-        PutBytes("B", 1);
+        PutBytes(&kBinaryMarker, 1);
     }
     OffFailed();
     if (IsAppend())
@@ -310,8 +215,7 @@ void VarnStream::StoreRuntimeClass(const RuntimeClass& runtimeClass) {
     PutBytes(runtimeClass.name, counted);
 }
 
-// ---- the shared scratch token
-// ---------------------------------------------------------------------
+// ---- the shared scratch token -------------------------------------------------------------------
 
 String& fileio::detail::FileToken() {
     static String token;

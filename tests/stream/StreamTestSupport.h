@@ -38,8 +38,8 @@ inline std::string Hex(std::string_view bytes) {
     return out;
 }
 
-/// Opens `stream` for loading on a copy of `bytes`, with the version given. A memory stream
-/// keeps a binary file's "B" at position 0; the byte-wise stream, like a file, reads it.
+/// Opens `stream` for loading on a copy of `bytes`, with the version given (a suite file's
+/// marker, with FM_VARN, decides the version and form instead).
 inline void Load(VarnStream& stream, std::string_view bytes, FileMode mode = FM_LOADING,
                  float version = 13.0f) {
     if (auto* memory = dynamic_cast<MemoryStream*>(&stream))

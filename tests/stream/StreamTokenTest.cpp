@@ -53,12 +53,9 @@ TEST(StreamTokens, WorkedExampleReadsBackInBothForms) {
         reader.Open(writer.GetData(), writer.GetLength(), FM_LOADING | FM_VARN);
         EXPECT_EQ(reader.IsBinary(), binary);
         EXPECT_EQ(reader.GetVersion(), binary ? 5.0f : 13.0f);
-        EXPECT_EQ(reader.GetPos(), 0u);
-        if (binary) {
-            char marker = 0;
-            reader >> marker;
-            EXPECT_EQ(marker, 'B');
-        }
+        // A binary file's marker stays in the image but is read past.
+        EXPECT_EQ(reader.GetData()[0], binary ? 'B' : '<');
+        EXPECT_EQ(reader.GetPos(), binary ? 1u : 0u);
         ASSERT_TRUE(reader.IsHeader());
         Header header;
         reader >> header;
@@ -127,7 +124,8 @@ TEST(StreamTokens, TextHeadersOfBothGenerations) {
         {13.0f, "<modelfile>", "modelfile", -1, 11},
         {13.0f, "</NOSUCHWORD>", "/NOSUCHWORD", -1, 13},
         {13.0f, "<MESH", "MESH", kMesh, 5},
-        {5.0f, "[MODELFILE]\r\nX", "MODELFILE", kModelFile, 13},
+        // The square form ends just after its bracket; the angle form skips white space.
+        {5.0f, "[MODELFILE]\r\nX", "MODELFILE", kModelFile, 11},
         {5.0f, "[ENDMODELFILE]", "ENDMODELFILE", kModelFile | kEnd, 14},
         {12.0f, "[ENDActive]", "ENDActive", kActive | kEnd, 11},
         {5.0f, "[END]", "END", -1, 5},
@@ -188,6 +186,17 @@ TEST(StreamTokens, BinaryHeaderWords) {
     }
 }
 
+TEST(StreamTokens, TheWordOfNoIdLeavesTheLabelFlagAsItWas) {
+    MemoryStream stream;
+    Load(stream, Raw({0xCE, 0x0F, 0x00, 0x40, 0xFF, 0xFF, 0xFF, 0xFF}), FM_BINARY);
+    Label label;
+    Header header;
+    stream >> label >> header;
+    EXPECT_EQ(header.id, -1);
+    EXPECT_TRUE(stream.WasLastTokenHeader());
+    EXPECT_TRUE(stream.WasLastTokenLabel());
+}
+
 TEST(StreamTokens, LabelsInBothForms) {
     struct Row {
         const char* name;
@@ -200,7 +209,9 @@ TEST(StreamTokens, LabelsInBothForms) {
     const Row rows[] = {
         {"text", "Active=TRUE", FM_LOADING, "Active", kActive, 7},
         {"text with a blank in the word", "Back Distance=3", FM_LOADING, "Back Distance", 1207, 14},
-        {"text after white space", " \n\tName=x", FM_LOADING, "Name", kName, 8},
+        // The word is taken as it stands, white space and all.
+        {"text after white space", " \n\tName=x", FM_LOADING, " \n\tName", -1, 8},
+        {"text after a blank", " Active=1", FM_LOADING, " Active", -1, 8},
         {"text unknown", "Nonsense=1", FM_LOADING, "Nonsense", -1, 9},
         {"binary", Raw({0xCE, 0x0F, 0x00, 0x40, 0x01}), FM_BINARY, "Active", kActive, 4},
         {"binary no id", Raw({0xFF, 0xFF, 0xFF, 0xFF}), FM_BINARY, "LabelNotFound: -1", -1, 4},

@@ -4,6 +4,7 @@
 // sanitizer builds check the last).
 
 #include "StreamTestSupport.h"
+#include "support/FieldValues.h"
 
 #include <gtest/gtest.h>
 
@@ -15,125 +16,34 @@ using namespace streamtest;
 
 namespace {
 
-enum class Kind { Bool, Int, Float, Double, Text, Vector, Matrix, Time, Range, Color, Date };
+using fileio::test::ValueKind;
 
-constexpr int kModelFile = 336, kMesh = 335;
+const int kModelFile = GetHeaderIDFromText("MODELFILE");
+const int kMesh = GetHeaderIDFromText("MESH");
 
 /// The labels of the sample files and the kind of value each carries.
-const std::map<int, Kind>& Schema() {
-    static const std::map<int, Kind> schema = {
-        {4007, Kind::Text},   {4046, Kind::Bool},  {4702, Kind::Vector}, {1837, Kind::Time},
-        {4024, Kind::Matrix}, {4028, Kind::Float}, {4011, Kind::Double}, {4010, Kind::Int},
-        {4023, Kind::Range},  {4020, Kind::Color}, {4041, Kind::Date},
-    };
+const std::map<int, ValueKind>& Schema() {
+    static const std::map<int, ValueKind> schema = [] {
+        const std::pair<const char*, ValueKind> fields[] = {
+            {"Name", ValueKind::Text},       {"Active", ValueKind::Bool},
+            {"Position", ValueKind::Vector}, {"Time", ValueKind::Time},
+            {"Matrix", ValueKind::Matrix},   {"Scale", ValueKind::Float},
+            {"Value", ValueKind::Double},    {"Type", ValueKind::Int},
+            {"Range", ValueKind::Range},     {"Color", ValueKind::ColorBytes},
+            {"Notes", ValueKind::Date},
+        };
+        std::map<int, ValueKind> byId;
+        for (const auto& [word, kind] : fields)
+            byId[GetLabelIDFromText(word)] = kind;
+        return byId;
+    }();
     return schema;
-}
-
-void WriteValue(VarnStream& stream, Kind kind, int seed) {
-    switch (kind) {
-    case Kind::Bool:
-        stream << (seed % 2 == 0);
-        break;
-    case Kind::Int:
-        stream << -seed * 1000;
-        break;
-    case Kind::Float:
-        stream << seed * 0.1f;
-        break;
-    case Kind::Double:
-        stream << seed / 3.0;
-        break;
-    case Kind::Text:
-        stream << String(seed % 2 == 0 ? "robot&arm" : "x");
-        break;
-    case Kind::Vector:
-        stream << Vector{1.5f, -2.0f, static_cast<float>(seed)};
-        break;
-    case Kind::Matrix: {
-        Matrix44 m;
-        m.row[0].x = m.row[1].y = m.row[2].z = m.row[3].w = -2.0f;
-        stream << m;
-        break;
-    }
-    case Kind::Time:
-        stream << Time(static_cast<long long>(seed) * 4501);
-        break;
-    case Kind::Range:
-        stream << TimeRange{Time(4500LL), Time(8104500LL + seed)};
-        break;
-    case Kind::Color:
-        stream << ColorBuf{10, 20, 30, static_cast<unsigned char>(seed)};
-        break;
-    case Kind::Date:
-        stream << COleDateTime{45000.25 + seed, COleDateTime::valid};
-        break;
-    }
-}
-
-void ReadValue(VarnStream& stream, Kind kind) {
-    switch (kind) {
-    case Kind::Bool: {
-        bool v;
-        stream >> v;
-        break;
-    }
-    case Kind::Int: {
-        int v;
-        stream >> v;
-        break;
-    }
-    case Kind::Float: {
-        float v;
-        stream >> v;
-        break;
-    }
-    case Kind::Double: {
-        double v;
-        stream >> v;
-        break;
-    }
-    case Kind::Text: {
-        String v;
-        stream >> v;
-        break;
-    }
-    case Kind::Vector: {
-        Vector v;
-        stream >> v;
-        break;
-    }
-    case Kind::Matrix: {
-        Matrix44 v;
-        stream >> v;
-        break;
-    }
-    case Kind::Time: {
-        Time v;
-        stream >> v;
-        break;
-    }
-    case Kind::Range: {
-        TimeRange v;
-        stream >> v;
-        break;
-    }
-    case Kind::Color: {
-        ColorBuf v;
-        stream >> v;
-        break;
-    }
-    case Kind::Date: {
-        COleDateTime v;
-        stream >> v;
-        break;
-    }
-    }
 }
 
 void WriteFields(VarnStream& stream, int seed) {
     for (const auto& [id, kind] : Schema()) {
         stream << Label(id);
-        WriteValue(stream, kind, seed++);
+        fileio::test::WriteValue(stream, kind, seed++);
         stream << nl;
     }
 }
@@ -180,18 +90,10 @@ struct Outcome {
     int labels = 0;
 };
 
-/// Moves past the "B" of a binary file that the transport left at position 0.
-void SkipMarker(VarnStream& stream) {
-    char marker = 0;
-    if (stream.IsBinary() && stream.GetPos() == 0 && stream.ReadC(&marker, 1) == 1 && marker != 'B')
-        stream.Seek(0, SM_BEGIN);
-}
-
 /// Reads a whole file of `length` bytes with the typed readers, driven by the schema.
 Outcome ReadTyped(VarnStream& stream, std::size_t length, float version) {
     Outcome outcome;
     stream.SetVersion(version);
-    SkipMarker(stream);
     // Every step consumes at least one byte, so the data's length bounds the steps.
     const unsigned long long limit = length + 2;
     for (unsigned long long step = 0; step <= limit; ++step) {
@@ -209,7 +111,7 @@ Outcome ReadTyped(VarnStream& stream, std::size_t length, float version) {
         stream >> label;
         const auto kind = Schema().find(label.id);
         if (kind != Schema().end()) {
-            ReadValue(stream, kind->second);
+            fileio::test::ReadValue(stream, kind->second);
             ++outcome.labels;
         }
     }
@@ -275,7 +177,6 @@ TEST(StreamTruncation, EveryPrefixEndsInFailureOrACleanEnd) {
 TEST(StreamTruncation, SkipsOnEveryPrefixEndAndGoBackWhenNothingIsFound) {
     ForEachPrefix([](const Sample& sample, const std::string& prefix, VarnStream& stream) {
         // Stand after the first header, as a reader that decided to skip would.
-        SkipMarker(stream);
         const unsigned long long start = stream.GetPos();
         if (stream.IsHeaderFromAnyVersion()) {
             Header header;

@@ -2,21 +2,42 @@
 //
 // A MemoryStream reads and writes exactly the text and binary forms of VarnStream. It serves
 // as a whole-file image (Open(path) reads a file at once), as a buffer the host fills and
-// then reads back, and as the line buffer of the header skipping.
+// then reads back, and as the line buffer a host reads lines into.
 //
 // The block comes from the library's counted allocation (PlatformAlloc) and is owned by the
 // stream, as is the side-information stream of GetInfoStream. Copies duplicate the data.
-// The block is the whole transport: a class derived from MemoryStream cannot replace the
-// reading, writing or seeking (they are final), since the value readers and writers copy
-// through the block directly.
+// The block is the transport's window: the readers and writers of VarnStream work in it
+// directly and never find its edge, except at the end of the data.
 //
 // Reads past the end copy what is there and set no failed bit (ReadC returns the shorter
-// count): a memory stream's failure is its end. Seek does not check its bounds; a position
-// past the end reads nothing.
+// count). Seek does not check its bounds; a position past the end reads nothing, and a write
+// there fills the gap with zeros.
 //
 // Growth: a write past the capacity grows the block by at least 32768 bytes (by the write's
 // size when that is larger), and never by less than the capacity already held, so writing
 // a long file in small pieces costs linear time.
+//
+// Opening. The three Open forms differ only in these rows; each one first ends a running
+// progress display:
+//
+//                  Open(path, mode)        Open(data, length, mode)     Open(mode)
+//   data           the file's bytes        a copy of the bytes; with    kept when loading or
+//                                          FM_APPEND added at the end   with FM_APPEND, else
+//                                                                       dropped
+//   position       0 (after the "B" of a binary suite file); with FM_APPEND the end of the data
+//   failed bit     cleared                 cleared                      cleared
+//   version        5.0, then the marker's  5.0 (kept with FM_APPEND),   kept, then the
+//                                          then the marker's            marker's
+//   suite-file     read when loading       read when loading            read when loading;
+//   marker (FM_VARN, never with FM_APPEND)                              "B" written when
+//                                                                       storing in binary
+//   progress       started unless          not started; the meter's     as Open(data, ...)
+//                  FM_DONTPROGRESS         next mark after the data
+//   file name      the path                kept                         dropped
+//   info stream    dropped                 dropped                      dropped
+//
+// The marker is not data: a binary suite file's "B" stays the first byte of the image
+// (GetData) but the stream stands after it, on every transport, so no reader skips it.
 //
 // Thread safety: one thread at a time.
 #pragma once
@@ -35,54 +56,26 @@ public:
     /// Frees the block and the side-information stream, ending any progress display.
     ~MemoryStream() override;
 
-    // ---- opening -------------------------------------------------------------------------
+    // ---- opening (see the table above) -------------------------------------------------------
 
-    /// Reads the whole file at path into memory, for loading with `mode`. With the Varn bit
-    /// the first byte tells the form: "B" sets the binary bit, "<" sets version 13.0; the
-    /// marker stays the first byte of the image (position 0). Starts the progress display
-    /// unless the don't-progress bit is set. False when the file cannot be read.
+    /// Reads the whole file at path into memory, for loading with `mode`. False, the stream
+    /// unchanged but for its mode, when the file cannot be read.
     bool Open(const String& path, FileMode mode);
-    /// Takes a copy of length bytes at data, with `mode`. Without the append bit the old
-    /// data are dropped (version back to 5.0) and the position is 0; with it the bytes are
-    /// added at the end and the position stays after them. The failed bit is cleared. A
-    /// loading stream with the Varn bit reads the marker as Open(path) does.
+    /// Takes a copy of length bytes at data, with `mode`. Always true.
     bool Open(const void* data, unsigned long long length, FileMode mode);
-    /// Starts over without a file, with `mode`. Loading: the position goes to 0 (the data
-    /// are kept, so what was written can be read back). Storing: the data are dropped, or
-    /// with the append bit kept with the position at their end. With the Varn bit (and no
-    /// append bit) the marker is handled: loading reads it as Open(path) does, storing in
-    /// binary writes "B". The failed bit is cleared, the file name and the side-information
-    /// stream are dropped.
+    /// Starts over without a file, with `mode`. Always true.
     bool Open(FileMode mode);
 
-    // ---- the transport ---------------------------------------------------------------------
-
-    unsigned long long ReadC(void* buffer, unsigned long long count) final;
-    void Read(void* buffer, long count) final;
-    void Write(const void* data, unsigned long long count) final;
-    /// Does nothing.
-    void Flush() override;
     /// Ends the progress display when one was started.
     void Close() override;
-    bool ReadLine(MemoryStream& line) override;
-    bool ReadLine(String& line) override;
-    void ParseString(String& out) override;
-    void ParseToken(char* out, char delimiter) override;
-    void ParseToken(String& out) override;
-    using VarnStream::ParseToken;
-    void Seek(long long offset, SeekMode mode) final;
-    unsigned long long GetPos() final { return m_block.position; }
-    bool VirtualEof() final { return Eof(); }
     /// The position is at or past the end.
-    [[nodiscard]] bool Eof() const { return m_block.position >= m_block.length; }
+    [[nodiscard]] bool Eof() const;
 
     // ---- peeks -------------------------------------------------------------------------------
 
     /// Looks at the data at the position, without skipping white space: text, "[" (version
     /// below 13.0) or "<"; binary, a 32-bit word with bit 31 set.
     bool IsHeader() override;
-    bool IsHeaderFromAnyVersion() override;
-    bool IsLabel() override;
     /// IsHeader's test at position 0.
     bool IsHeaderAt0();
     /// Does the data begin with an end header? Text below version 13.0: "[End" (spelt so);
@@ -109,25 +102,27 @@ public:
     /// large enough; the position goes to 0; the mode and the version stay.
     void Assign(const void* data, unsigned long long length);
     /// The data (null when the stream holds none).
-    [[nodiscard]] const unsigned char* GetData() const { return m_block.data; }
+    [[nodiscard]] const unsigned char* GetData() const { return TransportWindow().data; }
     /// Bytes of data (the high-water mark of the writes).
-    [[nodiscard]] unsigned long long GetLength() const { return m_block.length; }
+    [[nodiscard]] unsigned long long GetLength() const { return TransportWindow().length; }
     /// Bytes allocated.
-    [[nodiscard]] unsigned long long GetCapacity() const { return m_block.capacity; }
+    [[nodiscard]] unsigned long long GetCapacity() const { return TransportWindow().capacity; }
 
 protected:
-    const char* ParseScalarToken(char (&scratch)[256]) override;
+    // The transport: the window is the whole block.
+    bool Refill(Window& window) override;
+    unsigned long long MakeRoom(Window& window, unsigned long long count) override;
+    void Reposition(Window& window, unsigned long long offset) override;
+    unsigned long long DataLength(const Window& window) override;
+    void Commit(Window& window) override;
 
 private:
-    struct TokenSpan;
-    TokenSpan ScanToken();
-    unsigned long long LineEnd() const;
-    bool IsHeaderAtByte(unsigned long long at, bool anyVersion) const;
+    struct Opening;
+    void OpenWith(const Opening& opening);
+    bool IsHeaderAtByte(unsigned long long at) const;
     void ReleaseBuffer();
     void DeleteInfoStream();
     void Reserve(unsigned long long needed);
-    void ReadVarnMarker();
 
-    // The buffer, position, length and capacity are the base's block (VarnStream::Block).
     MemoryStream* m_infoStream = nullptr;
 };

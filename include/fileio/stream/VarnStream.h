@@ -46,13 +46,21 @@
 // a token that is not a number reads as 0 and nothing is reported. Bool tokens "on", "true"
 // and "1" (any case) read as true, everything else as false.
 //
-// Failure. Nothing throws. Transports record a short read in the failed bit, which IsFailed
-// reads and clears in one call. Every scan stops at the end of the data, so no input makes a
-// reader loop for ever, and every buffer is bounded: a header text keeps at most 79
-// characters, a delimited token at most 254.
+// Failure. Nothing throws. The failed bit records a failure: a counted string or bitmap table
+// that the data cannot hold, a write the transport cannot take. IsFailed reads and clears it
+// in one call; HasFailed only reads it. Reading past the end is not a failure: ReadC returns
+// fewer bytes, Read copies what is there, and VirtualEof tells the end. Every scan stops at
+// the end of the data, so no input makes a reader loop for ever, and every buffer is bounded:
+// a header text keeps at most 79 characters, a delimited token at most 254.
 //
-// Thread safety: a stream is used by one thread at a time. Text number and bool reading share
-// one library-wide scratch token, so only one thread at a time may read text numbers.
+// Transports. A stream's bytes are carried by its transport (a memory block, a file, a
+// socket): a derived class implements the small protected interface at the end of the class
+// and nothing else. Everything above it (bytes, tokens, peeks, skips, values, progress) is
+// written once here, so that two transports cannot read the same bytes differently.
+//
+// Thread safety: a stream is used by one thread at a time. A text token longer than the
+// transport's window is read into one library-wide scratch token, so only one thread at a
+// time may read text numbers from a stream other than a memory stream.
 #pragma once
 
 #include "fileio/Export.h"
@@ -71,6 +79,11 @@
 #include <string_view>
 
 class MemoryStream;
+
+namespace fileio::detail {
+/// The text generation a version stands for (see SetVersion).
+enum class TextGeneration : unsigned char;
+} // namespace fileio::detail
 
 /// The mode byte of a stream. GetMode returns it and SetMode replaces it whole.
 enum FileMode : unsigned char {
@@ -125,42 +138,75 @@ public:
     VarnStream(const VarnStream&) = delete;
     VarnStream& operator=(const VarnStream&) = delete;
 
-    // ---- the transport (derived classes) -------------------------------------------------
-    // The token readers below (ReadLine, ParseString, ParseToken) are declared pure but have a
-    // byte-by-byte definition here, written with ReadC, Seek and GetPos only, which a transport
-    // without a faster way may call explicitly (VarnStream::ParseToken(out)).
+    // ---- bytes ---------------------------------------------------------------------------
 
     /// Reads up to count bytes; returns how many were read (0 at the end).
-    virtual unsigned long long ReadC(void* buffer, unsigned long long count) = 0;
-    /// Reads count bytes; a transport that cannot deliver them all may set the failed bit.
-    virtual void Read(void* buffer, long count) = 0;
-    /// Writes count bytes.
-    virtual void Write(const void* data, unsigned long long count) = 0;
-    virtual void Flush() = 0;
+    unsigned long long ReadC(void* buffer, unsigned long long count);
+    /// Reads count bytes, or what is left of the data when there are fewer: the end is not
+    /// reported (VirtualEof tells it). A count of 0 or less reads nothing.
+    void Read(void* buffer, long count);
+    /// Writes count bytes at the position, extending the data past its end. When the
+    /// transport cannot take them the failed bit is set and the rest is dropped.
+    void Write(const void* data, unsigned long long count);
+    /// Hands what was written to the carrier (a file's system buffers).
+    void Flush();
+    /// Closes the stream: ends the progress display and whatever the transport holds open.
     virtual void Close() = 0;
-    /// Reads the next line into `line` (replacing its contents), line end included: in text a
-    /// line ends after LF, CR LF or a lone CR; in binary a line is one 32-bit token word (or
-    /// what is left of the data). Returns false, reading nothing, at the end of the data.
-    virtual bool ReadLine(MemoryStream& line) = 0;
+    /// Moves the position (see SeekMode). No bounds check: a position past the end reads
+    /// nothing.
+    void Seek(long long offset, SeekMode mode);
+    [[nodiscard]] unsigned long long GetPos() const;
+    /// At (or past) the end of the data.
+    bool VirtualEof() { return Available() == 0 && IsPastData(); }
+
+    // ---- tokens ----------------------------------------------------------------------------
+
+    /// Reads the next line into `line` (replacing its contents; its position 0), line end
+    /// included: in text a line ends after LF, CR LF or a lone CR; in binary a line is one
+    /// 32-bit token word (or what is left of the data). Returns false, reading nothing, at
+    /// the end of the data.
+    bool ReadLine(MemoryStream& line);
     /// The same into a String (a NUL byte in the line ends the String's text).
-    virtual bool ReadLine(String& line) = 0;
+    bool ReadLine(String& line);
     /// Reads a string value. Text: as ParseToken(String&), one white-space-delimited token
     /// with no quoting. Binary: a one-byte count, then that many bytes; a count larger than
     /// the data left gives the empty string and sets the failed bit.
-    virtual void ParseString(String& out) = 0;
-    /// Text: reads bytes up to `delimiter` (consumed, not kept) or the end of the data into
-    /// `out`, a buffer of 255 bytes: at most 254 bytes are kept, then a NUL; the bytes beyond
-    /// are consumed up to the delimiter and dropped. REQUIRES: out has room for 255 bytes.
-    virtual void ParseToken(char* out, char delimiter) = 0;
-    /// Text: skips " ", "\t", "\n", "\r"; takes the bytes up to the next of those; then skips
-    /// spaces and tabs and then CR and LF bytes. DidPassEOL tells afterwards whether a line end
-    /// was skipped (the token was the last on its line). Advances the progress meter.
-    virtual void ParseToken(String& out) = 0;
-    /// Moves the position (see SeekMode). No bounds check.
-    virtual void Seek(long long offset, SeekMode mode) = 0;
-    virtual unsigned long long GetPos() = 0;
-    /// At the end of the data.
-    virtual bool VirtualEof() = 0;
+    void ParseString(String& out);
+    /// Reads bytes up to `delimiter` (consumed, not kept) or the end of the data into `out`,
+    /// a buffer of 255 bytes: at most 254 bytes are kept, then a NUL; the bytes beyond are
+    /// consumed up to the delimiter and dropped. REQUIRES: out has room for 255 bytes.
+    void ParseToken(char* out, char delimiter);
+    /// Skips " ", "\t", "\n", "\r"; takes the bytes up to the next of those; then skips
+    /// spaces and tabs and then CR and LF bytes. DidPassEOL tells afterwards whether a line
+    /// end was skipped (the token was the last on its line). Advances the progress meter.
+    void ParseToken(String& out);
+    /// ParseToken with a delimiter into a zeroed 255-byte buffer, assigned to out.
+    void ParseToken(String& out, char delimiter);
+    /// Reads bytes up to `delimiter` (consumed, not kept) or the end of the data.
+    String ReadString(char delimiter);
+    /// Skips " ", "\t", "\n", "\r" up to the next other byte (a NUL stops too), the end of
+    /// the data, or 255 bytes: the byte that stopped the scan is read again next.
+    void SkipWhite();
+    /// Skips to the start of the next line: reads up to the first CR or LF, then on while
+    /// the bytes are CR or LF (any mix counts as one line end), noting the position before
+    /// each, and goes back to the last position noted. At most 255 bytes are read in all:
+    /// a run of line ends that reaches the limit leaves the stream before its last byte.
+    void ReadPastEOL();
+    /// True when the last token read by ParseToken(String&) was the last on its line.
+    [[nodiscard]] bool DidPassEOL() const { return m_passedEOL; }
+    /// Skips to just past the end of the section that `header` opened (the stream stands just
+    /// after that header). Text: line by line, counting nested sections of the same name; the
+    /// stream stands at the start of the line after the end header. Binary: byte by byte, up
+    /// to the first end token of the header's id (no nesting), or for "Plugin Properties" the
+    /// word 0xC0000A85. Returns false, back where it started, when the end is not found.
+    bool SkipHeader(const Header& header);
+    /// Skips forward past the next header, end header or label whose id is `id` (an end
+    /// header's id carries bit 29). Text: line by line; the stream stands at the start of the
+    /// following line. Binary: byte by byte, past the token word. False at the end of data.
+    bool SkipPast(unsigned int id);
+    /// Text: the characters, then "\n". Binary: a 16-bit count (length modulo 65536), then the
+    /// characters, whatever IsWriteStringCounts says.
+    void WriteLine(const String& line);
 
     // ---- peeks and side information ------------------------------------------------------
 
@@ -181,34 +227,6 @@ public:
     /// started are advanced by their transport, not here.
     virtual void SetStatusMeter();
 
-    // ---- token reading helpers -----------------------------------------------------------
-
-    /// ParseToken with a delimiter into a zeroed 255-byte buffer, assigned to out.
-    void ParseToken(String& out, char delimiter);
-    /// Reads bytes up to `delimiter` (consumed, not kept) or the end of the data.
-    String ReadString(char delimiter);
-    /// Skips " ", "\t", "\n", "\r" up to the next other byte (a NUL stops too), the end of
-    /// the data, or 255 bytes: the byte that stopped the scan is read again next.
-    void SkipWhite();
-    /// Skips to the start of the next line: past the next run of CR and LF bytes (any mix
-    /// counts as one line end), reading at most 255 bytes in all.
-    void ReadPastEOL();
-    /// True when the last token read by ParseToken(String&) was the last on its line.
-    [[nodiscard]] bool DidPassEOL() const { return m_passedEOL; }
-    /// Skips to just past the end of the section that `header` opened (the stream stands just
-    /// after that header). Text: line by line, counting nested sections of the same name; the
-    /// stream stands at the start of the line after the end header. Binary: byte by byte, up
-    /// to the first end token of the header's id (no nesting), or for "Plugin Properties" the
-    /// word 0xC0000A85. Returns false, back where it started, when the end is not found.
-    bool SkipHeader(const Header& header);
-    /// Skips forward past the next header, end header or label whose id is `id` (an end
-    /// header's id carries bit 29). Text: line by line; the stream stands at the start of the
-    /// following line. Binary: byte by byte, past the token word. False at the end of data.
-    bool SkipPast(unsigned int id);
-    /// Text: the characters, then "\n". Binary: a 16-bit count (length modulo 65536), then the
-    /// characters, whatever IsWriteStringCounts says.
-    void WriteLine(const String& line);
-
     // ---- framework class identities -------------------------------------------------------
 
     /// Reads a class identity written by StoreRuntimeClass: stores its schema number in
@@ -221,8 +239,13 @@ public:
 
     // ---- mode ------------------------------------------------------------------------------
 
-    [[nodiscard]] FileMode GetMode() const { return m_mode; }
-    void SetMode(FileMode mode) { m_mode = mode; }
+    /// The mode byte, the failed bit included.
+    [[nodiscard]] FileMode GetMode() const { return m_failed ? m_mode | FM_FAILED : m_mode; }
+    /// Replaces the mode byte whole, the failed bit included.
+    void SetMode(FileMode mode) {
+        m_mode = mode & ~FM_FAILED;
+        m_failed = (mode & FM_FAILED) != 0;
+    }
     [[nodiscard]] bool IsLoading() const { return (m_mode & FM_LOADING) != 0; }
     [[nodiscard]] bool IsStoring() const { return !IsLoading(); }
     [[nodiscard]] bool IsBinary() const { return (m_mode & FM_BINARY) != 0; }
@@ -230,9 +253,15 @@ public:
     [[nodiscard]] bool IsByteSwap() const { return (m_mode & FM_BYTESWAP) != 0; }
     [[nodiscard]] bool IsAppend() const { return (m_mode & FM_APPEND) != 0; }
     /// Returns the failed bit and clears it: after one failure, true once, then false.
-    bool IsFailed();
-    void OnFailed() { m_mode = m_mode | FM_FAILED; }
-    void OffFailed() { m_mode = m_mode & ~FM_FAILED; }
+    bool IsFailed() {
+        const bool failed = m_failed;
+        m_failed = false;
+        return failed;
+    }
+    /// The failed bit, left as it is.
+    [[nodiscard]] bool HasFailed() const { return m_failed; }
+    void OnFailed() { m_failed = true; }
+    void OffFailed() { m_failed = false; }
     void OnBinary() { m_mode = m_mode | FM_BINARY; }
     /// Does nothing: a stream leaves binary mode only through SetMode.
     void OnAscii() {}
@@ -244,9 +273,12 @@ public:
     /// callers that know the length when reading back.
     void SetWriteStringCounts(bool on) { m_writeStringCounts = on; }
 
-    /// The format version of the text form (13.0 and above: angle brackets).
+    /// The format version of the text form.
     [[nodiscard]] float GetVersion() const { return m_version; }
-    void SetVersion(float version) { m_version = version; }
+    /// Sets the version, which chooses the text generation the readers expect: 13.0 and
+    /// above the angle form, below it the square form, exactly 5.0 "not yet known" (read as
+    /// the square form, except that IsHeaderFromAnyVersion takes either bracket).
+    void SetVersion(float version);
     /// The path of the open file (empty when none).
     [[nodiscard]] const String& GetFileName() const { return m_fileName; }
     /// The position at which the last binary header or label token began.
@@ -401,15 +433,18 @@ public:
     /// Reads an icon's form and creates the icon (Windows only; elsewhere the form is read
     /// past, the icon is null and the failed bit is set).
     VarnStream& operator>>(HICON& icon);
-    /// Reads a header or end header (see the class comment for both forms). Text, square
-    /// form: an end header's text keeps its "END"; angle form: it keeps its "/". The word is
-    /// looked up as a header word first, then as a label word (label words may open
-    /// sections); an end header's id carries bit 29; an unknown word gives id -1. In text the
-    /// white space after the header is skipped (in both generations), so that the next
-    /// token starts at the position.
+    /// Reads a header or end header (see the class comment for both forms). Text: one byte
+    /// (the bracket), then in the square generation the word up to "]" (an end header's
+    /// text keeps its "END"; the stream stands just after the "]"), in the angle generation
+    /// the word up to ">", at most 255 bytes (an end header's text keeps its "/"), and then
+    /// the white space after it is skipped. The word is looked up as a header word first,
+    /// then as a label word (label words may open sections); an end header's id carries
+    /// bit 29; an unknown word gives id -1. Binary: the id word; a label word in header
+    /// position gives id -1 and the label's text; the word 0xFFFFFFFF gives id -1 and
+    /// leaves the last-token-was-label flag as it was.
     VarnStream& operator>>(Header& header);
-    /// Reads a label: text, the word up to "=" (white space before it is skipped); binary,
-    /// the id word with bit 30 cleared.
+    /// Reads a label: text, the bytes up to "=" as they are (white space included: callers
+    /// skip it first with IsLabel or SkipWhite); binary, the id word with bit 30 cleared.
     VarnStream& operator>>(Label& label);
 
     // ---- storage of stream objects ----------------------------------------------------------
@@ -420,86 +455,156 @@ public:
     static void operator delete(void* p) noexcept;
 
 protected:
-    /// Reads one white-space-delimited token exactly as ParseToken(String&) does, for the
-    /// number and bool readers. Returns it NUL-terminated: in `scratch` when it fits, else in
-    /// the library's shared file token. A transport may override this to avoid a String.
-    virtual const char* ParseScalarToken(char (&scratch)[256]);
+    // ---- for openers ---------------------------------------------------------------------
 
+    /// Records the path of the open file (empty for none).
+    void SetFileName(const String& path) { m_fileName = path; }
+    /// Records the length of the data the progress display measures.
+    void SetTotalLength(unsigned long long length) { m_progress.totalLength = length; }
+    [[nodiscard]] unsigned long long GetTotalLength() const { return m_progress.totalLength; }
+    /// Where the progress meter next advances.
+    void SetNextMeterPosition(unsigned long long position) {
+        m_progress.nextMeterPosition = position;
+    }
     /// Starts the loading progress display for the file `path` (called by openers unless the
     /// don't-progress bit is set).
     void InitProgress(const String& path);
     /// Ends it and restores an outer display.
     void UnInitProgress();
+    /// Advances the progress meter when the position has reached its next mark, whether or
+    /// not InitProgress started the display.
+    void AdvanceMeter();
     /// The suite-file marker, for openers of a stream with the Varn bit. Loading reads the
-    /// first byte: "B" sets the binary bit (and stays read unless markerStaysInData), "<"
-    /// sets version 13.0, and any byte but "B" is read again. Storing in binary writes "B".
-    /// Then clears the failed bit and, with the append bit, moves to the end.
-    void HandleVarnMarker(bool markerStaysInData);
+    /// first byte: "B" sets the binary bit and stays read (the data begin after the
+    /// marker), "<" sets version 13.0, and any byte but "B" is read again. Storing in
+    /// binary writes "B". Then clears the failed bit and, with the append bit, moves to the
+    /// end. Every transport's opener calls this one function.
+    void ApplySuiteFileMarker();
 
-    /// The data of a transport whose bytes lie in one block of memory (MemoryStream keeps
-    /// its buffer, position, length and capacity here). The value readers and writers and
-    /// the scans copy through it directly when it holds what they need, and call the
-    /// virtual transport otherwise; a transport without a block leaves it empty. A
-    /// transport that has one must not override ReadC, Read, Write, Seek or GetPos.
-    struct Block {
+    // ---- the transport ---------------------------------------------------------------------
+    // A transport shows the stream a window onto its bytes: a run of memory holding the bytes
+    // around the position. The stream reads, writes and scans inside the window directly and
+    // calls the transport only at the window's edges. A memory stream's window is its whole
+    // block; a file's is its buffer.
+
+    struct Window {
+        /// The window's bytes: data[0] is the byte at the stream offset `origin`.
         unsigned char* data = nullptr;
+        /// The stream offset of data[0].
+        unsigned long long origin = 0;
+        /// The position, counted from origin; it may lie past length (a seek past the end).
         unsigned long long position = 0;
+        /// How many bytes of data hold the stream's bytes (can be read).
         unsigned long long length = 0;
+        /// How many bytes of data can be written.
         unsigned long long capacity = 0;
+        /// Set by every write into the window; the transport clears it when it has kept the
+        /// written bytes.
+        bool dirty = false;
     };
 
-    String m_savedStatusText;
-    unsigned long long m_totalLength = 0;
-    unsigned long long m_nextMeterPosition = 0;
-    int m_meterStep = 0;
-    FileMode m_mode = FM_STORING;
-    bool m_ownsProgressControl = false;
-    bool m_passedEOL = false;
-    bool m_lastTokenWasHeader = false;
-    bool m_lastTokenWasLabel = false;
-    bool m_writeStringCounts = true;
-    bool m_displaying = false;
-    bool m_progressInitialised = false;
-    float m_version = 5.0f;
-    String m_fileName;
-    unsigned long long m_headerPosition = 0;
-    Block m_block;
+    /// Reading reached the end of the window's bytes (position >= length): make the window
+    /// show the bytes at the position and return true, or return false at the end of the
+    /// data, the window's bytes unchanged.
+    virtual bool Refill(Window& window) = 0;
+    /// Writing found room for fewer than `count` bytes at the position: make room and return
+    /// how many bytes fit at the position now (enough for all of them when it can, at least
+    /// 1), or 0 when the transport cannot write.
+    virtual unsigned long long MakeRoom(Window& window, unsigned long long count) = 0;
+    /// The position moves to `offset`, outside the window's bytes: move the window there.
+    virtual void Reposition(Window& window, unsigned long long offset) = 0;
+    /// The length of the data, counted from offset 0 (Seek from the end, VirtualEof).
+    virtual unsigned long long DataLength(const Window& window) = 0;
+    /// Flush: hand the window's written bytes to the carrier.
+    virtual void Commit(Window& window) = 0;
+
+    /// The window, for the transport's own members (its openers, its block's accessors).
+    Window& TransportWindow() { return m_window; }
+    [[nodiscard]] const Window& TransportWindow() const { return m_window; }
 
 private:
-    /// Writes bytes: straight into the block when it has room, else through Write.
+    // ---- bytes through the window ------------------------------------------------------------
+
+    /// The position as a stream offset.
+    [[nodiscard]] unsigned long long Position() const {
+        return m_window.origin + m_window.position;
+    }
+    /// Bytes that can be read from the window without the transport.
+    [[nodiscard]] unsigned long long Available() const {
+        return m_window.position < m_window.length ? m_window.length - m_window.position : 0;
+    }
+    /// Writes bytes: straight into the window when it has room, else through Write.
     void PutBytes(const void* bytes, std::size_t count) {
         if (count == 0)
             return;
-        if (m_block.position <= m_block.capacity && m_block.capacity - m_block.position >= count &&
-            m_block.data != nullptr) {
-            std::memcpy(m_block.data + m_block.position, bytes, count);
-            m_block.position += count;
-            if (m_block.position > m_block.length)
-                m_block.length = m_block.position;
+        if (m_window.position <= m_window.capacity &&
+            m_window.capacity - m_window.position >= count) {
+            std::memcpy(m_window.data + m_window.position, bytes, count);
+            m_window.position += count;
+            if (m_window.position > m_window.length)
+                m_window.length = m_window.position;
+            m_window.dirty = true;
         } else {
             Write(bytes, count);
         }
     }
-    /// Reads exactly count bytes: straight from the block when it holds them, else through
-    /// Read (whose shortage is the transport's to report).
+    /// Reads count bytes: straight from the window when it holds them, else through ReadC
+    /// (what is left of the data; the rest of `bytes` stays as it was).
     void GetBytes(void* bytes, std::size_t count) {
-        if (m_block.position <= m_block.length && m_block.length - m_block.position >= count &&
-            m_block.data != nullptr) {
-            std::memcpy(bytes, m_block.data + m_block.position, count);
-            m_block.position += count;
+        if (Available() >= count) {
+            std::memcpy(bytes, m_window.data + m_window.position, count);
+            m_window.position += count;
         } else {
-            Read(bytes, static_cast<long>(count));
+            ReadC(bytes, count);
         }
     }
+    /// Moves the position to a stream offset.
+    void MoveTo(unsigned long long offset);
+    /// The position is at or past the end of the data (the transport's length).
+    bool IsPastData();
+    /// Up to count bytes at the position, without moving it: in the window when it holds
+    /// them, else read into `scratch` (count bytes of room) and the position put back.
+    std::string_view Peek(char* scratch, std::size_t count);
+    /// Asks the transport for the bytes at the position; false at the end of the data.
+    bool RefillWindow();
+    /// The next byte without taking it, or -1 at the end of the data.
+    int PeekByte() {
+        if (Available() == 0 && !RefillWindow())
+            return -1;
+        return m_window.data[m_window.position];
+    }
+    /// The next byte, or -1 at the end of the data.
+    int NextByte() {
+        const int c = PeekByte();
+        if (c >= 0)
+            ++m_window.position;
+        return c;
+    }
+
     template <class T> void WriteBinary(const T& value) { PutBytes(&value, sizeof value); }
     template <class T> void ReadBinary(T& value) { GetBytes(&value, sizeof value); }
-    /// Up to count bytes at the position, without moving it: in the block when the stream
-    /// has one, else read into scratch (count bytes of room) and the position put back.
-    std::string_view Peek(char* scratch, std::size_t count);
-    /// Moves the position forward by count bytes.
-    void Advance(std::size_t count);
-    /// The position, without a virtual call for a block.
-    unsigned long long Position() { return m_block.data != nullptr ? m_block.position : GetPos(); }
+
+    // ---- the scanner (Scanner.cpp) -------------------------------------------------------
+
+    /// Reads one white-space-delimited token as ParseToken(String&) does and returns it:
+    /// inside the window when it lies there, else in `spill`.
+    std::string_view ScanToken(std::string& spill);
+    /// The token for the number and bool readers, valid until the next read: inside the
+    /// window, or in the library-wide scratch token when it crossed the window's edge.
+    std::string_view ScalarToken();
+    /// The next line as ReadLine defines it, valid until the next read: inside the window,
+    /// or in `spill`. False at the end of the data.
+    bool NextLine(std::string& spill, std::string_view& line);
+    bool IsTextHeaderNext(bool anyVersion);
+    bool PeekWord(unsigned int& word);
+    void ReadHeaderText(Header& header);
+    void ReadHeaderBinary(Header& header);
+    bool SkipHeaderText(const Header& header);
+    bool SkipHeaderBinary(const Header& header);
+    bool SkipPastText(unsigned int id);
+    bool SkipPastBinary(unsigned int id);
+
+    // ---- the encoder (Encoding.cpp) ----------------------------------------------------------
 
     void WriteBinaryCount(std::size_t length);
     /// Reads count bytes as a string's text; a shortage gives the empty string and sets
@@ -558,13 +663,33 @@ private:
                            static_cast<int>(sizeof(T) / sizeof(float)));
         return *this;
     }
-    void ReadHeaderText(Header& header);
-    void ReadHeaderBinary(Header& header);
-    bool PeekWord(unsigned int& word);
-    bool IsTextHeaderNext(bool anyVersion);
-    bool SkipHeaderText(const Header& header);
-    bool SkipHeaderBinary(const Header& header);
-    bool SkipPastBinary(unsigned int id);
+
+    // ---- state ---------------------------------------------------------------------------------
+
+    /// The loading progress display (Progress.cpp).
+    struct Progress {
+        String savedStatusText;
+        unsigned long long totalLength = 0;
+        unsigned long long nextMeterPosition = 0;
+        int meterStep = 0;
+        bool ownsControl = false;
+        bool displaying = false;
+        bool initialised = false;
+    };
+
+    Window m_window;
+    /// The mode bits without the failed bit, which m_failed holds.
+    FileMode m_mode = FM_STORING;
+    bool m_failed = false;
+    bool m_writeStringCounts = true;
+    float m_version;
+    fileio::detail::TextGeneration m_generation;
+    bool m_passedEOL = false;
+    bool m_lastTokenWasHeader = false;
+    bool m_lastTokenWasLabel = false;
+    unsigned long long m_headerPosition = 0;
+    String m_fileName;
+    Progress m_progress;
 };
 
 // ---- manipulators ----------------------------------------------------------------------------
@@ -588,5 +713,5 @@ FILEIO_API VarnStream& tabb(VarnStream& stream);
 /// 2 to the power biBitCount for 1, 4 and 8 bits per pixel, else 0.
 FILEIO_API unsigned int BitmapColorCount(const tagBITMAPINFOHEADER& header);
 
-/// Frees the shared scratch token of the text number readers (at library shutdown).
+/// Frees the library-wide scratch token of the text readers (at library shutdown).
 FILEIO_API void FreeVarnFileToken();
