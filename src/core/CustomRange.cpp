@@ -128,7 +128,9 @@ int CustomRange::GetTotalFrames(int fps) const noexcept {
     for (const CustomTimeRange* item : m_items) {
         if (item == nullptr)
             continue;
-        if (item->step <= 0) {
+        // A step of 0 has no count by the rule below (a division by zero): it counts as
+        // the start time alone, as it enumerates.
+        if (item->step == 0) {
             total += item->end < item->start ? 0.0 : 1.0;
             continue;
         }

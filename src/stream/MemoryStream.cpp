@@ -26,9 +26,9 @@ constexpr const char* kInfoSuffix = ".vinfo";
 
 /// One column of the opening table (MemoryStream.h).
 struct MemoryStream::Opening {
-    FileMode mode;
+    FileMode mode = FM_STORING;
     /// The bytes that become the data, or with FM_APPEND are added to them.
-    std::string_view bytes;
+    std::string_view bytes{};
     /// The bytes are a file's image: they replace the data in a block of their exact size,
     /// the file's path becomes the file name, and the progress display starts.
     const String* file = nullptr;
@@ -79,8 +79,10 @@ bool MemoryStream::Open(const String& path, FileMode mode) {
     SetMode(mode);
     std::string bytes;
     if (fileio::platform::Files().readWholeFile(path.Get() != nullptr ? path.Get() : "", bytes) !=
-        fileio::platform::ReadResult::Read)
+        fileio::platform::ReadResult::Read) {
+        OnFailed();
         return false;
+    }
     OpenWith({.mode = mode, .bytes = bytes, .file = &path, .resetVersion = true});
     return true;
 }

@@ -208,7 +208,8 @@ void VarnStream::ParseToken(char* out, char delimiter) {
         const unsigned char* p = m_window.data + m_window.position;
         const auto available = static_cast<std::size_t>(Available());
         const auto* found = static_cast<const unsigned char*>(std::memchr(p, delimiter, available));
-        const std::size_t length = found != nullptr ? static_cast<std::size_t>(found - p) : available;
+        const std::size_t length =
+            found != nullptr ? static_cast<std::size_t>(found - p) : available;
         const std::size_t room = kTokenBufferSize - 1 - kept;
         const std::size_t copied = length < room ? length : room;
         std::memcpy(out + kept, p, copied);

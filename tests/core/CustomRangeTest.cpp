@@ -51,10 +51,12 @@ TEST(CustomRangeTest, CountingAgainstEnumeration) {
         {"step truncated", 0, 6, 2.9f, 3, {0, 2, 4, 6}},
         // Reversed: nothing enumerated, trunc(1 - 9) counted.
         {"reversed", 10, 1, 1, -8, {}},
-        // Steps of 0 or less cover the start alone.
+        // Steps of 0 or less enumerate the start alone; a negative step counts by the
+        // signed rule, a step of 0 as the one time it enumerates.
         {"step 0", 1, 10, 0, 1, {1}},
         {"step 0.5 truncates to 0", 1, 10, 0.5f, 1, {1}},
-        {"negative step", 1, 10, -3, 1, {1}},
+        {"negative step", 1, 10, -3, -3, {1}},
+        {"single frame, step -1", 0, 0, -1, -1, {0}},
         {"reversed, step 0", 10, 1, 0, 0, {}},
     };
     for (const Row& row : rows) {

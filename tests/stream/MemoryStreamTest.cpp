@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -124,77 +125,90 @@ TEST(MemoryStream, ReadsPastTheEndCopyWhatIsThereAndSetNoFailedBit) {
     EXPECT_EQ(value, 0); // a text token that is not there reads as 0
 }
 
-TEST(MemoryStream, OpenOnACallerBlock) {
-    MemoryStream stream;
-    stream.SetVersion(13.0f);
-    stream.OnFailed();
-    EXPECT_TRUE(stream.Open("abc", 3, FM_LOADING | FM_FAILED));
-    EXPECT_EQ(stream.GetPos(), 0u);
-    EXPECT_EQ(stream.GetVersion(), 5.0f);
-    EXPECT_FALSE(stream.IsFailed());
-    EXPECT_EQ(Bytes(stream), "abc");
-
-    stream.SetVersion(13.0f);
-    EXPECT_TRUE(stream.Open("de", 2, FM_LOADING | FM_APPEND));
-    EXPECT_EQ(Bytes(stream), "abcde");
-    EXPECT_EQ(stream.GetPos(), 5u);
-    EXPECT_EQ(stream.GetVersion(), 13.0f);
-}
-
-TEST(MemoryStream, OpenWithoutAFile) {
-    MemoryStream stream;
-    stream.Write("data", 4);
-    stream.OnFailed();
-    // Loading keeps the data and reads them from the start.
-    EXPECT_TRUE(stream.Open(FM_LOADING));
-    EXPECT_EQ(stream.GetPos(), 0u);
-    EXPECT_EQ(Bytes(stream), "data");
-    EXPECT_FALSE(stream.IsFailed());
-    // Storing with the append bit keeps them and writes after them.
-    EXPECT_TRUE(stream.Open(FM_APPEND));
-    EXPECT_EQ(stream.GetPos(), 4u);
-    // Storing drops them; a binary suite file starts with its marker.
-    EXPECT_TRUE(stream.Open(FM_VARN | FM_BINARY));
-    EXPECT_EQ(Bytes(stream), "B");
-    EXPECT_TRUE(stream.Open(FM_STORING));
-    EXPECT_EQ(stream.GetLength(), 0u);
-    EXPECT_EQ(stream.GetCapacity(), 0u);
-}
-
-TEST(MemoryStream, OpensAFileWholeAndReadsItsMarker) {
+// One row per rule of the opening table in MemoryStream.h. Every stream starts with the data
+// "old", version 13.0, the failed bit set and a file name.
+TEST(MemoryStream, EachOpenFormFollowsTheOpeningTable) {
     TemporaryFolder folder;
+    const String previous = folder.Write("previous.mdl", "old");
+    const std::string binaryFile = "B" + Raw({0x50, 0x01, 0x00, 0x80});
+    const String binary = folder.Write("binary.mdl", binaryFile);
+    const String angle = folder.Write("angle.mdl", "<MODELFILE>\n");
+    const String plain = folder.Write("plain.bin", "B<");
+    const String empty = folder.Write("empty.mdl", "");
+    const String missing = folder.Write("x", "") + String("-missing");
+    enum class Name { Kept, Dropped, Path };
     struct Row {
         const char* name;
-        std::string bytes;
-        FileMode mode;
-        bool binary;
+        std::function<bool(MemoryStream&)> open;
+        bool opened;
+        std::string data;
+        unsigned long long position;
+        bool isBinary;
         float version;
+        Name fileName;
+        const String* path;
     };
     const Row rows[] = {
-        {"binary.mdl", "B" + Raw({0x50, 0x01, 0x00, 0x80}), FM_LOADING | FM_VARN, true, 5.0f},
-        {"angle.mdl", "<MODELFILE>\n", FM_LOADING | FM_VARN, false, 13.0f},
-        {"square.mdl", "[MODELFILE]\n", FM_LOADING | FM_VARN, false, 5.0f},
-        {"plain.bin", "B<", FM_LOADING, false, 5.0f}, // no Varn bit: no marker
-        {"empty.mdl", "", FM_LOADING | FM_VARN, false, 5.0f},
+        {"file, binary suite file",
+         [&](MemoryStream& s) { return s.Open(binary, FM_LOADING | FM_VARN); }, true, binaryFile, 1,
+         true, 5.0f, Name::Path, &binary},
+        {"file, angle suite file",
+         [&](MemoryStream& s) { return s.Open(angle, FM_LOADING | FM_VARN); }, true,
+         "<MODELFILE>\n", 0, false, 13.0f, Name::Path, &angle},
+        {"file without the Varn bit: no marker",
+         [&](MemoryStream& s) { return s.Open(plain, FM_LOADING); }, true, "B<", 0, false, 5.0f,
+         Name::Path, &plain},
+        {"file, appending: at the end",
+         [&](MemoryStream& s) { return s.Open(binary, FM_LOADING | FM_VARN | FM_APPEND); }, true,
+         binaryFile, 5, false, 5.0f, Name::Path, &binary},
+        {"empty file", [&](MemoryStream& s) { return s.Open(empty, FM_LOADING | FM_VARN); }, true,
+         "", 0, false, 5.0f, Name::Path, &empty},
+        {"missing file: nothing changes",
+         [&](MemoryStream& s) { return s.Open(missing, FM_LOADING | FM_DONTASK); }, false, "old", 0,
+         false, 13.0f, Name::Kept, &previous},
+        {"bytes", [](MemoryStream& s) { return s.Open("abc", 3, FM_LOADING | FM_FAILED); }, true,
+         "abc", 0, false, 5.0f, Name::Kept, &previous},
+        {"bytes appended",
+         [](MemoryStream& s) { return s.Open("de", 2, FM_LOADING | FM_APPEND | FM_VARN); }, true,
+         "oldde", 5, false, 13.0f, Name::Kept, &previous},
+        {"bytes of a binary suite file",
+         [&](MemoryStream& s) {
+             return s.Open(binaryFile.data(), binaryFile.size(), FM_LOADING | FM_VARN);
+         },
+         true, binaryFile, 1, true, 5.0f, Name::Kept, &previous},
+        {"bytes, storing: no marker written",
+         [](MemoryStream& s) { return s.Open("abc", 3, FM_VARN | FM_BINARY); }, true, "abc", 0,
+         true, 5.0f, Name::Kept, &previous},
+        {"no file, loading: the data are read again",
+         [](MemoryStream& s) { return s.Open(FM_LOADING | FM_VARN); }, true, "old", 0, false, 13.0f,
+         Name::Dropped, nullptr},
+        {"no file, storing with append",
+         [](MemoryStream& s) { return s.Open(FM_APPEND | FM_VARN | FM_BINARY); }, true, "old", 3,
+         true, 13.0f, Name::Dropped, nullptr},
+        {"no file, storing a binary suite file",
+         [](MemoryStream& s) { return s.Open(FM_VARN | FM_BINARY); }, true, "B", 1, true, 13.0f,
+         Name::Dropped, nullptr},
+        {"no file, storing", [](MemoryStream& s) { return s.Open(FM_STORING); }, true, "", 0, false,
+         13.0f, Name::Dropped, nullptr},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        const String path = folder.Write(row.name, row.bytes);
         MemoryStream stream;
+        ASSERT_TRUE(stream.Open(previous, FM_LOADING | FM_DONTPROGRESS));
         stream.SetVersion(13.0f);
-        ASSERT_TRUE(stream.Open(path, row.mode));
-        EXPECT_EQ(Bytes(stream), row.bytes);
-        // The image is the file; a binary suite file's marker is read past.
-        EXPECT_EQ(stream.GetPos(), row.binary ? 1u : 0u);
-        EXPECT_EQ(stream.IsBinary(), row.binary);
+        stream.OnFailed();
+        EXPECT_EQ(row.open(stream), row.opened);
+        EXPECT_EQ(Bytes(stream), row.data);
+        EXPECT_EQ(stream.GetPos(), row.position);
+        EXPECT_EQ(stream.IsBinary(), row.isBinary);
         EXPECT_EQ(stream.GetVersion(), row.version);
-        EXPECT_EQ(stream.GetFileName(), path);
-        EXPECT_EQ(stream.GetCapacity(), row.bytes.size());
+        EXPECT_EQ(stream.HasFailed(), !row.opened);
+        EXPECT_EQ(stream.GetFileName().View(),
+                  row.fileName == Name::Dropped ? "" : row.path->View());
+        if (row.fileName == Name::Path) {
+            EXPECT_EQ(stream.GetCapacity(), row.data.size()) << "a file's image fits exactly";
+        }
     }
-    MemoryStream missing;
-    String nothing = folder.Write("x", "");
-    nothing += String("-missing");
-    EXPECT_FALSE(missing.Open(nothing, FM_LOADING | FM_DONTASK));
 }
 
 TEST(MemoryStream, IsHeaderLooksAtThePositionAsItIs) {

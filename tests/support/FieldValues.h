@@ -123,7 +123,7 @@ inline double ReadValue(VarnStream& stream, ValueKind kind) {
     case ValueKind::Date: {
         COleDateTime value;
         stream >> value;
-        return value.m_dt + value.m_status;
+        return value.m_dt + static_cast<int>(value.m_status);
     }
     case ValueKind::Seconds: {
         CTime value;

@@ -109,8 +109,9 @@ public:
     /// trunc((fps x (end - start in seconds) + 1) / step), worked in float, signed and
     /// unclamped, so a reversed item "10-1" counts -8. For a span whose step is above 1
     /// this can be one less than GetNextTime produces (0 to 10 frames by 2 counts 5,
-    /// enumerates 6); both are kept so. An item whose step is 0 or less counts as its
-    /// start time alone (1, or 0 when it is reversed). The sum is clamped to the int range.
+    /// enumerates 6); both are kept so. A negative step follows the same signed rule ({0, 0,
+    /// step -1} counts -1); a step of 0 counts as the start time alone (1, or 0 when the
+    /// item is reversed). The sum is clamped to the int range.
     [[nodiscard]] int GetTotalFrames(int fps) const noexcept;
 
     /// Enumerates the covered times: positions run over the items in order, and within an

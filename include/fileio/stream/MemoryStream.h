@@ -58,8 +58,9 @@ public:
 
     // ---- opening (see the table above) -------------------------------------------------------
 
-    /// Reads the whole file at path into memory, for loading with `mode`. False, the stream
-    /// unchanged but for its mode, when the file cannot be read.
+    /// Reads the whole file at path into memory, for loading with `mode`. When the file
+    /// cannot be read: false, with the mode taken and the failed bit set, the data as they
+    /// were.
     bool Open(const String& path, FileMode mode);
     /// Takes a copy of length bytes at data, with `mode`. Always true.
     bool Open(const void* data, unsigned long long length, FileMode mode);
