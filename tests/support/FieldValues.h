@@ -118,7 +118,8 @@ inline double ReadValue(VarnStream& stream, ValueKind kind) {
     case ValueKind::Range: {
         TimeRange value;
         stream >> value;
-        return static_cast<double>(value.start.GetTicks() + value.end.GetTicks());
+        return static_cast<double>(value.start.GetTicks()) +
+               static_cast<double>(value.end.GetTicks());
     }
     case ValueKind::Date: {
         COleDateTime value;
