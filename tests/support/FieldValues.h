@@ -70,8 +70,14 @@ template <class T> double ReadFloats(VarnStream& stream) {
 
 } // namespace detail
 
+namespace detail {
+double ReadOtherValue(VarnStream& stream, ValueKind kind);
+} // namespace detail
+
 /// Reads one value of `kind` and returns a number that sums it up (the value, a text's
-/// length, the sum of a composite's components), so that readers can be compared.
+/// length, the sum of a composite's components), so that readers can be compared. The kinds
+/// a suite file's fields carry most are read here, small enough to be inlined into a
+/// reading loop; the others by ReadOtherValue.
 inline double ReadValue(VarnStream& stream, ValueKind kind) {
     using namespace detail;
     switch (kind) {
@@ -115,6 +121,15 @@ inline double ReadValue(VarnStream& stream, ValueKind kind) {
         stream >> value;
         return static_cast<double>(value.GetTicks());
     }
+    default:
+        return detail::ReadOtherValue(stream, kind);
+    }
+}
+
+namespace detail {
+
+inline double ReadOtherValue(VarnStream& stream, ValueKind kind) {
+    switch (kind) {
     case ValueKind::Range: {
         TimeRange value;
         stream >> value;
@@ -162,9 +177,12 @@ inline double ReadValue(VarnStream& stream, ValueKind kind) {
         stream.ParseString(value);
         return value.GetLength();
     }
+    default:
+        return 0;
     }
-    return 0;
 }
+
+} // namespace detail
 
 /// Writes a value of `kind` made from `seed` (the kinds a suite file's fields carry; the
 /// others write nothing).
