@@ -128,18 +128,31 @@ enum class ReadResult { Read, Missing, Failed };
 using FileLockToken = std::intptr_t;
 inline constexpr FileLockToken kNoFileLock = -1;
 
+/// An open file; kNoFile when none could be opened.
+using FileHandle = std::intptr_t;
+inline constexpr FileHandle kNoFile = -1;
+
+/// What the status of a path allows a writer.
+enum class FileAccess {
+    Missing,  ///< nothing by that name
+    Writable, ///< a file that may be replaced
+    ReadOnly, ///< a file marked read-only (no write permission bit at all on POSIX, the
+              ///< read-only attribute on Windows), or a folder
+    Unknown,  ///< the status cannot be read
+};
+
 struct FileServices {
-    // ---- whole files: what a small store that replaces its file atomically needs
+    // ---- whole files
 
     /// Reads the whole file into `bytes` (replacing its content). Missing: there is no such
     /// file (or no such folder); Failed: it exists but cannot be read.
     ReadResult (*readWholeFile)(const char* path, std::string& bytes);
-    /// Creates or truncates `path`, writes `size` bytes and flushes them to the disk before
-    /// closing. False on any failure (the file may then hold part of the data).
-    bool (*writeFileDurably)(const char* path, const void* data, std::size_t size);
-    /// Renames `from` to `to`, replacing `to` atomically when it exists: a reader sees the old
-    /// file or the new one, never a mixture. The folder is flushed afterwards where the
-    /// system allows it, so that the rename survives a crash.
+    /// Renames `from` (a file made by createBeside) over `to`, replacing `to` atomically
+    /// when it exists: a reader sees the old file or the new one, never a mixture, and a
+    /// failure leaves `to` as it was. POSIX: rename, then the folder is flushed so that the
+    /// rename survives a crash. Windows: ReplaceFileW for an existing `to` (its attributes
+    /// and security kept), MoveFileExW with write-through for a new one, each retried a few
+    /// times while another program holds the file.
     bool (*replaceFile)(const char* from, const char* to);
     /// Removes a file. False when it could not be removed (a missing file included).
     bool (*removeFile)(const char* path);
@@ -176,10 +189,78 @@ struct FileServices {
     bool (*fullPath)(const char* path, std::string& out);
     /// The entries of a folder, "." and ".." left out, in the order the system gives them.
     bool (*listFolder)(const char* folder, std::vector<FolderEntry>& out);
+
+    // ---- open files: the file stream's transport and the atomic save. A failing call
+    // leaves the system's reason for System().lastErrorText().
+
+    /// What the status of `path` allows a writer.
+    FileAccess (*access)(const char* path);
+    /// The file a path finally names, symbolic links followed (relative link texts read
+    /// against the link's folder); the path itself when it is no link or names nothing.
+    std::string (*finalPath)(const char* path);
+    /// Opens an existing file for reading; other programs may read it meanwhile but not
+    /// write it (Windows sharing; POSIX has no such rule).
+    FileHandle (*openForReading)(const char* path);
+    /// Creates a new empty file, for reading and writing, in the folder of `target` (which
+    /// need not exist), named after it with a unique ending that begins ".vrn"; its name
+    /// goes to `temporaryPath`. No other program may open it meanwhile (Windows). When
+    /// `target` exists its permission bits are copied (POSIX).
+    FileHandle (*createBeside)(const char* target, std::string& temporaryPath);
+    /// Reads up to `size` bytes at the file's position: how many were read (0 at the end),
+    /// or -1 on failure.
+    long long (*readFile)(FileHandle file, void* buffer, std::size_t size);
+    /// Writes all `size` bytes at the file's position; false on failure (a full disk too).
+    bool (*writeFile)(FileHandle file, const void* data, std::size_t size);
+    /// Moves the file's position to `offset` from its start.
+    bool (*seekFile)(FileHandle file, unsigned long long offset);
+    /// The file's length in bytes, or -1 on failure.
+    long long (*fileLength)(FileHandle file);
+    /// Writes the file's data through to the disk.
+    bool (*flushFile)(FileHandle file);
+    /// Closes the file; false when the system reports a failure (written data may be lost).
+    bool (*closeFile)(FileHandle file);
 };
 
 /// The process's file services, filled with the system's functions at start-up.
 FileServices& Files();
+
+/// A save that replaces its target atomically, built on the file services: the data go
+/// into a temporary file beside the final target (a symbolic link is followed, so the link
+/// stays and its target is replaced), which is flushed to the disk, closed and renamed
+/// over the target. A failure at any step removes the temporary file and leaves the old
+/// target byte for byte as it was; no step ever deletes or truncates the target.
+class AtomicSave {
+public:
+    AtomicSave() = default;
+    /// Abandons a save that was neither committed nor abandoned.
+    ~AtomicSave() { Abandon(); }
+    AtomicSave(const AtomicSave&) = delete;
+    AtomicSave& operator=(const AtomicSave&) = delete;
+
+    /// Creates the temporary file for `target`. False, with the system's reason in `error`,
+    /// when it cannot be made.
+    bool Begin(const char* target, std::string& error);
+    /// The temporary file, open for writing (kNoFile before Begin and after the end).
+    [[nodiscard]] FileHandle File() const { return m_file; }
+    [[nodiscard]] const std::string& TemporaryPath() const { return m_temporary; }
+    /// The file the rename replaces (the target with its links followed).
+    [[nodiscard]] const std::string& FinalTarget() const { return m_final; }
+    /// Flushes the temporary file to the disk, closes it and renames it over the target.
+    /// False, with the system's reason in `error`, when a step fails: the temporary file is
+    /// then removed and the target left as it was.
+    bool Commit(std::string& error);
+    /// Closes and removes the temporary file; the target stays as it was.
+    void Abandon();
+
+private:
+    FileHandle m_file = kNoFile;
+    std::string m_temporary;
+    std::string m_final;
+};
+
+/// Writes `size` bytes as the whole file `target` through an AtomicSave. False, with the
+/// system's reason in `error`, when the save failed: the old file is then as it was.
+bool SaveFileAtomically(const char* target, const void* data, std::size_t size, std::string& error);
 
 /// The POSIX full-path rule, purely textual: a relative `path` is appended to `currentDir`;
 /// "." components are dropped and ".." removes the component before it (never climbing

@@ -1,57 +1,61 @@
-// FileServicesTest.cpp - the whole-file services the settings file is built on: durable
-// writes, atomic replacement, removal, and the three outcomes of reading a whole file.
+// FileServicesTest.cpp - the file services the streams and the settings file are built on:
+// the atomic save, open files, access, removal, locks and the outcomes of reading a file.
 
 #include "platform/Platform.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
+using fileio::platform::AtomicSave;
+using fileio::platform::FileAccess;
+using fileio::platform::FileHandle;
 using fileio::platform::Files;
+using fileio::platform::kNoFile;
 using fileio::platform::ReadResult;
+using fileio::platform::SaveFileAtomically;
 
 class FileServicesTest : public ::testing::Test {
 protected:
     std::string Path(const char* name) const { return m_folder.Join(name); }
 
-    static std::string Content(const std::string& path) {
-        std::ifstream in(path, std::ios::binary);
-        std::ostringstream bytes;
-        bytes << in.rdbuf();
-        return bytes.str();
+    /// The names in the folder, sorted.
+    std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(m_folder.Path()))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
     }
 
     fileio::test::TempFolder m_folder{"fileio-files"};
 };
 
-TEST_F(FileServicesTest, WritesAndReadsEveryByte) {
+TEST_F(FileServicesTest, AtomicSavesWriteEveryByteAndLeaveNoTemporaryFile) {
     std::string bytes;
     for (int i = 0; i < 70000; ++i) // more than one read buffer
         bytes += static_cast<char>(i * 31 % 256);
     const std::string path = Path("data.bin");
-    ASSERT_TRUE(Files().writeFileDurably(path.c_str(), bytes.data(), bytes.size()));
-    EXPECT_EQ(Content(path), bytes);
-    std::string read = "previous content is replaced";
-    EXPECT_EQ(Files().readWholeFile(path.c_str(), read), ReadResult::Read);
-    EXPECT_EQ(read, bytes);
-
-    // Writing again truncates: a shorter text leaves nothing of the longer one.
-    ASSERT_TRUE(Files().writeFileDurably(path.c_str(), "ab\r\n", 4));
-    EXPECT_EQ(Files().readWholeFile(path.c_str(), read), ReadResult::Read);
-    EXPECT_EQ(read, "ab\r\n"); // bytes as they are, no line-end translation
-    ASSERT_TRUE(Files().writeFileDurably(path.c_str(), "", 0));
-    EXPECT_EQ(Files().readWholeFile(path.c_str(), read), ReadResult::Read);
-    EXPECT_EQ(read, "");
+    std::string error;
+    const std::string saves[] = {bytes, "ab\r\n", ""};
+    for (const std::string& save : saves) {
+        SCOPED_TRACE(save.size());
+        ASSERT_TRUE(SaveFileAtomically(path.c_str(), save.data(), save.size(), error)) << error;
+        std::string read = "previous content is replaced";
+        EXPECT_EQ(Files().readWholeFile(path.c_str(), read), ReadResult::Read);
+        EXPECT_EQ(read, save); // whole, shorter ones too, with no line-end translation
+        EXPECT_EQ(Names(), std::vector<std::string>{"data.bin"});
+    }
 }
 
-TEST_F(FileServicesTest, TellsAMissingFileFromOneThatCannotBeRead) {
+TEST_F(FileServicesTest, AFailedSaveLeavesNothingAndSaysWhy) {
     std::string read = "x";
     EXPECT_EQ(Files().readWholeFile(Path("missing").c_str(), read), ReadResult::Missing);
     EXPECT_EQ(read, "");
@@ -59,28 +63,72 @@ TEST_F(FileServicesTest, TellsAMissingFileFromOneThatCannotBeRead) {
               ReadResult::Missing);
     // A folder is there but is no file to read.
     EXPECT_EQ(Files().readWholeFile(m_folder.Path().c_str(), read), ReadResult::Failed);
-    EXPECT_FALSE(Files().writeFileDurably(Path("no/such/folder/file").c_str(), "x", 1));
+    std::string error;
+    EXPECT_FALSE(SaveFileAtomically(Path("no/such/folder/file").c_str(), "x", 1, error));
+    EXPECT_FALSE(error.empty());
+    EXPECT_TRUE(Names().empty());
+
+    // Abandoned: the target is as it was and the temporary file is gone.
+    ASSERT_TRUE(SaveFileAtomically(Path("target").c_str(), "old", 3, error));
+    {
+        AtomicSave save;
+        ASSERT_TRUE(save.Begin(Path("target").c_str(), error));
+        EXPECT_EQ(fs::path(save.TemporaryPath()).parent_path(), fs::path(m_folder.Path()));
+        EXPECT_EQ(fs::path(save.TemporaryPath()).filename().string().rfind("target.vrn", 0), 0u);
+        ASSERT_TRUE(Files().writeFile(save.File(), "new", 3));
+    }
+    EXPECT_EQ(m_folder.ReadFile("target"), "old");
+    EXPECT_EQ(Names(), std::vector<std::string>{"target"});
 }
 
-TEST_F(FileServicesTest, ReplacesAFileWhole) {
-    const std::string target = Path("target");
-    const std::string temporary = Path("target.tmp");
-    ASSERT_TRUE(Files().writeFileDurably(target.c_str(), "old", 3));
-    ASSERT_TRUE(Files().writeFileDurably(temporary.c_str(), "new text", 8));
-    ASSERT_TRUE(Files().replaceFile(temporary.c_str(), target.c_str()));
-    EXPECT_EQ(Content(target), "new text");
-    EXPECT_FALSE(fs::exists(temporary));
-    // Replacing onto a name that does not exist yet creates it.
-    ASSERT_TRUE(Files().writeFileDurably(temporary.c_str(), "first", 5));
-    ASSERT_TRUE(Files().replaceFile(temporary.c_str(), Path("fresh").c_str()));
-    EXPECT_EQ(Content(Path("fresh")), "first");
-    EXPECT_FALSE(Files().replaceFile(Path("missing").c_str(), target.c_str()));
-    EXPECT_EQ(Content(target), "new text");
+TEST_F(FileServicesTest, ASymbolicLinkStaysAndItsTargetIsReplaced) {
+    const std::string target = m_folder.WriteFile("real/model.mdl", "old");
+    const std::string link = Path("link.mdl");
+    std::error_code cannot;
+    fs::create_symlink(target, link, cannot);
+    if (cannot)
+        GTEST_SKIP() << "symbolic links cannot be made here: " << cannot.message();
+    std::string error;
+    ASSERT_TRUE(SaveFileAtomically(link.c_str(), "new", 3, error)) << error;
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(m_folder.ReadFile("real/model.mdl"), "new");
+    EXPECT_EQ(Names(), (std::vector<std::string>{"link.mdl", "real"}));
+}
+
+TEST_F(FileServicesTest, OpenFilesReadSeekAndTellTheirAccess) {
+    const std::string path = m_folder.WriteFile("data", "0123456789");
+    const FileHandle file = Files().openForReading(path.c_str());
+    ASSERT_NE(file, kNoFile);
+    EXPECT_EQ(Files().fileLength(file), 10);
+    char buffer[8] = {};
+    EXPECT_EQ(Files().readFile(file, buffer, 4), 4);
+    EXPECT_EQ(std::string(buffer, 4), "0123");
+    ASSERT_TRUE(Files().seekFile(file, 8));
+    EXPECT_EQ(Files().readFile(file, buffer, 8), 2);
+    EXPECT_EQ(Files().readFile(file, buffer, 8), 0);
+    EXPECT_TRUE(Files().closeFile(file));
+    EXPECT_EQ(Files().openForReading(Path("missing").c_str()), kNoFile);
+
+    const std::string readOnly = m_folder.WriteFile("read-only", "x");
+    fs::permissions(readOnly,
+                    fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+                    fs::perm_options::remove);
+    struct Row {
+        std::string path;
+        FileAccess access;
+    };
+    const Row rows[] = {{path, FileAccess::Writable},
+                        {readOnly, FileAccess::ReadOnly},
+                        {m_folder.Path(), FileAccess::ReadOnly},
+                        {Path("missing"), FileAccess::Missing}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(Files().access(row.path.c_str()), row.access);
+    }
 }
 
 TEST_F(FileServicesTest, RemovesFilesAndTakesLocks) {
-    const std::string path = Path("gone");
-    ASSERT_TRUE(Files().writeFileDurably(path.c_str(), "x", 1));
+    const std::string path = m_folder.WriteFile("gone", "x");
     EXPECT_TRUE(Files().removeFile(path.c_str()));
     EXPECT_FALSE(fs::exists(path));
     EXPECT_FALSE(Files().removeFile(path.c_str()));

@@ -36,6 +36,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using fileio::platform::FileHandle;
 using fileio::platform::Files;
 using fileio::platform::FileServices;
 using fileio::platform::HiveDocument;
@@ -88,6 +89,14 @@ std::string Entry(int i) {
     return "Entry " + std::to_string(i);
 }
 
+/// How many temporary files of the atomic save lie in the folder.
+int Temporaries(const std::string& folder) {
+    int count = 0;
+    for (const auto& entry : fs::directory_iterator(folder))
+        count += entry.path().filename().string().find(".vrn") != std::string::npos ? 1 : 0;
+    return count;
+}
+
 class HiveProcessTest : public ::testing::Test {
 protected:
     void SetUp() override { SetLocalRegistryProfile("Tests"); }
@@ -117,7 +126,7 @@ TEST_F(HiveProcessTest, TheFileIsReadableTextInTheDocumentedForm) {
     ASSERT_GE(text.size(), expected.size());
     EXPECT_EQ(text.substr(text.size() - expected.size()), expected) << text;
     EXPECT_EQ(text[0], ';');
-    EXPECT_FALSE(fs::exists(store.HivePath() + ".tmp")); // renamed over the file
+    EXPECT_EQ(Temporaries(store.Folder()), 0); // renamed over the file
     EXPECT_TRUE(fs::exists(store.HivePath() + ".lock"));
 }
 
@@ -171,14 +180,14 @@ FileServices& RealFiles() {
     return real;
 }
 
-bool WriteHalfThenDie(const char* path, const void* data, std::size_t size) {
-    RealFiles().writeFileDurably(path, data, size / 2);
+bool WriteHalfThenDie(FileHandle file, const void* data, std::size_t size) {
+    RealFiles().writeFile(file, data, size / 2);
     ::raise(SIGKILL);
     return false;
 }
 
-bool WriteThenDie(const char* path, const void* data, std::size_t size) {
-    RealFiles().writeFileDurably(path, data, size);
+bool FlushThenDie(FileHandle file) {
+    RealFiles().flushFile(file);
     ::raise(SIGKILL);
     return false;
 }
@@ -199,21 +208,24 @@ TEST_F(HiveProcessTest, AWriterKilledInAWriteLeavesTheOldOrTheNewFile) {
 
     struct Stage {
         const char* name;
-        bool (*write)(const char*, const void*, std::size_t);
+        bool (*write)(FileHandle, const void*, std::size_t);
+        bool (*flush)(FileHandle);
         bool (*replace)(const char*, const char*);
         const char* expected;
     };
     const Stage stages[] = {
-        {"half of the temporary file written", WriteHalfThenDie, nullptr, "old"},
-        {"temporary file written, not renamed", WriteThenDie, nullptr, "old"},
-        {"renamed, lock not released", nullptr, ReplaceThenDie, "new"},
+        {"half of the temporary file written", WriteHalfThenDie, nullptr, nullptr, "old"},
+        {"temporary file flushed, not renamed", nullptr, FlushThenDie, nullptr, "old"},
+        {"renamed, lock not released", nullptr, nullptr, ReplaceThenDie, "new"},
     };
     for (const Stage& stage : stages) {
         SCOPED_TRACE(stage.name);
         ASSERT_EQ(SetLocalRegistryString("Kill", "State", "old"), 1);
         const int status = Wait(StartChild([&] {
             if (stage.write != nullptr)
-                Files().writeFileDurably = stage.write;
+                Files().writeFile = stage.write;
+            if (stage.flush != nullptr)
+                Files().flushFile = stage.flush;
             if (stage.replace != nullptr)
                 Files().replaceFile = stage.replace;
             SetLocalRegistryString("Kill", "State", "new");
@@ -265,7 +277,7 @@ TEST_F(HiveProcessTest, AWriterKilledAtRandomMomentsNeverDamagesTheFile) {
         const int now = GetLocalRegistryValue("Random", "Counter", 0);
         EXPECT_GE(now, counter);
         counter = now;
-        killedInAWrite += fs::exists(store.HivePath() + ".tmp") ? 1 : 0;
+        killedInAWrite += Temporaries(store.Folder()) != 0 ? 1 : 0;
     }
     EXPECT_GT(counter, 0) << "the writer never got to write";
     std::printf("killed while a temporary file was open in %d of 25 rounds; counter %d\n",

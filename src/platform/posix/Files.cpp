@@ -3,8 +3,10 @@
 #include "platform/Platform.h"
 
 #include <cerrno>
+#include <climits>
 #include <dirent.h>
 #include <fcntl.h>
+#include <random>
 #include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -56,15 +58,6 @@ bool WriteAll(int fd, const char* data, std::size_t size) {
         size -= static_cast<std::size_t>(put);
     }
     return true;
-}
-
-bool WriteFileDurably(const char* path, const void* data, std::size_t size) {
-    const int fd = OpenRetrying(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (fd < 0)
-        return false;
-    bool ok = WriteAll(fd, static_cast<const char*>(data), size) && ::fsync(fd) == 0;
-    ok = (::close(fd) == 0) && ok;
-    return ok;
 }
 
 void FlushFolderOf(const char* path) {
@@ -226,12 +219,108 @@ bool ListFolder(const char* folder, std::vector<FolderEntry>& out) {
     return true;
 }
 
+// ---- open files -------------------------------------------------------------------------
+
+/// No write permission bit at all makes a file read-only, whoever the user is (a program
+/// run by the superuser would otherwise replace files marked read-only).
+constexpr mode_t kAnyWriteBit = S_IWUSR | S_IWGRP | S_IWOTH;
+/// How many links finalPath follows before it gives up (a circle).
+constexpr int kMostLinks = 40;
+/// The temporary name's ending: ".vrn" and this many random letters.
+constexpr int kUniqueLetters = 8;
+/// How many unique names createBeside tries before it gives up.
+constexpr int kNameAttempts = 100;
+
+FileAccess Access(const char* path) {
+    struct stat st {};
+    if (::stat(path, &st) != 0)
+        return (errno == ENOENT || errno == ENOTDIR) ? FileAccess::Missing : FileAccess::Unknown;
+    if (S_ISDIR(st.st_mode) || (st.st_mode & kAnyWriteBit) == 0 || ::access(path, W_OK) != 0)
+        return FileAccess::ReadOnly;
+    return FileAccess::Writable;
+}
+
+std::string FinalPath(const char* path) {
+    std::string current(path);
+    for (int link = 0; link < kMostLinks; ++link) {
+        std::string target(PATH_MAX, '\0');
+        const ssize_t n = ::readlink(current.c_str(), target.data(), target.size());
+        if (n < 0 || static_cast<std::size_t>(n) >= target.size())
+            return current;
+        target.resize(static_cast<std::size_t>(n));
+        if (target.front() != '/') {
+            const std::size_t slash = current.rfind('/');
+            target = (slash == std::string::npos ? std::string() : current.substr(0, slash + 1)) +
+                     target;
+        }
+        current = std::move(target);
+    }
+    return current;
+}
+
+FileHandle OpenForReading(const char* path) {
+    const int fd = OpenRetrying(path, O_RDONLY);
+    return fd < 0 ? kNoFile : fd;
+}
+
+FileHandle CreateBeside(const char* target, std::string& temporaryPath) {
+    static constexpr char kLetters[] =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    std::random_device random;
+    struct stat old {};
+    const bool replacing = ::stat(target, &old) == 0 && S_ISREG(old.st_mode);
+    for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
+        std::string name = std::string(target) + ".vrn";
+        for (int i = 0; i < kUniqueLetters; ++i)
+            name += kLetters[random() % (sizeof kLetters - 1)];
+        const int fd = OpenRetrying(name.c_str(), O_RDWR | O_CREAT | O_EXCL, 0666);
+        if (fd < 0 && errno == EEXIST)
+            continue;
+        if (fd < 0)
+            return kNoFile;
+        if (replacing)
+            ::fchmod(fd, old.st_mode & 07777);
+        temporaryPath = std::move(name);
+        return fd;
+    }
+    errno = EEXIST;
+    return kNoFile;
+}
+
+long long ReadFromFile(FileHandle file, void* buffer, std::size_t size) {
+    for (;;) {
+        const ssize_t got = ::read(static_cast<int>(file), buffer, size);
+        if (got >= 0 || errno != EINTR)
+            return got;
+    }
+}
+
+bool WriteToFile(FileHandle file, const void* data, std::size_t size) {
+    return WriteAll(static_cast<int>(file), static_cast<const char*>(data), size);
+}
+
+bool SeekFile(FileHandle file, unsigned long long offset) {
+    return ::lseek(static_cast<int>(file), static_cast<off_t>(offset), SEEK_SET) >= 0;
+}
+
+long long FileLength(FileHandle file) {
+    struct stat st {};
+    return ::fstat(static_cast<int>(file), &st) == 0 ? static_cast<long long>(st.st_size) : -1;
+}
+
+bool FlushFile(FileHandle file) {
+    return ::fsync(static_cast<int>(file)) == 0;
+}
+
+bool CloseFile(FileHandle file) {
+    return ::close(static_cast<int>(file)) == 0;
+}
+
 } // namespace
 
 FileServices& Files() {
     static FileServices table{
         .readWholeFile = ReadWholeFile,
-        .writeFileDurably = WriteFileDurably,
         .replaceFile = ReplaceByRename,
         .removeFile = RemoveFile,
         .lockFile = TakeFileLock,
@@ -246,6 +335,16 @@ FileServices& Files() {
         .setCurrentDirectory = ChangeCurrentDirectory,
         .fullPath = FullPath,
         .listFolder = ListFolder,
+        .access = Access,
+        .finalPath = FinalPath,
+        .openForReading = OpenForReading,
+        .createBeside = CreateBeside,
+        .readFile = ReadFromFile,
+        .writeFile = WriteToFile,
+        .seekFile = SeekFile,
+        .fileLength = FileLength,
+        .flushFile = FlushFile,
+        .closeFile = CloseFile,
     };
     return table;
 }

@@ -4,9 +4,9 @@
 // sees the old file or the new one. Every change runs under the exclusive advisory lock of
 // a separate lock file (the hive file itself cannot carry the lock, since each change
 // replaces it with a new file): take the lock, re-read the file, apply the change, write
-// the whole text to a sibling temporary file, flush it to the disk, rename it over the
-// hive file, release the lock. A writer killed at any moment leaves the old file or the
-// new one; the temporary file it may leave behind is truncated by the next writer.
+// the whole text through the atomic save (a temporary file beside the hive file, flushed to
+// the disk and renamed over it), release the lock. A writer killed at any moment leaves the
+// old file or the new one, and at most a temporary file of its own beside them.
 
 #include "platform/HiveFile.h"
 #include "platform/Platform.h"
@@ -116,12 +116,9 @@ bool Change(const std::function<bool(HiveDocument&)>& change, bool writeWhenUnch
         if (!changed) {
             done = writeWhenUnchanged;
         } else {
-            const std::string temporary = path + ".tmp";
             const std::string updated = document.Text();
-            done = Files().writeFileDurably(temporary.c_str(), updated.data(), updated.size()) &&
-                   Files().replaceFile(temporary.c_str(), path.c_str());
-            if (!done)
-                Files().removeFile(temporary.c_str());
+            std::string error;
+            done = SaveFileAtomically(path.c_str(), updated.data(), updated.size(), error);
         }
     }
     Files().unlockFile(lock);
