@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <poll.h>
+
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -24,6 +26,8 @@ using fileio::platform::Dialogs;
 
 /// How long a child may take to answer before it is taken to wait for a person.
 constexpr std::chrono::seconds kChildDeadline{10};
+/// How long the terminal must stay quiet after the child ended for its output to be whole.
+constexpr int kQuietMilliseconds = 100;
 
 /// Where a child's standard input or standard error is: at a terminal, or elsewhere (input
 /// from a pipe, errors to /dev/null).
@@ -40,6 +44,9 @@ int RunInChild(const std::string& typed, Seat input, Seat error, Body body,
     if (master < 0 || ::grantpt(master) != 0 || ::unlockpt(master) != 0)
         return -1;
     const std::string slaveName = ::ptsname(master);
+    // Held open until the end, so that the terminal keeps what the child wrote just before
+    // it ended (the last close of the slave side throws the unread output away).
+    const int heldSlave = ::open(slaveName.c_str(), O_RDWR | O_NOCTTY);
     int pipeEnds[2] = {-1, -1};
     if (input == Seat::Elsewhere) {
         if (::pipe(pipeEnds) != 0 ||
@@ -64,7 +71,14 @@ int RunInChild(const std::string& typed, Seat input, Seat error, Body body,
         return -1;
     // Drain what the child writes, so that it never blocks on a full terminal; a child that
     // still waits for input after the deadline is stopped and the run fails.
-    char buffer[256];
+    ::fcntl(master, F_SETFL, ::fcntl(master, F_GETFL) | O_NONBLOCK);
+    const auto drain = [&] {
+        char buffer[256];
+        const ssize_t got = ::read(master, buffer, sizeof buffer);
+        if (got > 0 && shown != nullptr)
+            shown->append(buffer, static_cast<std::size_t>(got));
+        return got > 0;
+    };
     int status = 0;
     const auto deadline = std::chrono::steady_clock::now() + kChildDeadline;
     for (;;) {
@@ -75,14 +89,15 @@ int RunInChild(const std::string& typed, Seat input, Seat error, Body body,
             ::waitpid(child, &status, 0);
             break;
         }
-        const int flags = ::fcntl(master, F_GETFL);
-        ::fcntl(master, F_SETFL, flags | O_NONBLOCK);
-        const ssize_t got = ::read(master, buffer, sizeof buffer);
-        if (got <= 0)
+        if (!drain())
             ::usleep(1000);
-        else if (shown != nullptr)
-            shown->append(buffer, static_cast<std::size_t>(got));
     }
+    // What the child wrote last reaches this side a moment later: read until the terminal
+    // has been quiet for a while.
+    pollfd quiet{.fd = master, .events = POLLIN, .revents = 0};
+    while (::poll(&quiet, 1, kQuietMilliseconds) > 0 && drain()) {
+    }
+    ::close(heldSlave);
     ::close(master);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
