@@ -67,8 +67,8 @@ TEST(DialogProviderTest, ThePlatformsLocateDialogAnswersAsTheUserLeftIt) {
     const Row rows[] = {
         {"picked", ScriptedDialogProvider::Choose("/b/robot.mdl"), false, true, false,
          "/b/robot.mdl"},
-        {"picked, box ticked before", ScriptedDialogProvider::Choose("/b/x.mdl"), true, true,
-         true, "/b/x.mdl"},
+        {"picked, box ticked before", ScriptedDialogProvider::Choose("/b/x.mdl"), true, true, true,
+         "/b/x.mdl"},
         {"cancelled", ScriptedDialogProvider::Cancel(), false, false, false, "unchanged"},
         {"cancelled, box ticked before", ScriptedDialogProvider::Cancel(), true, false, true,
          "unchanged"},
@@ -118,8 +118,8 @@ TEST(DialogProviderTest, WhatAProviderDoesNotOverrideStaysThePlatforms) {
     ScriptedDialogProvider scripted;
     scripted.locateAnswers = {ScriptedDialogProvider::Choose("/d/1.mdl"),
                               ScriptedDialogProvider::CancelAll()};
-    EXPECT_TRUE(GetDialogProvider()->LocateFile("T1", kFilter, "/d/", "/d/a.mdl", cancelAll,
-                                                chosen));
+    EXPECT_TRUE(
+        GetDialogProvider()->LocateFile("T1", kFilter, "/d/", "/d/a.mdl", cancelAll, chosen));
     EXPECT_EQ(chosen.View(), "/d/1.mdl");
     EXPECT_FALSE(GetDialogProvider()->LocateFile("T2", kFilter, "", "b.mdl", cancelAll, chosen));
     EXPECT_TRUE(cancelAll);

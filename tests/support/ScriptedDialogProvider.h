@@ -87,9 +87,7 @@ public:
         call.text = Text(text);
         return boxAnswer;
     }
-    void WarningSound(unsigned int sound) override {
-        Record("sound").value = sound;
-    }
+    void WarningSound(unsigned int sound) override { Record("sound").value = sound; }
     bool AskYesNoDontask(const String& caption, const String& text, bool okOnly,
                          bool& dontAskAgain) override {
         Call& call = Record("dontask");
@@ -170,8 +168,8 @@ private:
             return self.answerYes;
         };
         platform::Dialogs().alertMainWindow = [] { Current()->Record("alert"); };
-        platform::Dialogs().locateFile = [](const platform::LocateFileTexts& texts,
-                                            bool& cancelAll, std::string& chosen) {
+        platform::Dialogs().locateFile = [](const platform::LocateFileTexts& texts, bool& cancelAll,
+                                            std::string& chosen) {
             ScriptedDialogProvider& self = *Current();
             Call& call = self.Record("platform-locate");
             call.text = Text(texts.title);
