@@ -6,6 +6,7 @@
 #include "fileio/core/String.h"
 #include "fileio/core/Time.h"
 #include "fileio/core/Vectors.h"
+#include "fileio/handlers/DialogProvider.h"
 #include "fileio/handlers/FileHandler.h"
 #include "fileio/handlers/LogHandler.h"
 #include "fileio/handlers/MessageHandler.h"

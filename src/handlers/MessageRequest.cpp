@@ -2,7 +2,7 @@
 
 #include "fileio/handlers/MessageRequest.h"
 
-#include "core/CText.h"
+#include "fileio/handlers/DialogProvider.h"
 #include "fileio/handlers/MessageHandler.h"
 #include "fileio/handlers/ResourceStrings.h"
 #include "platform/Platform.h"
@@ -64,10 +64,10 @@ int MessageRequest(const String& text, unsigned int type, unsigned int captionId
     if (type >= std::size(kBoxKinds))
         return 0;
     const BoxKind& kind = kBoxKinds[type];
+    DialogProvider* dialogs = GetDialogProvider();
     if (kind.sound != kNoSound)
-        fileio::platform::System().warningSound(static_cast<unsigned int>(kind.sound));
-    return AnswerOf(
-        fileio::platform::Dialogs().messageBox(fileio::detail::TextOf(text), kind.style));
+        dialogs->WarningSound(static_cast<unsigned int>(kind.sound));
+    return AnswerOf(dialogs->ShowMessageBox(text, kind.style));
 }
 
 int MessageRequest(unsigned int textId, unsigned int type, unsigned int captionId) {

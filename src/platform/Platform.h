@@ -338,9 +338,19 @@ struct DontAskTexts {
     const char* checkBox;
 };
 
-/// Modal questions to the user. Windows: the system's message box and a dialog built in
-/// memory. Linux: a question on the terminal when standard input and standard error are
-/// both terminals; otherwise nobody is asked and the answer is the one that stops.
+/// What the locate-file dialog shows. No text is null: "" stands for none.
+struct LocateFileTexts {
+    const char* title;
+    const char* filter;         // the file types offered, in the form ParseFileFilter reads
+    const char* folder;         // the folder it starts in; "" lets the system choose
+    const char* proposedName;   // the name proposed in its file-name field
+    const char* cancelAllLabel; // the label of its cancel-all check box
+};
+
+/// Modal questions to the user. Windows: the system's message box, the system's open-file
+/// dialog and a dialog built in memory. Linux: a question on the terminal when standard
+/// input and standard error are both terminals; otherwise nobody is asked and the answer is
+/// the one that stops.
 struct DialogServices {
     /// Shows `text` in a modal box of `style` (box:: buttons plus icon), captioned with the
     /// application's name, and returns the box::kAnswer* of the button pressed. Without
@@ -353,10 +363,57 @@ struct DialogServices {
     /// Before a box is shown: tells the current thread's main window, if it has one, that
     /// a system key went down (so a menu it tracks lets go). Does nothing on Linux.
     void (*alertMainWindow)();
+    /// Asks the user to pick an existing file. True, with `chosen` set to the file's full
+    /// path, when the user picked one; false for Cancel (`chosen` unchanged). `cancelAll` is
+    /// the state of the cancel-all check box: it starts the dialog so and comes back as the
+    /// user left it, whichever way the dialog ended. Without anybody to ask: false, with
+    /// `cancelAll` unchanged. Windows: IFileOpenDialog. Linux: the terminal, where the user
+    /// types a path (relative to the start folder), an empty line for Cancel, or
+    /// kCancelAllWord to tick the check box and cancel; a path that names no file is asked
+    /// again.
+    bool (*locateFile)(const LocateFileTexts& texts, bool& cancelAll, std::string& chosen);
 };
 
 /// The process's dialogs, filled with the system's functions at start-up.
 DialogServices& Dialogs();
+
+/// One file type of an open-file dialog: the text the user reads and the patterns it
+/// stands for ("MDL Files (*.mdl)", "*.mdl").
+struct FileFilter {
+    std::string text;
+    std::string pattern;
+};
+
+/// Reads a filter in the library's form: fields separated by "|", each file type a display
+/// text followed by its pattern, with a field "****" after each pair (the suite's mark,
+/// read past), and the list ending at an empty field ("||"). A display text without a
+/// pattern after it is dropped.
+///   "MDL Files (*.mdl)|*.mdl|****|All Files (*.*)|*.*|****||"
+///     => {"MDL Files (*.mdl)", "*.mdl"}, {"All Files (*.*)", "*.*"}
+///   "Text|*.txt||ignored|*.x"  => {"Text", "*.txt"}
+///   ""                         => none
+std::vector<FileFilter> ParseFileFilter(std::string_view filter);
+
+/// The word a user types at the terminal's locate-file question to tick the cancel-all
+/// check box and cancel. A file of that name is reached as "./!cancel-all".
+inline constexpr std::string_view kCancelAllWord = "!cancel-all";
+
+/// What a line typed at the terminal's locate-file question asks for.
+struct LocateAnswer {
+    enum class Kind { Chosen, Cancel, CancelAll };
+    Kind kind = Kind::Cancel;
+    std::string path; ///< for Chosen: the path typed
+};
+
+/// Reads one typed line (without its newline). Blanks around the answer and a carriage
+/// return are read past, and one pair of matching quotes around the whole path is taken
+/// off (terminals write a dropped file's path so).
+///   ""  or "   "            => Cancel
+///   "!cancel-all"           => CancelAll (compared exactly, blanks around it allowed)
+///   "  /a/b c.mdl \r"       => Chosen "/a/b c.mdl"
+///   "'/a/b c.mdl' "         => Chosen "/a/b c.mdl"
+///   "''"                    => Cancel (quotes around nothing)
+LocateAnswer ParseLocateAnswer(std::string_view line);
 
 // ---------------------------------------------------------------------------------------
 // Names, folders and traces of the system

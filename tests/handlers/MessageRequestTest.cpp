@@ -1,13 +1,14 @@
 // MessageRequestTest.cpp - MessageRequest through the message handler and through the
-// platform's message box: the sound and the box style of each type, the answer for each
-// button, type 11 and above, and the string resources.
+// dialog provider: the sound and the box style of each type, the answer for each button,
+// type 11 and above, the platform's own provider beneath, and the string resources.
 
 #include "fileio/handlers/MessageRequest.h"
+#include "fileio/handlers/DialogProvider.h"
 #include "fileio/handlers/MessageHandler.h"
 #include "fileio/handlers/ResourceStrings.h"
 #include "fileio/handlers/ScopedHandler.h"
 #include "platform/Platform.h"
-#include "support/ScriptedDialogs.h"
+#include "support/ScriptedDialogProvider.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +19,7 @@
 namespace {
 
 namespace box = fileio::platform::box;
-using fileio::test::ScriptedDialogs;
+using fileio::test::ScriptedDialogProvider;
 
 class RecordingMessages : public MessageHandler {
 public:
@@ -46,16 +47,13 @@ TEST(MessageRequestTest, EachTypeHasItsSoundAndBox) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.type);
-        ScriptedDialogs dialogs;
+        ScriptedDialogProvider dialogs;
         MessageRequest("The text", row.type, 128);
-        std::vector<std::string> kinds;
-        for (const auto& e : dialogs.events)
-            kinds.push_back(e.kind);
         if (row.sound == kNoSound) {
-            EXPECT_EQ(kinds, (std::vector<std::string>{"alert", "box"}));
+            EXPECT_EQ(dialogs.Kinds(), (std::vector<std::string>{"alert", "box"}));
         } else {
-            ASSERT_EQ(kinds, (std::vector<std::string>{"alert", "sound", "box"}));
-            EXPECT_EQ(dialogs.events[1].value, static_cast<unsigned int>(row.sound));
+            ASSERT_EQ(dialogs.Kinds(), (std::vector<std::string>{"alert", "sound", "box"}));
+            EXPECT_EQ(dialogs.calls[1].value, static_cast<unsigned int>(row.sound));
         }
         EXPECT_EQ(dialogs.Of("box")[0].value, row.style);
         EXPECT_EQ(dialogs.Of("box")[0].text, "The text");
@@ -71,12 +69,12 @@ TEST(MessageRequestTest, ButtonsMapToTheLibrarysAnswers) {
     };
     for (const auto& [button, answer] : rows) {
         SCOPED_TRACE(button);
-        ScriptedDialogs dialogs;
+        ScriptedDialogProvider dialogs;
         dialogs.boxAnswer = button;
         EXPECT_EQ(MessageRequest("Question?", 4, 128), answer);
     }
     // Cancel in a type 4 box.
-    ScriptedDialogs dialogs;
+    ScriptedDialogProvider dialogs;
     dialogs.boxAnswer = box::kAnswerCancel;
     EXPECT_EQ(MessageRequest("Save changes?", 4, 128), -1);
 }
@@ -84,18 +82,17 @@ TEST(MessageRequestTest, ButtonsMapToTheLibrarysAnswers) {
 TEST(MessageRequestTest, TypesAboveTenShowNothingAndAnswerZero) {
     for (unsigned int type : {11u, 12u, 100u, UINT_MAX}) {
         SCOPED_TRACE(type);
-        ScriptedDialogs dialogs;
+        ScriptedDialogProvider dialogs;
         dialogs.boxAnswer = box::kAnswerYes;
         EXPECT_EQ(MessageRequest("text", type, 128), 0);
-        EXPECT_TRUE(dialogs.Of("box").empty());
-        EXPECT_TRUE(dialogs.Of("sound").empty());
+        EXPECT_EQ(dialogs.Kinds(), (std::vector<std::string>{"alert"}));
     }
 }
 
 TEST(MessageRequestTest, AnInstalledHandlerGetsCaptionAndTextAndTheAnswerIsOne) {
     RecordingMessages messages;
     ScopedMessageHandler installed(&messages);
-    ScriptedDialogs dialogs;
+    ScriptedDialogProvider dialogs;
     dialogs.boxAnswer = box::kAnswerNo;
     EXPECT_EQ(MessageRequest("Overwrite?", 3, 128), 1);
     EXPECT_EQ(MessageRequest("Stop.", 11, 128), 1); // even a type that shows nothing
@@ -104,11 +101,43 @@ TEST(MessageRequestTest, AnInstalledHandlerGetsCaptionAndTextAndTheAnswerIsOne) 
     EXPECT_EQ(messages.received,
               (std::vector<std::string>{"FileIO|Overwrite?", "FileIO|Stop.", "|No caption",
                                         "FileIO|Please enter a valid frame number."}));
-    EXPECT_TRUE(dialogs.events.empty()) << "nothing is shown or played";
+    EXPECT_TRUE(dialogs.calls.empty()) << "nothing is shown or played";
+}
+
+// Without an installed provider the platform's own shows the same sound and box, and its
+// button is the answer.
+TEST(MessageRequestTest, ThePlatformsProviderShowsTheSameSoundAndBox) {
+    ScriptedDialogProvider platform(ScriptedDialogProvider::Layer::PlatformOnly);
+    platform.boxAnswer = box::kAnswerIgnore;
+    EXPECT_EQ(MessageRequest("Skip the file?", 5, 128), 2);
+    EXPECT_EQ(platform.Kinds(),
+              (std::vector<std::string>{"alert", "platform-sound", "platform-box"}));
+    EXPECT_EQ(platform.calls[1].value, 32u);
+    EXPECT_EQ(platform.calls[2].value, 2u + 32u);
+    EXPECT_EQ(platform.calls[2].text, "Skip the file?");
+}
+
+// A host provider that draws only the box: the sound stays the platform's.
+TEST(MessageRequestTest, AProviderOverridingOnlyTheBoxKeepsThePlatformsSound) {
+    class BoxOnly : public DialogProvider {
+    public:
+        int ShowMessageBox(const String& text, unsigned int style) override {
+            shown.emplace_back(std::string(text.View()) + "|" + std::to_string(style));
+            return box::kAnswerNo;
+        }
+        std::vector<std::string> shown;
+    };
+    ScriptedDialogProvider platform(ScriptedDialogProvider::Layer::PlatformOnly);
+    BoxOnly host;
+    ScopedDialogProvider installed(&host);
+    EXPECT_EQ(MessageRequest("Overwrite?", 3, 128), 0);
+    EXPECT_EQ(host.shown, (std::vector<std::string>{"Overwrite?|4"}));
+    EXPECT_EQ(platform.Kinds(), (std::vector<std::string>{"alert", "platform-sound"}));
+    EXPECT_EQ(platform.calls[1].value, 32u);
 }
 
 TEST(MessageRequestTest, TheIdFormShowsTheResourceText) {
-    ScriptedDialogs dialogs;
+    ScriptedDialogProvider dialogs;
     MessageRequest(3056u, 7, 128);
     MessageRequest(123456u, 0, 128); // an unknown id shows an empty text
     ASSERT_EQ(dialogs.Of("box").size(), 2u);

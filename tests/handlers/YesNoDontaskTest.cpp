@@ -1,21 +1,23 @@
 // YesNoDontaskTest.cpp - the don't-ask question: the settings it reads and writes in the
-// profile, which answer it replays, and the texts of its dialog.
+// profile, which answer it replays, what the dialog provider is asked, and the texts the
+// platform's own provider puts in its dialog.
 
 #include "fileio/handlers/YesNoDontask.h"
 #include "fileio/handlers/ScopedHandler.h"
 #include "fileio/settings/ApplicationProfile.h"
 #include "support/MemoryProfile.h"
-#include "support/ScriptedDialogs.h"
+#include "support/ScriptedDialogProvider.h"
 
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
 using fileio::test::MemoryProfile;
-using fileio::test::ScriptedDialogs;
+using fileio::test::ScriptedDialogProvider;
 
 class YesNoDontaskTest : public ::testing::Test {
 protected:
@@ -32,7 +34,7 @@ protected:
 };
 
 TEST_F(YesNoDontaskTest, AsksWhileTheAskSwitchIsOnAndStoresNothingUnticked) {
-    ScriptedDialogs dialogs;
+    ScriptedDialogProvider dialogs;
     dialogs.answerYes = true;
     EXPECT_EQ(Ask(YesNoDontask::AnswerGiven), YesNoDontask::Yes);
     dialogs.answerYes = false;
@@ -66,7 +68,7 @@ TEST_F(YesNoDontaskTest, ATickedBoxStoresTheAnswerToReplay) {
     for (const Row& row : rows) {
         SCOPED_TRACE(static_cast<int>(row.remember) * 10 + (row.pressedYes ? 1 : 0));
         profile.values.clear();
-        ScriptedDialogs dialogs;
+        ScriptedDialogProvider dialogs;
         dialogs.answerYes = row.pressedYes;
         dialogs.tickDontAsk = true;
         EXPECT_EQ(Ask(row.remember), row.given);
@@ -82,7 +84,7 @@ TEST_F(YesNoDontaskTest, ATickedBoxStoresTheAnswerToReplay) {
 }
 
 TEST_F(YesNoDontaskTest, ReplaysStoredSettingsAsTheyRead) {
-    ScriptedDialogs dialogs;
+    ScriptedDialogProvider dialogs;
     const std::pair<const char*, YesNoDontask::Answer> rows[] = {
         {"ON", YesNoDontask::Yes}, {"true", YesNoDontask::Yes}, {"OFF", YesNoDontask::No},
         {"1", YesNoDontask::No},   {"", YesNoDontask::No},
@@ -102,11 +104,31 @@ TEST_F(YesNoDontaskTest, ReplaysStoredSettingsAsTheyRead) {
     EXPECT_TRUE(dialogs.Of("dontask").empty());
 }
 
-TEST_F(YesNoDontaskTest, TheDialogShowsItsTexts) {
-    ScriptedDialogs dialogs;
+TEST_F(YesNoDontaskTest, TheProviderGetsCaptionTextAndTheOkOnlySwitch) {
+    ScriptedDialogProvider dialogs;
     Ask(YesNoDontask::AnswerGiven);
     Ask(YesNoDontask::AnswerGiven, true);
-    const auto shown = dialogs.Of("dontask");
+    EXPECT_EQ(dialogs.Kinds(), (std::vector<std::string>{"dontask", "dontask"}));
+    const auto asked = dialogs.Of("dontask");
+    for (const auto& call : asked) {
+        EXPECT_EQ(call.caption, "Caption");
+        EXPECT_EQ(call.text, "Replace the file?");
+    }
+    EXPECT_FALSE(asked[0].okOnly);
+    EXPECT_TRUE(asked[1].okOnly);
+}
+
+// The platform's own provider labels the buttons and the check box from the resources.
+TEST_F(YesNoDontaskTest, ThePlatformsDialogShowsItsTexts) {
+    ScriptedDialogProvider platform(ScriptedDialogProvider::Layer::PlatformOnly);
+    platform.answerYes = true;
+    platform.tickDontAsk = true;
+    EXPECT_EQ(Ask(YesNoDontask::Yes), YesNoDontask::Yes);
+    profile.values.clear();
+    platform.answerYes = false;
+    EXPECT_EQ(Ask(YesNoDontask::AnswerGiven, true), YesNoDontask::No);
+    EXPECT_EQ(Stored("ReplaceAnswer"), "OFF"); // the platform's tick was stored
+    const auto shown = platform.Of("platform-dontask");
     ASSERT_EQ(shown.size(), 2u);
     EXPECT_EQ(shown[0].caption, "Caption");
     EXPECT_EQ(shown[0].text, "Replace the file?");
@@ -114,14 +136,15 @@ TEST_F(YesNoDontaskTest, TheDialogShowsItsTexts) {
     EXPECT_EQ(shown[0].negative, "No");
     EXPECT_EQ(shown[0].checkBox, "Don't ask me again");
     // OK only: the first button is hidden, the other reads "OK".
-    EXPECT_EQ(shown[1].affirmative, "<hidden>");
+    EXPECT_TRUE(shown[1].okOnly);
+    EXPECT_EQ(shown[1].affirmative, "<null>");
     EXPECT_EQ(shown[1].negative, "OK");
     EXPECT_EQ(shown[1].checkBox, "Don't show this again");
 }
 
 TEST(YesNoDontaskWithoutProfileTest, AsksEveryTime) {
     ScopedHandler<ApplicationProfile> none(&SetApplicationProfile, nullptr);
-    ScriptedDialogs dialogs;
+    ScriptedDialogProvider dialogs;
     dialogs.answerYes = true;
     dialogs.tickDontAsk = true; // cannot be stored without a profile
     EXPECT_EQ(YesNoDontask::Ask("C", "T", "S", "K", YesNoDontask::No, false), YesNoDontask::Yes);

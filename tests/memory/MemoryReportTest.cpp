@@ -11,7 +11,7 @@
 #include "memory/NamedPoolObjects.h"
 #include "support/RecordingLog.h"
 #include "support/RecordingMessages.h"
-#include "support/ScriptedDialogs.h"
+#include "support/ScriptedDialogProvider.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ using fileio::detail::NamedVarnPool;
 using fileio::detail::VarnPoolKind;
 using fileio::test::RecordingLog;
 using fileio::test::RecordingMessages;
-using fileio::test::ScriptedDialogs;
+using fileio::test::ScriptedDialogProvider;
 
 // One line of the report as the log gets it and as the text shows it, with the figure
 // the test expects.
@@ -198,10 +198,10 @@ TEST(PrintMemoryMessageTest, ShowsTheCaptionAndTheTotal) {
     }
     {
         // Type 0: the default sound and a plain OK box.
-        ScriptedDialogs dialogs;
+        ScriptedDialogProvider dialogs;
         const std::string total = std::to_string(TotalRAM());
         PrintMemoryMessage(String());
-        const std::vector<ScriptedDialogs::Event> boxes = dialogs.Of("box");
+        const std::vector<ScriptedDialogProvider::Call> boxes = dialogs.Of("box");
         ASSERT_EQ(boxes.size(), 1u);
         EXPECT_EQ(boxes[0].value, 0u);
         EXPECT_EQ(boxes[0].text, ": Total Memory:" + total);

@@ -1,11 +1,17 @@
 // DialogsTest_posix.cpp - the Linux dialogs when nobody is at a terminal (as under CTest):
 // no question is asked and the answer is the one that stops; and, through a pseudo
-// terminal, a real question answered by typing.
+// terminal, a real question answered by typing. The locate-file question runs in a child
+// whose standard input and standard error are placed at will.
 
 #include "platform/Platform.h"
+#include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <poll.h>
+
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -18,36 +24,87 @@ namespace {
 namespace box = fileio::platform::box;
 using fileio::platform::Dialogs;
 
-/// Runs `body` in a child whose standard input and standard error are the slave side of a
-/// new pseudo terminal; `typed` is typed into it first. Returns the child's exit code.
-template <class Body> int RunAtTerminal(const std::string& typed, Body body) {
+/// How long a child may take to answer before it is taken to wait for a person.
+constexpr std::chrono::seconds kChildDeadline{10};
+/// How long the terminal must stay quiet after the child ended for its output to be whole.
+constexpr int kQuietMilliseconds = 100;
+
+/// Where a child's standard input or standard error is: at a terminal, or elsewhere (input
+/// from a pipe, errors to /dev/null).
+enum class Seat { Terminal, Elsewhere };
+
+/// Runs `body` in a child whose standard input and standard error sit as `input` and `error`
+/// say; the terminal is the slave side of a new pseudo terminal. `typed` is what the child
+/// finds on its standard input: typed at the terminal, or waiting in the pipe. What the child
+/// writes to the terminal goes to `shown` when given. Returns the child's exit code.
+template <class Body>
+int RunInChild(const std::string& typed, Seat input, Seat error, Body body,
+               std::string* shown = nullptr) {
     const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
     if (master < 0 || ::grantpt(master) != 0 || ::unlockpt(master) != 0)
         return -1;
     const std::string slaveName = ::ptsname(master);
+    // Held open until the end, so that the terminal keeps what the child wrote just before
+    // it ended (the last close of the slave side throws the unread output away).
+    const int heldSlave = ::open(slaveName.c_str(), O_RDWR | O_NOCTTY);
+    int pipeEnds[2] = {-1, -1};
+    if (input == Seat::Elsewhere) {
+        if (::pipe(pipeEnds) != 0 ||
+            ::write(pipeEnds[1], typed.data(), typed.size()) != static_cast<ssize_t>(typed.size()))
+            return -1;
+        ::close(pipeEnds[1]);
+    }
     std::fflush(nullptr);
     const pid_t child = ::fork();
     if (child == 0) {
         const int slave = ::open(slaveName.c_str(), O_RDWR);
-        if (slave < 0 || ::dup2(slave, STDIN_FILENO) < 0 || ::dup2(slave, STDERR_FILENO) < 0)
+        const int inputFd = input == Seat::Terminal ? slave : pipeEnds[0];
+        const int errorFd = error == Seat::Terminal ? slave : ::open("/dev/null", O_WRONLY);
+        if (slave < 0 || errorFd < 0 || ::dup2(inputFd, STDIN_FILENO) < 0 ||
+            ::dup2(errorFd, STDERR_FILENO) < 0)
             ::_exit(97);
         ::_exit(body());
     }
-    if (::write(master, typed.data(), typed.size()) != static_cast<ssize_t>(typed.size()))
+    if (input == Seat::Elsewhere)
+        ::close(pipeEnds[0]);
+    else if (::write(master, typed.data(), typed.size()) != static_cast<ssize_t>(typed.size()))
         return -1;
-    // Drain what the child writes, so that it never blocks on a full terminal.
-    char buffer[256];
+    // Drain what the child writes, so that it never blocks on a full terminal; a child that
+    // still waits for input after the deadline is stopped and the run fails.
+    ::fcntl(master, F_SETFL, ::fcntl(master, F_GETFL) | O_NONBLOCK);
+    const auto drain = [&] {
+        char buffer[256];
+        const ssize_t got = ::read(master, buffer, sizeof buffer);
+        if (got > 0 && shown != nullptr)
+            shown->append(buffer, static_cast<std::size_t>(got));
+        return got > 0;
+    };
     int status = 0;
+    const auto deadline = std::chrono::steady_clock::now() + kChildDeadline;
     for (;;) {
         if (::waitpid(child, &status, WNOHANG) == child)
             break;
-        const int flags = ::fcntl(master, F_GETFL);
-        ::fcntl(master, F_SETFL, flags | O_NONBLOCK);
-        if (::read(master, buffer, sizeof buffer) <= 0)
+        if (std::chrono::steady_clock::now() > deadline) {
+            ::kill(child, SIGKILL);
+            ::waitpid(child, &status, 0);
+            break;
+        }
+        if (!drain())
             ::usleep(1000);
     }
+    // What the child wrote last reaches this side a moment later: read until the terminal
+    // has been quiet for a while.
+    pollfd quiet{.fd = master, .events = POLLIN, .revents = 0};
+    while (::poll(&quiet, 1, kQuietMilliseconds) > 0 && drain()) {
+    }
+    ::close(heldSlave);
     ::close(master);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// Runs `body` with standard input and standard error both at a new terminal.
+template <class Body> int RunAtTerminal(const std::string& typed, Body body) {
+    return RunInChild(typed, Seat::Terminal, Seat::Terminal, body);
 }
 
 TEST(PosixDialogsTest, WithoutATerminalTheAnswerIsTheOneThatStops) {
@@ -102,6 +159,110 @@ TEST(PosixDialogsTest, AtATerminalTheTypedAnswerCounts) {
     EXPECT_EQ(RunAtTerminal("y\ny\n", ask), 3);
     EXPECT_EQ(RunAtTerminal("n\n\n", ask), 0);
     EXPECT_EQ(RunAtTerminal("n\ny\n", ask), 2);
+}
+
+// What a locate-file question did, one bit each, as a child's exit code.
+constexpr int kPicked = 1, kTicked = 2, kChoseOther = 4, kInputLeft = 8;
+
+/// Asks the locate-file question with the box as `cancelAll` says, and reports what it
+/// did: whether a file was picked, the box ticked, a file other than `expected` chosen (or
+/// `chosen` touched on Cancel), and whether the rest of the input, up to the next newline,
+/// reads `left` (read only when `left` is given: a terminal would wait for more).
+int Locate(const char* folder, bool cancelAll, const std::string& expected,
+           const std::string& left = {}) {
+    const fileio::platform::LocateFileTexts texts{
+        .title = "Locate File: robot.mdl",
+        .filter = "MDL Files (*.mdl)|*.mdl|****|All Files (*.*)|*.*|****||",
+        .folder = folder,
+        .proposedName = "robot.mdl",
+        .cancelAllLabel = "Cancel all remaining missing files during this load.",
+    };
+    std::string chosen = "unchanged";
+    const bool picked = Dialogs().locateFile(texts, cancelAll, chosen);
+    std::string rest;
+    for (int c = left.empty() ? EOF : std::getchar(); c != EOF && c != '\n'; c = std::getchar())
+        rest += static_cast<char>(c);
+    return (picked ? kPicked : 0) | (cancelAll ? kTicked : 0) |
+           (chosen != (picked ? expected : "unchanged") ? kChoseOther : 0) |
+           (!left.empty() && rest == left ? kInputLeft : 0);
+}
+
+// Unless standard input and standard error are both terminals nobody is asked: the answer
+// is Cancel, the box stays as it was, and the input is not read.
+TEST(PosixDialogsTest, WithoutATerminalTheLocateQuestionCancelsUnread) {
+    const std::pair<Seat, Seat> seats[] = {
+        {Seat::Elsewhere, Seat::Elsewhere},
+        {Seat::Elsewhere, Seat::Terminal},
+        {Seat::Terminal, Seat::Elsewhere},
+    };
+    for (const auto& [input, error] : seats) {
+        SCOPED_TRACE(static_cast<int>(input) * 2 + static_cast<int>(error));
+        for (bool ticked : {false, true}) {
+            EXPECT_EQ(RunInChild("/etc/hosts\n", input, error,
+                                 [&] { return Locate("", ticked, "", "/etc/hosts"); }),
+                      (ticked ? kTicked : 0) | kInputLeft);
+        }
+    }
+}
+
+TEST(PosixDialogsTest, AtATerminalTheLocateQuestionTakesATypedPath) {
+    fileio::test::TempFolder folder("fileio-locate");
+    const std::string robot = folder.WriteFile("Maps/robot.mdl", "robot");
+    const std::string arm = folder.WriteFile("Maps/Parts/arm.mdl", "arm");
+    const std::string maps = folder.Join("Maps");
+    struct Row {
+        std::string typed;
+        const char* folder;
+        bool cancelAllIn;
+        std::string expected; // the file chosen, or "" for none
+        int result;
+    };
+    const Row rows[] = {
+        {robot + "\n", "", false, robot, kPicked},
+        {"'" + robot + "' \n", "", false, robot, kPicked},
+        // A relative path starts in the dialog's folder; "." and ".." are folded.
+        {"robot.mdl\n", maps.c_str(), false, robot, kPicked},
+        {"Parts/../Parts/arm.mdl\n", maps.c_str(), false, arm, kPicked},
+        // A ticked box stays ticked when a file is picked.
+        {robot + "\n", "", true, robot, kPicked | kTicked},
+        {"\n", maps.c_str(), false, "", 0},
+        {"\n", maps.c_str(), true, "", kTicked},
+        {"!cancel-all\n", maps.c_str(), false, "", kTicked},
+        // A path that names no file, or a folder, is asked for again.
+        {"missing.mdl\n" + maps + "\nrobot.mdl\n", maps.c_str(), false, robot, kPicked},
+        {"missing.mdl\n\n", maps.c_str(), false, "", 0},
+        // The end of the input (Ctrl-D) cancels.
+        {"\x04", maps.c_str(), false, "", 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.typed);
+        EXPECT_EQ(RunAtTerminal(row.typed,
+                                [&] { return Locate(row.folder, row.cancelAllIn, row.expected); }),
+                  row.result);
+    }
+}
+
+// The question names the title, the file looked for, the file types and the check box with
+// its state and the word that ticks it; a path that names no file is told.
+TEST(PosixDialogsTest, TheLocateQuestionSaysWhatIsAsked) {
+    std::string shown;
+    EXPECT_EQ(RunInChild(
+                  "/no/such.mdl\n\n", Seat::Terminal, Seat::Terminal,
+                  [] { return Locate("/no/", true, ""); }, &shown),
+              kTicked);
+    std::erase(shown, '\r'); // the terminal ends its lines with "\r\n"
+    for (const char* line : {
+             "\nLocate File: robot.mdl\n",
+             "\n  looking for robot.mdl\n",
+             "\n  file types: MDL Files (*.mdl), All Files (*.*)\n",
+             "\n  [x] Cancel all remaining missing files during this load. (type !cancel-all to "
+             "tick it and cancel)\n",
+             "\nPath of the file (relative to /no/), or an empty line to cancel: ",
+             "There is no file /no/such.mdl.\n",
+         }) {
+        SCOPED_TRACE(line);
+        EXPECT_NE(shown.find(line), std::string::npos) << shown;
+    }
 }
 
 } // namespace

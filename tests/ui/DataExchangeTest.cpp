@@ -3,7 +3,7 @@
 
 #include "fileio/handlers/ScopedHandler.h"
 #include "support/RecordingMessages.h"
-#include "support/ScriptedDialogs.h"
+#include "support/ScriptedDialogProvider.h"
 
 #include <gtest/gtest.h>
 
@@ -34,7 +34,7 @@ constexpr int kStart = 1001;
 constexpr int kEnd = 1002;
 
 using fileio::test::RecordingMessages;
-using fileio::test::ScriptedDialogs;
+using fileio::test::ScriptedDialogProvider;
 
 // String resource 3056 under the application's caption (resource 128).
 constexpr const char* kInvalidFrame = "Please enter a valid frame number.";
@@ -180,16 +180,16 @@ TEST(DataExchange, AFailureNamesTheControlAndStopsTheRestOfThePass) {
 // sound (48) and an OK box with the exclamation icon (MB_OK | MB_ICONEXCLAMATION = 48).
 TEST(DataExchange, AFailureWithoutAHandlerShowsAnExclamationBox) {
     ASSERT_EQ(GetMessageHandler(), nullptr);
-    ScriptedDialogs dialogs;
+    ScriptedDialogProvider dialogs;
     FakeDialog dialog;
     DataExchange dx(dialog, true);
     DDV_MinMaxTime(&dx, Time(-1LL), Time(0LL), Time(1), 30, SMPTE);
     ASSERT_TRUE(dx.HasFailed());
 
-    const std::vector<ScriptedDialogs::Event> sounds = dialogs.Of("sound");
+    const std::vector<ScriptedDialogProvider::Call> sounds = dialogs.Of("sound");
     ASSERT_EQ(sounds.size(), 1u);
     EXPECT_EQ(sounds[0].value, 48u);
-    const std::vector<ScriptedDialogs::Event> boxes = dialogs.Of("box");
+    const std::vector<ScriptedDialogProvider::Call> boxes = dialogs.Of("box");
     ASSERT_EQ(boxes.size(), 1u);
     EXPECT_EQ(boxes[0].value, 48u);
     EXPECT_EQ(boxes[0].text, kInvalidFrame);

@@ -3,7 +3,7 @@
 // With a message handler installed (MessageHandler.h), the text and the caption (the
 // string resource captionId) go to the handler and the answer is 1: nothing is shown and
 // nothing is asked. Otherwise a modal box is shown with the application's caption, after
-// the type's warning sound:
+// the type's warning sound, both through the dialog provider (DialogProvider.h):
 //
 //   type  sound        buttons and icon
 //   0     default      OK
@@ -20,9 +20,9 @@
 //   11+   no box is shown and the answer is 0
 //
 // The answer: 1 for OK, Retry or Yes; 0 for Abort or No; -1 for Cancel; 2 for Ignore.
-// On Linux the box is a question on the terminal, asked only when standard input and
-// standard error are both terminals; otherwise the answer is the one that stops (Cancel
-// where the box has one, else No, else Abort, else OK).
+// The platform's own box on Linux is a question on the terminal, asked only when standard
+// input and standard error are both terminals; otherwise the answer is the one that stops
+// (Cancel where the box has one, else No, else Abort, else OK).
 //
 // Must run on the thread that shows the user interface.
 #pragma once

@@ -10,6 +10,7 @@
 // Scopes must end in the reverse order of their start (as they do on one thread).
 #pragma once
 
+#include "fileio/handlers/DialogProvider.h"
 #include "fileio/handlers/FileHandler.h"
 #include "fileio/handlers/LogHandler.h"
 #include "fileio/handlers/MessageHandler.h"
@@ -52,4 +53,10 @@ class ScopedStatusHandler : public ScopedHandler<StatusHandler> {
 public:
     explicit ScopedStatusHandler(StatusHandler* handler)
         : ScopedHandler(&StatusMessage::SetHandler, handler) {}
+};
+
+class ScopedDialogProvider : public ScopedHandler<DialogProvider> {
+public:
+    explicit ScopedDialogProvider(DialogProvider* provider)
+        : ScopedHandler(&SetDialogProvider, provider) {}
 };

@@ -18,7 +18,8 @@ public:
 
     /// Asks `text` under `caption`, unless the user chose not to be asked again: then the
     /// stored answer is returned without asking (Yes when key + "Answer" reads true, its
-    /// default). The dialog offers Yes, No and a "Don't ask me again" check box; with
+    /// default). The question goes through the dialog provider's AskYesNoDontask
+    /// (DialogProvider.h). The dialog offers Yes, No and a "Don't ask me again" check box; with
     /// `okOnly` it offers only OK (which answers No) and "Don't show this again". The
     /// answer is Yes when the user pressed Yes, else No. When the box was ticked,
     /// key + "Ask" becomes false and key + "Answer" the answer to replay: the one just given

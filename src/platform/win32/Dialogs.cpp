@@ -1,14 +1,18 @@
-// Dialogs.cpp - modal questions, Win32 implementation: the system's message box, and the
-// don't-ask question as a dialog whose template is built in memory (the library carries
-// no resource script). The dialog has the message (control 2289), the affirmative and
-// negative buttons (IDYES, IDNO) and the check box (control 10320); it grows when the
-// message needs more lines than its control shows.
+// Dialogs.cpp - modal questions, Win32 implementation: the system's message box, the
+// system's open-file dialog (IFileOpenDialog, with the cancel-all check box added through
+// IFileDialogCustomize), and the don't-ask question as a dialog whose template is built in
+// memory (the library carries no resource script). That dialog has the message (control
+// 2289), the affirmative and negative buttons (IDYES, IDNO) and the check box (control
+// 10320); it grows when the message needs more lines than its control shows.
 
 #include "platform/Platform.h"
+#include "platform/win32/WideText.h"
 
 #include <string>
 #include <vector>
 #include <windows.h>
+
+#include <shobjidl.h>
 
 namespace fileio::platform {
 
@@ -158,6 +162,117 @@ bool AskDontAsk(const DontAskTexts& texts, bool& dontAskAgain) {
     return pressed == IDYES;
 }
 
+/// The id of the cancel-all check box among the open-file dialog's added controls.
+constexpr DWORD kCancelAllCheckBox = 1;
+
+/// Holds one reference to a COM object and releases it when it goes.
+template <class Interface> class ComReference {
+public:
+    ComReference() = default;
+    ~ComReference() {
+        if (m_object != nullptr)
+            m_object->Release();
+    }
+    ComReference(const ComReference&) = delete;
+    ComReference& operator=(const ComReference&) = delete;
+
+    Interface* operator->() const { return m_object; }
+    Interface* Get() const { return m_object; }
+    /// Where a call that hands out a reference puts it.
+    Interface** Out() { return &m_object; }
+    void** OutVoid() { return reinterpret_cast<void**>(&m_object); }
+
+private:
+    Interface* m_object = nullptr;
+};
+
+/// A single-threaded COM apartment on this thread for the life of the object, unless the
+/// thread is already in one (then that one is used as it is).
+class ComApartment {
+public:
+    ComApartment()
+        : m_entered(SUCCEEDED(
+              CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE))) {}
+    ~ComApartment() {
+        if (m_entered)
+            CoUninitialize();
+    }
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+
+private:
+    bool m_entered;
+};
+
+/// The file name of a path, without its folder.
+std::string_view NameOnly(std::string_view path) {
+    const std::size_t separator = path.find_last_of("\\/");
+    return separator == std::string_view::npos ? path : path.substr(separator + 1);
+}
+
+/// Offers the file types of the library's filter form.
+void SetFileTypes(IFileOpenDialog& dialog, const char* filter) {
+    const std::vector<FileFilter> types = ParseFileFilter(filter);
+    std::vector<std::wstring> texts;
+    texts.reserve(types.size() * 2); // the specs point into these strings
+    std::vector<COMDLG_FILTERSPEC> specs;
+    for (const FileFilter& type : types) {
+        texts.push_back(win32::Widen(type.text));
+        texts.push_back(win32::Widen(type.pattern));
+        specs.push_back({texts[texts.size() - 2].c_str(), texts.back().c_str()});
+    }
+    if (!specs.empty())
+        dialog.SetFileTypes(static_cast<UINT>(specs.size()), specs.data());
+}
+
+/// Starts the dialog in `folder` when the system can find it.
+void SetStartFolder(IFileOpenDialog& dialog, const char* folder) {
+    if (folder[0] == '\0')
+        return;
+    ComReference<IShellItem> start;
+    if (SUCCEEDED(SHCreateItemFromParsingName(win32::Widen(folder).c_str(), nullptr, IID_IShellItem,
+                                              start.OutVoid())))
+        dialog.SetFolder(start.Get());
+}
+
+bool LocateFile(const LocateFileTexts& texts, bool& cancelAll, std::string& chosen) {
+    const ComApartment apartment;
+    ComReference<IFileOpenDialog> dialog;
+    if (FAILED(CoCreateInstance(CLSID_FileOpenDialog, nullptr, CLSCTX_INPROC_SERVER,
+                                IID_IFileOpenDialog, dialog.OutVoid())))
+        return false;
+    FILEOPENDIALOGOPTIONS options = 0;
+    dialog->GetOptions(&options);
+    dialog->SetOptions(options | FOS_FORCEFILESYSTEM | FOS_PATHMUSTEXIST | FOS_FILEMUSTEXIST |
+                       FOS_NOCHANGEDIR);
+    dialog->SetTitle(win32::Widen(texts.title).c_str());
+    SetFileTypes(*dialog.Get(), texts.filter);
+    SetStartFolder(*dialog.Get(), texts.folder);
+    dialog->SetFileName(win32::Widen(NameOnly(texts.proposedName)).c_str());
+
+    ComReference<IFileDialogCustomize> customize;
+    const bool hasCheckBox =
+        SUCCEEDED(dialog->QueryInterface(IID_IFileDialogCustomize, customize.OutVoid())) &&
+        SUCCEEDED(customize->AddCheckButton(kCancelAllCheckBox,
+                                            win32::Widen(texts.cancelAllLabel).c_str(),
+                                            cancelAll ? TRUE : FALSE));
+    const HRESULT shown = dialog->Show(GetActiveWindow());
+    BOOL checked = FALSE;
+    if (hasCheckBox && SUCCEEDED(customize->GetCheckButtonState(kCancelAllCheckBox, &checked)))
+        cancelAll = checked != FALSE;
+    if (FAILED(shown))
+        return false;
+
+    ComReference<IShellItem> picked;
+    PWSTR path = nullptr;
+    if (FAILED(dialog->GetResult(picked.Out())) ||
+        FAILED(picked->GetDisplayName(SIGDN_FILESYSPATH, &path)))
+        return false;
+    chosen = win32::Narrow(path);
+    CoTaskMemFree(path);
+    return true;
+}
+
 void AlertMainWindow() {
     HWND window = GetActiveWindow();
     if (window != nullptr)
@@ -171,6 +286,7 @@ DialogServices& Dialogs() {
         .messageBox = ShowMessageBox,
         .askDontAsk = AskDontAsk,
         .alertMainWindow = AlertMainWindow,
+        .locateFile = LocateFile,
     };
     return table;
 }

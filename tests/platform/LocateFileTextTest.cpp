@@ -1,0 +1,94 @@
+// LocateFileTextTest.cpp - the text rules of the locate-file dialog, on every platform: the
+// filter form the Windows dialog reads into its file types, and the answer typed at the
+// Linux terminal.
+
+#include "platform/Platform.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using fileio::platform::FileFilter;
+using fileio::platform::LocateAnswer;
+using fileio::platform::ParseFileFilter;
+using fileio::platform::ParseLocateAnswer;
+using Kind = LocateAnswer::Kind;
+
+std::vector<std::string> Flatten(const std::vector<FileFilter>& filters) {
+    std::vector<std::string> fields;
+    for (const FileFilter& filter : filters) {
+        fields.push_back(filter.text);
+        fields.push_back(filter.pattern);
+    }
+    return fields;
+}
+
+TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
+    struct Row {
+        const char* filter;
+        std::vector<std::string> pairs;
+    };
+    const Row rows[] = {
+        // The two forms the missing-file search writes.
+        {"MDL Files (*.mdl)|*.mdl|****|All Files (*.*)|*.*|****||",
+         {"MDL Files (*.mdl)", "*.mdl", "All Files (*.*)", "*.*"}},
+        {"All Files (*.*)|*.*|****||", {"All Files (*.*)", "*.*"}},
+        // Without the suite's mark, as other code writes filters.
+        {"Text|*.txt;*.log|Images|*.png||", {"Text", "*.txt;*.log", "Images", "*.png"}},
+        // The list ends at the first empty field, with or without "||".
+        {"Text|*.txt||Hidden|*.x", {"Text", "*.txt"}},
+        {"Text|*.txt|****", {"Text", "*.txt"}},
+        {"|Text|*.txt", {}},
+        // A text without its pattern is dropped; marks are read past wherever they stand.
+        {"Text|*.txt|Orphan||", {"Text", "*.txt"}},
+        {"****|****|Text|****|*.txt||", {"Text", "*.txt"}},
+        // Fields are taken as they are: blanks kept, "***" is no mark.
+        {" A |*.a|***|*.b||", {" A ", "*.a", "***", "*.b"}},
+        {"", {}},
+        {"||", {}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.filter);
+        EXPECT_EQ(Flatten(ParseFileFilter(row.filter)), row.pairs);
+    }
+}
+
+TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
+    struct Row {
+        const char* typed;
+        Kind kind;
+        const char* path;
+    };
+    const Row rows[] = {
+        {"/home/ann/Robot/robot.mdl", Kind::Chosen, "/home/ann/Robot/robot.mdl"},
+        {"robot.mdl", Kind::Chosen, "robot.mdl"},
+        {"  Maps/a b.mdl \t\r", Kind::Chosen, "Maps/a b.mdl"},
+        // A dropped file's path comes quoted, often with a blank after it.
+        {"'/home/ann/a b.mdl' ", Kind::Chosen, "/home/ann/a b.mdl"},
+        {"\"/home/ann/a b.mdl\"", Kind::Chosen, "/home/ann/a b.mdl"},
+        {"'/x.mdl\"", Kind::Chosen, "'/x.mdl\""}, // quotes that do not match stay
+        {"'", Kind::Chosen, "'"},
+        {"C:\\Work\\robot.mdl", Kind::Chosen, "C:\\Work\\robot.mdl"},
+        {"", Kind::Cancel, ""},
+        {" \t \r", Kind::Cancel, ""},
+        {"''", Kind::Cancel, ""},
+        {"!cancel-all", Kind::CancelAll, ""},
+        {"  !cancel-all\r", Kind::CancelAll, ""},
+        // Only the word itself: near misses are paths.
+        {"!cancel-all2", Kind::Chosen, "!cancel-all2"},
+        {"!Cancel-All", Kind::Chosen, "!Cancel-All"},
+        {"'!cancel-all'", Kind::Chosen, "!cancel-all"},
+        {"./!cancel-all", Kind::Chosen, "./!cancel-all"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.typed);
+        const LocateAnswer answer = ParseLocateAnswer(row.typed);
+        EXPECT_EQ(answer.kind, row.kind);
+        EXPECT_EQ(answer.path, row.path);
+    }
+}
+
+} // namespace
