@@ -1,10 +1,7 @@
 // StreamBenchmark.cpp - writing and reading a generated project through MemoryStream, in
 // both forms, against a minimal reader written for this benchmark alone, in the same run.
 //
-// The project has nested sections (a model holding meshes, each holding patch sections) and
-// a realistic mix of fields: names, flags, vectors, quaternions, colours, integers, floats,
-// doubles, times and now and then a matrix. Its size is 100 MB, 1 MB in the smoke run under
-// CTest (BenchScale.h); the option --size_mb=N sets another.
+// The project is BenchProject.h's.
 //
 // The minimal reader walks a pointer over the same bytes. It does the work any reader of the
 // file must do and nothing else: it finds each token, asks the vocabulary for the header or
@@ -18,10 +15,8 @@
 // block already in memory, so the write case that compares with them writes into a block
 // the stream already holds; the "Growing" cases write into a new stream each time.
 
-#include "BenchScale.h"
+#include "BenchProject.h"
 #include "core/StringNumbers.h"
-#include "fileio/FileIO.h"
-#include "support/FieldValues.h"
 
 #include <benchmark/benchmark.h>
 
@@ -36,148 +31,12 @@
 
 namespace {
 
-// ---- the project ------------------------------------------------------------------------------
+using namespace fileio::bench;
 
-using fileio::test::ValueKind;
-/// The kind of a label's value; none for a label without one.
-using Kind = std::optional<ValueKind>;
-
-const int kModelFile = GetHeaderIDFromText("MODELFILE");
-const int kMesh = GetHeaderIDFromText("MESH");
-const int kPatches = GetHeaderIDFromText("PATCHES");
-const int kName = GetLabelIDFromText("Name"), kActive = GetLabelIDFromText("Active"),
-          kPosition = GetLabelIDFromText("Position"), kRotate = GetLabelIDFromText("Rotate"),
-          kScale = GetLabelIDFromText("Scale"), kColor = GetLabelIDFromText("Color"),
-          kPatchesHit = GetLabelIDFromText("PatchesHit"), kOpacity = GetLabelIDFromText("Opacity"),
-          kValue = GetLabelIDFromText("Value"), kTime = GetLabelIDFromText("Time"),
-          kMatrix = GetLabelIDFromText("Matrix"), kSelected = GetLabelIDFromText("Selected");
-
-/// The kind of each label's value, by label id.
-const std::vector<Kind> g_kinds = [] {
-    std::vector<Kind> kinds(6000);
-    kinds[kName] = ValueKind::Text;
-    kinds[kActive] = kinds[kSelected] = ValueKind::Bool;
-    kinds[kPosition] = kinds[kScale] = ValueKind::Vector;
-    kinds[kRotate] = ValueKind::Quaternion;
-    kinds[kColor] = ValueKind::Color;
-    kinds[kPatchesHit] = ValueKind::Int;
-    kinds[kOpacity] = ValueKind::Float;
-    kinds[kValue] = ValueKind::Double;
-    kinds[kTime] = ValueKind::Time;
-    kinds[kMatrix] = ValueKind::Matrix;
-    return kinds;
-}();
-
-Kind KindOf(int id) {
-    return id >= 0 && id < static_cast<int>(g_kinds.size()) ? g_kinds[id] : Kind();
-}
-
-/// A small deterministic generator of "scene" numbers.
-class Numbers {
-public:
-    float Next() {
-        m_state = m_state * 6364136223846793005ULL + 1442695040888963407ULL;
-        return static_cast<float>(static_cast<int>(m_state >> 40) % 200000) / 64.0f;
-    }
-
-private:
-    std::uint64_t m_state = 42;
-};
-
-void WriteMesh(VarnStream& s, int index, Numbers& n) {
-    // The tokens are made once, as a writer of many sections would keep them.
-    static const Label name(kName), active(kActive), position(kPosition), rotate(kRotate),
-        scale(kScale), color(kColor), hit(kPatchesHit), opacity(kOpacity), value(kValue),
-        time(kTime), matrix(kMatrix), selected(kSelected);
-    static const Header mesh(kMesh), patches(kPatches);
-    static const String meshName("Mesh");
-    static const EndHeader meshEnd(kMesh), patchesEnd(kPatches);
-    s << mesh << nl;
-    s << name << meshName << nl;
-    s << active << (index % 3 != 0) << nl;
-    s << position << Vector{n.Next(), n.Next(), n.Next()} << nl;
-    s << rotate << Quaternion{0, 0.707106769f, 0, 0.707106769f} << nl;
-    s << scale << Vector{1, 1, n.Next()} << nl;
-    s << color << RGBFloat{0.8f, n.Next() / 4096.0f, 0.1f} << nl;
-    if (index % 8 == 0) {
-        Matrix44 m;
-        m.row[0].x = m.row[1].y = m.row[2].z = m.row[3].w = 1;
-        m.row[3].x = n.Next();
-        s << matrix << m << nl;
-    }
-    for (int patch = 0; patch < 4; ++patch) {
-        s << patches << nl;
-        s << hit << index * 4 + patch << nl;
-        s << opacity << n.Next() / 3000.0f << nl;
-        s << value << static_cast<double>(n.Next()) / 7.0 << nl;
-        s << time << Time(static_cast<long long>(index) * 4501 + patch) << nl;
-        s << selected << (patch == 0) << nl;
-        s << patchesEnd << nl;
-    }
-    s << meshEnd << nl;
-}
-
-/// Writes a project of at least `bytes` bytes.
-void WriteProject(VarnStream& s, unsigned long long bytes) {
-    Numbers numbers;
-    s << Header(kModelFile) << nl;
-    for (int index = 0; s.GetPos() < bytes; ++index)
-        WriteMesh(s, index, numbers);
-    s << EndHeader(kModelFile) << nl;
-}
-
-/// The size chosen with --size_mb=N (0: none chosen).
-unsigned long long g_sizeOption = 0;
-
-unsigned long long ProjectBytes() {
-    const unsigned long long megabytes =
-        g_sizeOption != 0 ? g_sizeOption
-                          : static_cast<unsigned long long>(fileio::bench::Scaled(100));
-    return megabytes << 20;
-}
-
-const std::string& Project(bool binary) {
-    static std::string forms[2];
-    std::string& form = forms[binary ? 1 : 0];
-    if (form.empty()) {
-        MemoryStream stream;
-        stream.Open(binary ? FM_BINARY : FM_STORING);
-        stream.SetVersion(13.0f);
-        WriteProject(stream, ProjectBytes());
-        form.assign(reinterpret_cast<const char*>(stream.GetData()), stream.GetLength());
-    }
-    return form;
-}
-
-// ---- reading through the stream ---------------------------------------------------------------
-
-/// What a reader found: a sum over every value, so that the two readers can be compared and
-/// no work is optimised away.
-struct Checksum {
-    double sum = 0;
-    std::uint64_t tokens = 0;
-    bool operator==(const Checksum&) const = default;
-};
-
-/// Reads the project held by `s` from its start. The token objects are reused from field
-/// to field, as a loading loop keeps them.
+/// Reads the project the memory stream holds from its start.
 Checksum ReadWithStream(MemoryStream& s) {
     s.Open(s.IsBinary() ? FM_LOADING | FM_BINARY : FM_LOADING);
-    Checksum c;
-    Header header;
-    Label label;
-    while (!s.VirtualEof()) {
-        ++c.tokens;
-        if (s.IsHeader()) {
-            s >> header;
-            c.sum += header.id & 0xFFFF;
-            continue;
-        }
-        s >> label;
-        if (const Kind kind = KindOf(label.id))
-            c.sum += fileio::test::ReadValue(s, *kind);
-    }
-    return c;
+    return ReadProject(s);
 }
 
 // ---- the minimal readers ------------------------------------------------------------------------
@@ -505,16 +364,7 @@ int main(int argc, char** argv) {
     // empty the string pool's only block and give it back to the system, and the cases
     // would time the block's allocation instead of the reading.
     const String resident("resident");
-    int kept = 0;
-    for (int i = 0; i < argc; ++i) {
-        const std::string_view arg(argv[i]);
-        if (arg.substr(0, 10) == "--size_mb=") {
-            g_sizeOption = std::strtoull(argv[i] + 10, nullptr, 10);
-            continue;
-        }
-        argv[kept++] = argv[i];
-    }
-    argc = kept;
+    TakeSizeOption(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

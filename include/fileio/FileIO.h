@@ -33,6 +33,7 @@
 #include "fileio/settings/SettingsLocations.h"
 #include "fileio/stream/BitmapTypes.h"
 #include "fileio/stream/DateTypes.h"
+#include "fileio/stream/FileStream.h"
 #include "fileio/stream/MemoryStream.h"
 #include "fileio/stream/RuntimeClass.h"
 #include "fileio/stream/StreamBOOL.h"

@@ -3,6 +3,7 @@
 
 #include "fileio/core/String.h"
 
+#include "path/MissingFiles.h"
 #include "path/PathForms.h"
 
 namespace {
@@ -96,5 +97,11 @@ String String::GetMatchNameRelativeForFile() const {
 }
 
 String String::GetMatchNameAbsoluteFromFile() const {
-    return String(detail::GetMatchNameAbsoluteFromFile(View(), kNativePathStyle));
+    const std::string quoted = detail::GetMatchNameAbsoluteFromFile(View(), kNativePathStyle);
+    if (Find('"') < 0)
+        return String(quoted);
+    // The missing-file aliases replace the name where they hold one.
+    String name(quoted.data() + 1, static_cast<int>(quoted.size()) - 2);
+    detail::FindAlias(name);
+    return name.Quote();
 }

@@ -5,6 +5,7 @@
 #include "fileio/handlers/StatusMessage.h"
 #include "fileio/memory/Pool.h"
 #include "fileio/path/VersionControl.h"
+#include "path/MissingFiles.h"
 #include "platform/Platform.h"
 #include "stream/StreamBytes.h"
 
@@ -77,13 +78,15 @@ void MemoryStream::DeleteInfoStream() {
 
 bool MemoryStream::Open(const String& path, FileMode mode) {
     SetMode(mode);
+    String name = path;
     std::string bytes;
-    if (fileio::platform::Files().readWholeFile(path.Get() != nullptr ? path.Get() : "", bytes) !=
-        fileio::platform::ReadResult::Read) {
+    if (!fileio::detail::LocateFileToLoad(name, IsDontAsk()) ||
+        fileio::platform::Files().readWholeFile(name.Get() != nullptr ? name.Get() : "", bytes) !=
+            fileio::platform::ReadResult::Read) {
         OnFailed();
         return false;
     }
-    OpenWith({.mode = mode, .bytes = bytes, .file = &path, .resetVersion = true});
+    OpenWith({.mode = mode, .bytes = bytes, .file = &name, .resetVersion = true});
     return true;
 }
 

@@ -148,9 +148,6 @@ void VarnStream::ApplySuiteFileMarker() {
     } else if (IsBinary()) {
         PutBytes(&kBinaryMarker, 1);
     }
-    OffFailed();
-    if (IsAppend())
-        Seek(0, SM_END);
 }
 
 // ---- manipulators -------------------------------------------------------------------------------

@@ -2,9 +2,8 @@
 // once, writers killed in the middle of a write, configuration folders that are missing or
 // cannot be written, files damaged by hand, and the file's advisory lock.
 //
-// Children are made with fork and report through their exit status; they never return
-// into GoogleTest. A child that must not be able to write drops root's rights first (the
-// tests may run as root, for whom file modes do not count).
+// A child that must not be able to write drops root's rights first (the tests may run as
+// root, for whom file modes do not count).
 
 #include "fileio/handlers/ScopedHandler.h"
 #include "fileio/settings/LocalRegistry.h"
@@ -14,6 +13,7 @@
 #include "platform/HiveFile.h"
 #include "platform/Platform.h"
 #include "settings/TestStore.h"
+#include "support/ChildProcess_posix.h"
 #include "support/RecordingLog.h"
 
 #include <gtest/gtest.h>
@@ -40,33 +40,12 @@ using fileio::platform::FileHandle;
 using fileio::platform::Files;
 using fileio::platform::FileServices;
 using fileio::platform::HiveDocument;
+using fileio::test::RunChild;
+using fileio::test::StartChild;
 using fileio::test::TestStore;
+using fileio::test::Wait;
 
 constexpr uid_t kNobody = 65534;
-
-/// Starts `body` in a child process and returns its pid. The child ends with body's result
-/// as its exit status.
-pid_t StartChild(const std::function<int()>& body) {
-    std::fflush(nullptr);
-    const pid_t pid = ::fork();
-    if (pid == 0)
-        ::_exit(body());
-    return pid;
-}
-
-/// The raw wait status of a child.
-int Wait(pid_t pid) {
-    int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-    return status;
-}
-
-/// Runs `body` in a child and returns its exit code (-1 when it did not exit normally).
-int RunChild(const std::function<int()>& body) {
-    const int status = Wait(StartChild(body));
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 /// In a child: gives up root's rights, so that file modes apply.
 void BecomeUnprivileged() {

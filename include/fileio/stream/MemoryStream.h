@@ -58,9 +58,11 @@ public:
 
     // ---- opening (see the table above) -------------------------------------------------------
 
-    /// Reads the whole file at path into memory, for loading with `mode`. When the file
-    /// cannot be read: false, with the mode taken and the failed bit set, the data as they
-    /// were.
+    /// Reads the whole file at path into memory, for loading with `mode`. A missing file is
+    /// searched for as FileStream::Open searches for it (at once a failure with the
+    /// don't-ask bit); the file name becomes the name it was found under. When the file
+    /// cannot be found or read: false, with the mode taken and the failed bit set, the data
+    /// as they were.
     bool Open(const String& path, FileMode mode);
     /// Takes a copy of length bytes at data, with `mode`. Always true.
     bool Open(const void* data, unsigned long long length, FileMode mode);

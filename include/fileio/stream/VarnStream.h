@@ -474,11 +474,10 @@ protected:
     /// Advances the progress meter when the position has reached its next mark, whether or
     /// not InitProgress started the display.
     void AdvanceMeter();
-    /// The suite-file marker, for openers of a stream with the Varn bit. Loading reads the
-    /// first byte: "B" sets the binary bit and stays read (the data begin after the
-    /// marker), "<" sets version 13.0, and any byte but "B" is read again. Storing in
-    /// binary writes "B". Then clears the failed bit and, with the append bit, moves to the
-    /// end. Every transport's opener calls this one function.
+    /// The suite-file marker, for openers of a stream with the Varn bit, at the start of the
+    /// data. Loading reads the first byte: "B" sets the binary bit and stays read (the data
+    /// begin after the marker), "<" sets version 13.0, and any byte but "B" is read again.
+    /// Storing in binary writes "B". Every transport's opener calls this one function.
     void ApplySuiteFileMarker();
 
     // ---- the transport ---------------------------------------------------------------------

@@ -1,0 +1,353 @@
+// The file stream: round trips against the memory stream, the atomic save under every
+// fault the file services can report, read-only targets, appending, the side-information
+// stream and the file-type tests.
+
+#include "StreamTestSupport.h"
+
+#include "fileio/handlers/ScopedHandler.h"
+#include "fileio/path/VersionControl.h"
+#include "fileio/stream/FileStream.h"
+#include "platform/Platform.h"
+#include "support/FieldValues.h"
+#include "support/RecordingMessages.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+using namespace streamtest;
+namespace platform = fileio::platform;
+using fileio::test::ValueKind;
+
+namespace {
+
+/// The fields of every mesh and the kind of value each carries.
+const std::pair<const char*, ValueKind> kFields[] = {
+    {"Name", ValueKind::Text},       {"Active", ValueKind::Bool},
+    {"Position", ValueKind::Vector}, {"Rotate", ValueKind::Quaternion},
+    {"Value", ValueKind::Double},    {"Time", ValueKind::Time},
+    {"Matrix", ValueKind::Matrix},
+};
+
+/// Writes a project of `meshes` meshes: nested sections and a field of every common kind.
+void WriteProject(VarnStream& out, int meshes) {
+    const int model = GetHeaderIDFromText("MODELFILE"), mesh = GetHeaderIDFromText("MESH");
+    out << Header(model) << nl;
+    for (int m = 0; m < meshes; ++m) {
+        out << Header(mesh) << nl;
+        for (const auto& [word, kind] : kFields) {
+            out << Label(word);
+            fileio::test::WriteValue(out, kind, m);
+            out << nl;
+        }
+        out << EndHeader(mesh) << nl;
+    }
+    out << EndHeader(model) << nl;
+}
+
+/// What the memory stream holds after the same writes.
+std::string InMemory(bool binary, int meshes) {
+    MemoryStream memory;
+    memory.Open(binary ? FM_VARN | FM_BINARY : FM_VARN);
+    WriteProject(memory, meshes);
+    return Bytes(memory);
+}
+
+/// Reads a project back: a sum over every token and value, as the truncation sweep does.
+double ReadProject(VarnStream& in) {
+    double sum = 0;
+    while (!in.VirtualEof() && !in.HasFailed()) {
+        if (in.IsBinary() ? in.IsHeader() : in.IsHeaderFromAnyVersion()) {
+            Header header;
+            in >> header;
+            sum += header.id;
+            continue;
+        }
+        Label label;
+        in >> label;
+        for (const auto& [word, kind] : kFields)
+            if (label.id == GetLabelIDFromText(word))
+                sum += fileio::test::ReadValue(in, kind);
+    }
+    return sum;
+}
+
+class FileStreamTest : public ::testing::Test {
+protected:
+    std::string Path(const char* name) const { return m_folder.Join(name); }
+    /// The names in the folder.
+    std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.Path()))
+            names.push_back(entry.path().filename().string());
+        return names;
+    }
+    fileio::test::TempFolder m_folder{"fileio-file-stream"};
+    fileio::test::RecordingMessages m_messages;
+    ScopedMessageHandler m_installed{&m_messages};
+};
+
+TEST_F(FileStreamTest, SavesAndLoadsTheBytesTheMemoryStreamHolds) {
+    // 3000 meshes are larger than the stream's buffer, so tokens cross its edge.
+    for (bool binary : {false, true}) {
+        for (int meshes : {0, 1, 3000}) {
+            SCOPED_TRACE(std::string(binary ? "binary " : "text ") + std::to_string(meshes));
+            const String path(Path("project.prj"));
+            FileStream out;
+            ASSERT_TRUE(out.Open(path, binary ? FM_VARN | FM_BINARY : FM_VARN));
+            EXPECT_NE(out.GetTemporaryName().View(), path.View());
+            WriteProject(out, meshes);
+            out.Close();
+            EXPECT_FALSE(out.IsFailed());
+            const std::string expected = InMemory(binary, meshes);
+            ASSERT_EQ(m_folder.ReadFile("project.prj"), expected);
+            EXPECT_EQ(Names(), std::vector<std::string>{"project.prj"});
+
+            FileStream in;
+            ASSERT_TRUE(in.Open(path, FM_LOADING | FM_VARN));
+            EXPECT_EQ(in.IsBinary(), binary);
+            EXPECT_EQ(in.GetPos(), binary ? 1u : 0u);
+            MemoryStream memory;
+            memory.Open(expected.data(), expected.size(), FM_LOADING | FM_VARN);
+            EXPECT_EQ(ReadProject(in), ReadProject(memory));
+            EXPECT_TRUE(in.VirtualEof());
+            EXPECT_EQ(in.GetPos(), memory.GetPos());
+        }
+    }
+}
+
+TEST_F(FileStreamTest, SeeksAndSkipsAcrossTheBuffer) {
+    const std::string text = InMemory(false, 3000);
+    const String path(m_folder.WriteFile("big.prj", text));
+    FileStream in;
+    ASSERT_TRUE(in.Open(path, FM_LOADING | FM_VARN | FM_DONTPROGRESS));
+    Header model;
+    in >> model;
+    ASSERT_TRUE(in.SkipHeader(model));
+    EXPECT_TRUE(in.VirtualEof());
+    in.Seek(10, SM_END);
+    char tail[10];
+    EXPECT_EQ(in.ReadC(tail, sizeof tail), 10u);
+    EXPECT_EQ(std::string(tail, 10), text.substr(text.size() - 10));
+    in.Seek(0, SM_BEGIN);
+    String line;
+    ASSERT_TRUE(in.ReadLine(line));
+    EXPECT_EQ(line.View(), "<MODELFILE>\n");
+    // Writing to a loading stream fails; reading goes on.
+    in.Write("x", 1);
+    EXPECT_TRUE(in.IsFailed());
+}
+
+// ---- the atomic save under faults ---------------------------------------------------------------
+
+/// The file services with one step that fails on its K-th call.
+class FailingFiles {
+public:
+    enum class Step { Create, Write, DiskFull, Flush, Close, Rename };
+
+    FailingFiles(Step step, int failOn) : m_guard(platform::Files()), m_system(platform::System()) {
+        State() = {step, failOn, 0, platform::Files()};
+        platform::Files().createBeside = [](const char* target, std::string& temporary) {
+            return Fails(Step::Create) ? platform::kNoFile
+                                       : State().real.createBeside(target, temporary);
+        };
+        platform::Files().writeFile = [](platform::FileHandle file, const void* data,
+                                         std::size_t size) {
+            return !Fails(Step::Write) && !Fails(Step::DiskFull) &&
+                   State().real.writeFile(file, data, size);
+        };
+        platform::Files().flushFile = [](platform::FileHandle file) {
+            return !Fails(Step::Flush) && State().real.flushFile(file);
+        };
+        platform::Files().closeFile = [](platform::FileHandle file) {
+            const bool closed = State().real.closeFile(file);
+            return !Fails(Step::Close) && closed;
+        };
+        platform::Files().replaceFile = [](const char* from, const char* to) {
+            return !Fails(Step::Rename) && State().real.replaceFile(from, to);
+        };
+        platform::System().lastErrorText = [] { return State().reason; };
+    }
+    /// How many calls of the failing step were made.
+    static int Calls() { return State().calls; }
+
+private:
+    struct Script {
+        Step step;
+        int failOn;
+        int calls;
+        platform::FileServices real;
+        std::string reason;
+    };
+    static Script& State() {
+        static Script script;
+        return script;
+    }
+    static bool Fails(Step step) {
+        Script& s = State();
+        if (step != s.step)
+            return false;
+        if (++s.calls != s.failOn)
+            return false;
+        s.reason = step == Step::DiskFull ? "No space left on device" : "scripted failure";
+        return true;
+    }
+
+    platform::ScopedServices<platform::FileServices> m_guard;
+    platform::ScopedServices<platform::SystemServices> m_system;
+};
+
+TEST_F(FileStreamTest, AFailedSaveLeavesTheOldFileAndNoTemporaryFile) {
+    using Step = FailingFiles::Step;
+    const std::string old = InMemory(true, 5);
+    const Step steps[] = {Step::Create, Step::Write,  Step::DiskFull,
+                          Step::Flush,  Step::Close, Step::Rename};
+    for (Step step : steps) {
+        for (int k = 1;; ++k) {
+            SCOPED_TRACE("step " + std::to_string(static_cast<int>(step)) + ", call " +
+                         std::to_string(k));
+            const String path(m_folder.WriteFile("robot.prj", old));
+            m_messages.messages.clear();
+            bool opened, failed;
+            int calls;
+            {
+                FailingFiles failing(step, k);
+                FileStream out;
+                opened = out.Open(path, FM_VARN | FM_BINARY);
+                if (opened)
+                    WriteProject(out, 400); // several buffers' worth of writes
+                out.Close();
+                failed = out.IsFailed() || !opened;
+                calls = FailingFiles::Calls();
+            }
+            if (calls < k) { // the save made fewer calls: it succeeded, and the sweep ends
+                EXPECT_FALSE(failed);
+                EXPECT_EQ(m_folder.ReadFile("robot.prj"), InMemory(true, 400));
+                break;
+            }
+            EXPECT_TRUE(failed);
+            EXPECT_EQ(m_folder.ReadFile("robot.prj"), old);
+            EXPECT_EQ(Names(), std::vector<std::string>{"robot.prj"});
+            ASSERT_EQ(m_messages.messages.size(), 1u);
+            const std::string reason =
+                step == Step::DiskFull ? "No space left on device" : "scripted failure";
+            EXPECT_EQ(m_messages.messages[0].text, std::string(path.View()) + ": " + reason);
+            ASSERT_LT(k, 1000) << "the sweep does not end";
+        }
+    }
+}
+
+TEST_F(FileStreamTest, AReadOnlyTargetFailsBeforeAnyTemporaryFileIsMade) {
+    const std::string target = m_folder.WriteFile("locked.prj", "old");
+    std::filesystem::permissions(target,
+                                 std::filesystem::perms::owner_write |
+                                     std::filesystem::perms::group_write |
+                                     std::filesystem::perms::others_write,
+                                 std::filesystem::perm_options::remove);
+    FileStream out;
+    EXPECT_FALSE(out.Open(String(target), FM_VARN));
+    EXPECT_TRUE(out.IsFailed());
+    ASSERT_EQ(m_messages.messages.size(), 1u);
+    EXPECT_EQ(m_messages.messages[0].text,
+              "The file " + target + " is read-only and cannot be saved.");
+    EXPECT_EQ(Names(), std::vector<std::string>{"locked.prj"});
+    out.Close(); // does nothing
+    out.Close();
+    EXPECT_EQ(m_folder.ReadFile("locked.prj"), "old");
+}
+
+TEST_F(FileStreamTest, AppendingCopiesTheOldContentsFirst) {
+    struct Row {
+        const char* name;
+        std::string old;
+        FileMode mode;
+        std::string expected;
+    };
+    const Row rows[] = {
+        {"text", "<MODELFILE>\n", FM_VARN | FM_APPEND, "<MODELFILE>\nmore"},
+        // An appended binary file keeps its marker; a new one gets its own.
+        {"binary", "B1234", FM_VARN | FM_BINARY | FM_APPEND, "B1234more"},
+        {"binary, new", "", FM_VARN | FM_BINARY | FM_APPEND, "Bmore"},
+        {"without append", "old", FM_VARN, "more"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const String path(Path("log.prj"));
+        std::filesystem::remove(path.Get());
+        if (!row.old.empty())
+            m_folder.WriteFile("log.prj", row.old);
+        FileStream out;
+        ASSERT_TRUE(out.Open(path, row.mode));
+        out.Write("more", 4);
+        out.Close();
+        EXPECT_FALSE(out.IsFailed());
+        EXPECT_EQ(m_folder.ReadFile("log.prj"), row.expected);
+    }
+}
+
+TEST_F(FileStreamTest, AVersionedFileKeepsItsSideInformationBesideIt) {
+    m_folder.MakeFolder("work/.svn");
+    const String model(m_folder.WriteFile("work/robot.mdl", "<MODELFILE>\n"));
+    m_folder.WriteFile("work/robot.mdl.vinfo", "Name=info\n");
+    const String plain(m_folder.WriteFile("plain.mdl", "<MODELFILE>\n"));
+    FileStream notVersioned;
+    EXPECT_EQ(notVersioned.GetInfoStream(), &notVersioned);
+    ASSERT_TRUE(notVersioned.Open(plain, FM_LOADING | FM_VARN));
+    EXPECT_EQ(notVersioned.GetInfoStream(), &notVersioned);
+
+    FileStream versioned;
+    ASSERT_TRUE(versioned.Open(model, FM_LOADING | FM_VARN));
+    VarnStream* info = versioned.GetInfoStream();
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(info->GetFileName().View(), std::string(model.View()) + ".vinfo");
+    EXPECT_TRUE(info->IsDontAsk());
+    Label label;
+    String value;
+    *info >> label >> value;
+    EXPECT_EQ(value.View(), "info");
+    EXPECT_EQ(versioned.GetInfoStream(), info);
+    versioned.Close();
+    EXPECT_EQ(versioned.GetInfoStream(), nullptr); // not open
+
+    // Saving writes the companion through its own atomic save.
+    FileStream out;
+    ASSERT_TRUE(out.Open(model, FM_VARN));
+    ASSERT_NE(out.GetInfoStream(), nullptr);
+    *out.GetInfoStream() << Label("Name") << String("saved") << nl;
+    out.Close();
+    EXPECT_EQ(m_folder.ReadFile("work/robot.mdl.vinfo"), "Name=saved\n");
+}
+
+TEST_F(FileStreamTest, FileTypesByTheFirstToken) {
+    const std::string binaryModel = "B" + Raw({0x50, 0x01, 0x00, 0x80});
+    struct Row {
+        const char* name;
+        std::string bytes;
+        bool isSuiteFile;
+        int firstHeader;
+    };
+    const int model = GetHeaderIDFromText("MODELFILE");
+    const Row rows[] = {
+        {"angle.mdl", "<MODELFILE>\nName=x\n", true, model},
+        {"end.mdl", "</MODELFILE>\n", true, model | fileio::kEndHeaderBit},
+        {"square.mdl", "[MODELFILE]\r\n", true, model},
+        {"binary.mdl", binaryModel, true, model},
+        {"label.mdl", "Name=x\n", false, -2},
+        {"empty.mdl", "", false, -2},
+        {"unknown.mdl", "<NOSUCHWORD>\n", true, -1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const String path(m_folder.WriteFile(row.name, row.bytes));
+        EXPECT_EQ(IsFileOfTypeVarn(path), row.isSuiteFile);
+        EXPECT_EQ(IsFileOfType(path, model), row.firstHeader == model);
+        if (row.isSuiteFile)
+            EXPECT_TRUE(IsFileOfType(path, row.firstHeader));
+    }
+}
+
+} // namespace

@@ -1,0 +1,204 @@
+// The search for a missing file that may ask the user: the locate dialog's exact texts,
+// "cancel all", the failed list, the file handler, the don't-ask bit, and a moved project
+// that asks once.
+
+#include "StreamTestSupport.h"
+
+#include "fileio/handlers/FileHandler.h"
+#include "fileio/handlers/ScopedHandler.h"
+#include "fileio/stream/FileStream.h"
+#include "support/ScriptedDialogProvider.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using namespace streamtest;
+using fileio::test::ScriptedDialogProvider;
+
+namespace {
+
+/// Records what the search tells the file handler and answers IsPrompt from a script.
+class RecordingFileHandler : public FileHandler {
+public:
+    bool IsPrompt() override { return prompt; }
+    void MissingFile(const String& name) override { missing.emplace_back(name.View()); }
+    bool prompt = true;
+    std::vector<std::string> missing;
+};
+
+class LocateFile : public ::testing::Test {
+protected:
+    LocateFile() { Forget(); }
+    ~LocateFile() override { Forget(); }
+    static void Forget() {
+        FileStream::FreeFileAliases();
+        FileStream::FreePathAliases();
+        FileStream::ClearFailedList();
+        FileStream::ResetCancelAll();
+    }
+    std::string Path(const char* relative) const { return m_folder.Join(relative); }
+
+    fileio::test::TempFolder m_folder{"fileio-locate"};
+    ScriptedDialogProvider m_dialogs;
+};
+
+TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
+    m_folder.MakeFolder("project/maps");
+    const std::string longName = "project/" + std::string(120, 'n') + ".tga";
+    struct Row {
+        std::string missing;
+        std::string title;
+        std::string filter;
+        std::string folder;
+        std::string proposed;
+    };
+    const std::string maps = m_folder.Join("project/maps/");
+    const std::string skin = m_folder.Join("project/maps/skin.png");
+    const std::string deep = m_folder.Join("project/maps/old/deep/arm.Mdl");
+    const Row rows[] = {
+        {skin, "Locate File: " + skin, "PNG Files (*.png)|*.png|****|All Files (*.*)|*.*|****||",
+         maps, maps + "skin.png"},
+        // A folder that is gone: the nearest one above it that exists.
+        {deep, "Locate File: " + deep, "MDL Files (*.Mdl)|*.Mdl|****|All Files (*.*)|*.*|****||",
+         maps, maps + "arm.Mdl"},
+        {"no-folder", "Locate File: no-folder", "All Files (*.*)|*.*|****||", "", "no-folder"},
+        // A network folder only when it exists.
+        {"\\\\nosuchserver\\share\\arm.mdl", "Locate File: \\\\nosuchserver\\share\\arm.mdl",
+         "MDL Files (*.mdl)|*.mdl|****|All Files (*.*)|*.*|****||", "", "arm.mdl"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.missing);
+        m_dialogs.calls.clear();
+        String name(row.missing);
+        EXPECT_FALSE(FileStream::FindAliasAsk(name));
+        const auto asked = m_dialogs.Of("locate");
+        ASSERT_EQ(asked.size(), 1u);
+        EXPECT_EQ(asked[0].text, row.title);
+        EXPECT_EQ(asked[0].filter, row.filter);
+        EXPECT_EQ(asked[0].folder, row.folder);
+        EXPECT_EQ(asked[0].proposedName, row.proposed);
+        EXPECT_FALSE(asked[0].cancelAll);
+        EXPECT_TRUE(FileStream::IsInFailedList(name));
+    }
+    // The title keeps 97 characters of a long name (112 less the resource text's 15).
+    m_dialogs.calls.clear();
+    String name(m_folder.Join(longName.c_str()));
+    FileStream::FindAliasAsk(name);
+    ASSERT_EQ(m_dialogs.Of("locate").size(), 1u);
+    const std::string title = m_dialogs.Of("locate")[0].text;
+    EXPECT_EQ(title.size(), std::string("Locate File: ").size() + 97);
+    EXPECT_EQ(title.substr(title.size() - 8), "nnnn.tga");
+}
+
+TEST_F(LocateFile, CancelAllStopsTheQuestionsUntilItIsReset) {
+    m_dialogs.locateAnswers = {ScriptedDialogProvider::CancelAll()};
+    const std::string missing[] = {Path("a.mdl"), Path("b.mdl"), Path("c.mdl")};
+    for (const std::string& file : missing) {
+        String name(file);
+        EXPECT_FALSE(FileStream::FindAliasAsk(name));
+        EXPECT_TRUE(FileStream::IsInFailedList(name));
+    }
+    EXPECT_EQ(m_dialogs.Of("locate").size(), 1u);
+    // A name in the failed list is neither searched nor asked for again.
+    FileStream::ResetCancelAll();
+    String again(missing[1]);
+    EXPECT_FALSE(FileStream::FindAliasAsk(again));
+    EXPECT_EQ(m_dialogs.Of("locate").size(), 1u);
+    // Cleared, and with "cancel all" reset, the user is asked again.
+    FileStream::ClearFailedList();
+    EXPECT_FALSE(FileStream::FindAliasAsk(again));
+    ASSERT_EQ(m_dialogs.Of("locate").size(), 2u);
+    EXPECT_FALSE(m_dialogs.Of("locate")[1].cancelAll);
+}
+
+TEST_F(LocateFile, TheFileHandlerIsToldAndMayForbidAsking) {
+    RecordingFileHandler handler;
+    ScopedFileHandler installed(&handler);
+    handler.prompt = false;
+    String name(Path("a.mdl"));
+    EXPECT_FALSE(FileStream::FindAliasAsk(name));
+    EXPECT_EQ(handler.missing, std::vector<std::string>{Path("a.mdl")});
+    EXPECT_TRUE(m_dialogs.Of("locate").empty());
+    EXPECT_TRUE(FileStream::IsInFailedList(name));
+
+    handler.prompt = true;
+    String other(Path("b.mdl"));
+    EXPECT_FALSE(FileStream::FindAliasAsk(other));
+    EXPECT_EQ(m_dialogs.Of("locate").size(), 1u);
+    EXPECT_EQ(handler.missing.size(), 2u);
+}
+
+TEST_F(LocateFile, ThePickIsLearntAsTheAliasesItImplies) {
+    const std::string picked = m_folder.WriteFile("new/Robot/arm-v2.mdl", "<MODELFILE>\n");
+    m_folder.WriteFile("new/Robot/leg.mdl", "<MODELFILE>\n");
+    m_dialogs.locateAnswers = {ScriptedDialogProvider::Choose(picked)};
+    String name("C:\\Work\\Robot\\arm.mdl");
+    ASSERT_TRUE(FileStream::FindAliasAsk(name));
+    EXPECT_EQ(name.View(), picked);
+    // The file's own name changed: a file alias; its folder too: a folder alias.
+    String again("c:\\work\\robot\\ARM.mdl");
+    EXPECT_TRUE(FileStream::FindFileAlias(again));
+    EXPECT_EQ(again.View(), picked);
+    String sibling("C:\\Work\\Robot\\leg.mdl");
+    EXPECT_TRUE(FileStream::FindAliasAsk(sibling));
+    EXPECT_EQ(sibling.View(), m_folder.Join("new/Robot/leg.mdl"));
+    EXPECT_EQ(m_dialogs.Of("locate").size(), 1u);
+}
+
+TEST_F(LocateFile, AMovedProjectOfTwentyFilesAsksOnce) {
+    std::vector<std::string> stored;
+    for (int i = 0; i < 20; ++i) {
+        const std::string file = "Maps/part" + std::to_string(i) + ".mdl";
+        m_folder.WriteFile("moved/Robot/" + file, "<MODELFILE>\n");
+        stored.push_back("C:\\Users\\ann\\Robot\\" + std::string(i % 2 == 0 ? "Maps\\" : "maps\\") +
+                         "part" + std::to_string(i) + ".mdl");
+    }
+    m_dialogs.locateAnswers = {
+        ScriptedDialogProvider::Choose(m_folder.Join("moved/Robot/Maps/part0.mdl"))};
+    for (const std::string& file : stored) {
+        SCOPED_TRACE(file);
+        FileStream in;
+        String name(file);
+        ASSERT_TRUE(in.Open(name, FM_LOADING | FM_VARN));
+        Header header;
+        in >> header;
+        EXPECT_STREQ(header.text, "MODELFILE");
+    }
+    EXPECT_EQ(m_dialogs.Of("locate").size(), 1u);
+    EXPECT_FALSE(FileStream::HasFileAliases()); // the files kept their names
+}
+
+TEST_F(LocateFile, OpeningNeverLoopsAndTheDontAskBitAsksNothing) {
+    m_folder.WriteFile("here.mdl", "<MODELFILE>\n");
+    FileStream::AddFileAlias(Path("a.mdl").c_str(), Path("b.mdl").c_str());
+    FileStream::AddFileAlias(Path("b.mdl").c_str(), Path("a.mdl").c_str());
+    FileStream in;
+    String name(Path("a.mdl"));
+    EXPECT_FALSE(in.Open(name, FM_LOADING)); // aliases in a circle
+    EXPECT_TRUE(in.IsFailed());
+
+    // A dialog that keeps offering a missing file is not asked for ever.
+    m_dialogs.locateAnswers.assign(5, ScriptedDialogProvider::Choose(Path("nowhere.mdl")));
+    String offered(Path("c.mdl"));
+    EXPECT_FALSE(in.Open(offered, FM_LOADING));
+    EXPECT_LE(m_dialogs.Of("locate").size(), 2u);
+
+    // The don't-ask bit neither asks nor consults the aliases.
+    m_dialogs.calls.clear();
+    FileStream::AddFileAlias(Path("d.mdl").c_str(), Path("here.mdl").c_str());
+    String quiet(Path("d.mdl"));
+    EXPECT_FALSE(in.Open(quiet, FM_LOADING | FM_DONTASK));
+    EXPECT_EQ(quiet.View(), Path("d.mdl"));
+    EXPECT_TRUE(m_dialogs.calls.empty());
+    MemoryStream memory;
+    EXPECT_FALSE(memory.Open(quiet, FM_LOADING | FM_DONTASK));
+    EXPECT_TRUE(m_dialogs.calls.empty());
+    // Without it the memory stream searches as the file stream does.
+    EXPECT_TRUE(memory.Open(quiet, FM_LOADING));
+    EXPECT_EQ(memory.GetFileName().View(), Path("here.mdl"));
+}
+
+} // namespace
