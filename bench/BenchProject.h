@@ -26,11 +26,12 @@ inline const int kModelFile = GetHeaderIDFromText("MODELFILE");
 inline const int kMesh = GetHeaderIDFromText("MESH");
 inline const int kPatches = GetHeaderIDFromText("PATCHES");
 inline const int kName = GetLabelIDFromText("Name"), kActive = GetLabelIDFromText("Active"),
-          kPosition = GetLabelIDFromText("Position"), kRotate = GetLabelIDFromText("Rotate"),
-          kScale = GetLabelIDFromText("Scale"), kColor = GetLabelIDFromText("Color"),
-          kPatchesHit = GetLabelIDFromText("PatchesHit"), kOpacity = GetLabelIDFromText("Opacity"),
-          kValue = GetLabelIDFromText("Value"), kTime = GetLabelIDFromText("Time"),
-          kMatrix = GetLabelIDFromText("Matrix"), kSelected = GetLabelIDFromText("Selected");
+                 kPosition = GetLabelIDFromText("Position"), kRotate = GetLabelIDFromText("Rotate"),
+                 kScale = GetLabelIDFromText("Scale"), kColor = GetLabelIDFromText("Color"),
+                 kPatchesHit = GetLabelIDFromText("PatchesHit"),
+                 kOpacity = GetLabelIDFromText("Opacity"), kValue = GetLabelIDFromText("Value"),
+                 kTime = GetLabelIDFromText("Time"), kMatrix = GetLabelIDFromText("Matrix"),
+                 kSelected = GetLabelIDFromText("Selected");
 
 /// The kind of each label's value, by label id.
 inline const std::vector<Kind> g_kinds = [] {

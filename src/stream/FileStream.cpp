@@ -250,7 +250,8 @@ void FileStream::Commit(Window& window) {
     if (!file.error.empty())
         return;
     if (!file.MoveTo(window.origin) ||
-        !Files().writeFile(file.save.File(), window.data, static_cast<std::size_t>(window.length))) {
+        !Files().writeFile(file.save.File(), window.data,
+                           static_cast<std::size_t>(window.length))) {
         WriteFailed();
         return;
     }

@@ -150,7 +150,7 @@ public:
     enum class Step { Create, Write, DiskFull, Flush, Close, Rename };
 
     FailingFiles(Step step, int failOn) : m_guard(platform::Files()), m_system(platform::System()) {
-        State() = {step, failOn, 0, platform::Files()};
+        State() = {step, failOn, 0, platform::Files(), {}};
         platform::Files().createBeside = [](const char* target, std::string& temporary) {
             return Fails(Step::Create) ? platform::kNoFile
                                        : State().real.createBeside(target, temporary);
@@ -204,7 +204,7 @@ private:
 TEST_F(FileStreamTest, AFailedSaveLeavesTheOldFileAndNoTemporaryFile) {
     using Step = FailingFiles::Step;
     const std::string old = InMemory(true, 5);
-    const Step steps[] = {Step::Create, Step::Write,  Step::DiskFull,
+    const Step steps[] = {Step::Create, Step::Write, Step::DiskFull,
                           Step::Flush,  Step::Close, Step::Rename};
     for (Step step : steps) {
         for (int k = 1;; ++k) {
@@ -345,8 +345,9 @@ TEST_F(FileStreamTest, FileTypesByTheFirstToken) {
         const String path(m_folder.WriteFile(row.name, row.bytes));
         EXPECT_EQ(IsFileOfTypeVarn(path), row.isSuiteFile);
         EXPECT_EQ(IsFileOfType(path, model), row.firstHeader == model);
-        if (row.isSuiteFile)
+        if (row.isSuiteFile) {
             EXPECT_TRUE(IsFileOfType(path, row.firstHeader));
+        }
     }
 }
 

@@ -19,8 +19,8 @@ TEST(FileStreamWindows, ATargetHeldOpenFailsCleanlyAndStaysAsItWas) {
     fileio::test::RecordingMessages messages;
     ScopedMessageHandler installed(&messages);
     // Another program reads the file and lets nobody delete or replace it meanwhile.
-    HANDLE held = CreateFileA(target.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE held = CreateFileA(target.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(held, INVALID_HANDLE_VALUE);
     FileStream out;
     ASSERT_TRUE(out.Open(String(target), FM_STORING));

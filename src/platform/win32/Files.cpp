@@ -54,9 +54,23 @@ bool IsPassing(DWORD error) {
            error == ERROR_ACCESS_DENIED || error == ERROR_UNABLE_TO_REMOVE_REPLACED;
 }
 
+/// Whether the target may be replaced now: another program's handle that does not share
+/// deletion forbids it. Asked first, so that a replacement that cannot succeed is not begun
+/// (some implementations of ReplaceFileW leave files of their own behind when it fails).
+bool MayReplace(const std::wstring& to) {
+    HANDLE probe =
+        CreateFileW(to.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (probe == INVALID_HANDLE_VALUE)
+        return false;
+    CloseHandle(probe);
+    return true;
+}
+
 bool ReplaceOnce(const std::wstring& from, const std::wstring& to) {
     if (GetFileAttributesW(to.c_str()) != INVALID_FILE_ATTRIBUTES)
-        return ReplaceFileW(to.c_str(), from.c_str(), nullptr,
+        return MayReplace(to) &&
+               ReplaceFileW(to.c_str(), from.c_str(), nullptr,
                             REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS,
                             nullptr, nullptr) != 0;
     return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
