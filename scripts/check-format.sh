@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-mapfile -t sources < <(git ls-files '*.cpp' '*.h' '*.inc')
+mapfile -t sources < <(git ls-files --cached --others --exclude-standard '*.cpp' '*.h' '*.inc')
 if [ "${1:-}" = "--fix" ]; then
     clang-format -i "${sources[@]}"
     exit 0
