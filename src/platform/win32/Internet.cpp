@@ -10,11 +10,12 @@
 
 #include <chrono>
 #include <string>
-// clang-format off: windows.h must come before the others
-#include <shellapi.h>
+
+// windows.h must come before the others.
 #include <windows.h>
+
+#include <shellapi.h>
 #include <winhttp.h>
-// clang-format on
 
 namespace fileio::platform {
 

@@ -9,11 +9,12 @@
 
 #include <cstring>
 #include <string>
-// clang-format off: winsock2.h must come before windows.h
-#include <windows.h>
+
+// winsock2.h must come before windows.h.
 #include <winsock2.h>
 #include <ws2tcpip.h>
-// clang-format on
+
+#include <windows.h>
 
 namespace fileio::platform {
 
