@@ -23,6 +23,10 @@ namespace fileio::test {
 /// that a hang fails the test rather than the run.
 inline constexpr int kPatientMs = 20000;
 
+/// A loopback address on which no test listens for long: a port closed there stays closed
+/// while tests run in parallel (the others listen on 127.0.0.1 and 127.0.0.2).
+inline constexpr const char* kUnusedLoopback = "127.0.0.3";
+
 /// The argument that makes this test program act as a child (see NetTestMain.cpp).
 inline constexpr const char* kChildArgument = "--fileio-net-child";
 

@@ -244,13 +244,15 @@ TEST(VarnSocketTest, AMessageLeftByADeadlineIsCompletedByTheNextReceive) {
 }
 
 TEST(VarnSocketTest, ConnectingToAClosedPortFailsWithinItsDeadline) {
+    // A loopback address no other test listens on, so that no test running in parallel
+    // can take the port between its closing and the attempt.
     CVarnSocket probe;
-    ASSERT_EQ(probe.Listen(), SR_OK);
+    ASSERT_EQ(probe.Listen(0, fileio::test::kUnusedLoopback), SR_OK);
     const unsigned short port = probe.GetPort();
     probe.Close();
     CVarnSocket socket;
     const auto start = std::chrono::steady_clock::now();
-    const SocketResult result = socket.Connect("127.0.0.1", port, 3000);
+    const SocketResult result = socket.Connect(fileio::test::kUnusedLoopback, port, 3000);
     EXPECT_LT(fileio::test::MillisecondsSince(start), 3000 + 2000);
     EXPECT_TRUE(result == SR_SYSTEM_ERROR || result == SR_TIMED_OUT) << GetSocketResultText(result);
     EXPECT_FALSE(socket.IsConnected());
