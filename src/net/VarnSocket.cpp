@@ -62,6 +62,7 @@ struct CVarnSocket::Connection {
     bool listening = false;
     bool helloReceived = false;
     unsigned long long limit = kDefaultMessageLimit;
+    unsigned long long announcedLimit = 0; // the limit this connection's hello gave
     unsigned long long peerLimit = 0;
     std::unique_ptr<FrameDecoder> decoder;
     unsigned int nextRequest = 1;
@@ -118,6 +119,7 @@ struct CVarnSocket::Connection {
     /// Starts the connection on a connected socket: the decoder, then this side's hello.
     SocketResult Start(SocketHandle connected, const Deadline& deadline) {
         handle = connected;
+        announcedLimit = limit;
         decoder = std::make_unique<FrameDecoder>(limit);
         unsigned char hello[kHelloSize];
         fileio::net::EncodeHello(limit, hello);
@@ -184,7 +186,7 @@ struct CVarnSocket::Connection {
             case DecodeStatus::TooLarge:
                 return Fail(SR_TOO_LARGE,
                             "a message of " + std::to_string(decoder->Header().length) +
-                                " bytes is above the limit of " + std::to_string(limit));
+                                " bytes is above the limit of " + std::to_string(announcedLimit));
             }
             const std::span<unsigned char> space = decoder->Space();
             const fileio::platform::SocketIo io =
