@@ -366,6 +366,23 @@ TEST_F(DownloadTest, AServerThatIsGoneFailsCleanly) {
     ExpectOldFileAlone();
 }
 
+TEST_F(DownloadTest, AServerThatNeverAnswersTimesOut) {
+    // The system accepts the connection for the listener, which never reads or answers.
+    std::string why;
+    const auto listener = fileio::platform::Sockets().listen("127.0.0.1", 0, 4, why);
+    std::string address;
+    unsigned short port = 0;
+    fileio::platform::Sockets().localAddress(listener, address, port);
+    const std::string url = "http://127.0.0.1:" + std::to_string(port) + "/x";
+    for (const int timeoutMs : {0, 200}) {
+        String reason;
+        EXPECT_FALSE(DownloadFile(url.c_str(), target.c_str(), &reason, 1000, timeoutMs));
+        EXPECT_NE(reason.Find("timed out"), -1) << reason.Get();
+        ExpectOldFileAlone();
+    }
+    fileio::platform::Sockets().close(listener);
+}
+
 bool FailWrite(const char*, const void*, std::size_t) {
     return false;
 }

@@ -67,7 +67,8 @@ HttpStatus HttpGet(const char* url, int timeoutMs, const HttpSink& sink, std::st
     curl_easy_setopt(curl, CURLOPT_MAXREDIRS, kMaxRedirections);
     curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(curl, CURLOPT_FAILONERROR, 1L);
-    curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(timeoutMs));
+    // libcurl reads 0 as "no limit": the shortest limit it knows is 1 ms.
+    curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(timeoutMs > 0 ? timeoutMs : 1));
     curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, detail);
     curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, ReceiveBody);
     curl_easy_setopt(curl, CURLOPT_WRITEDATA, &transfer);
