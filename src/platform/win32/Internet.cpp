@@ -1,9 +1,9 @@
 // Internet.cpp - the desktop's URL handler and HTTP transfers, Win32 implementation.
 //
 // URLs go to ShellExecuteW, which starts the handler registered for the scheme (no command
-// line is built, so no shell parses the URL). HTTP goes through WinHTTP with the system's
-// proxy settings, limited to http and https; one deadline covers the whole transfer, and
-// each blocking call is bounded by what is left of it.
+// line is built, so no shell parses the URL). HTTP goes through WinHTTP in its asynchronous
+// mode with the system's proxy settings, limited to http and https; one deadline covers the
+// whole transfer, each step awaited until what is left of it.
 
 #include "platform/Platform.h"
 #include "platform/win32/WideText.h"
@@ -81,16 +81,159 @@ HttpStatus Failure(std::string& why) {
     return timedOut ? HttpStatus::TimedOut : HttpStatus::Failed;
 }
 
-/// Bounds every blocking WinHTTP call by what is left of the deadline.
-bool Bound(HINTERNET request, Clock::time_point deadline) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    if (left <= 0) {
-        SetLastError(ERROR_WINHTTP_TIMEOUT);
-        return false;
+/// One asynchronous WinHTTP request. Each step (send, response, read) is started and then
+/// awaited until the transfer's deadline, so that no server, however slow, holds the
+/// transfer past it: WinHTTP's own timeouts count per call, and some versions of it do not
+/// apply them to every call. The status callback runs on WinHTTP's threads; it records the
+/// step's outcome and signals. A step abandoned at the deadline may still complete later,
+/// into the request's own buffer: so the request owns everything a callback touches and is
+/// deleted by its last callback (HANDLE_CLOSING), never by the caller.
+class AsyncRequest {
+public:
+    /// A new request on `connection`, or null.
+    static AsyncRequest* Open(HINTERNET connection, const std::wstring& path, bool secure) {
+        auto* request = new AsyncRequest;
+        request->m_request = WinHttpOpenRequest(
+            connection, L"GET", path.empty() ? L"/" : path.c_str(), nullptr, WINHTTP_NO_REFERER,
+            WINHTTP_DEFAULT_ACCEPT_TYPES, secure ? WINHTTP_FLAG_SECURE : 0);
+        if (request->m_request == nullptr || request->m_stepDone == nullptr) {
+            request->Release();
+            return nullptr;
+        }
+        DWORD_PTR context = reinterpret_cast<DWORD_PTR>(request);
+        WinHttpSetOption(request->m_request, WINHTTP_OPTION_CONTEXT_VALUE, &context,
+                         sizeof context);
+        WinHttpSetStatusCallback(
+            request->m_request, OnStatus,
+            WINHTTP_CALLBACK_FLAG_ALL_COMPLETIONS | WINHTTP_CALLBACK_FLAG_HANDLES, 0);
+        return request;
     }
-    const int ms = static_cast<int>(left);
-    return WinHttpSetTimeouts(request, ms, ms, ms, ms) != FALSE;
+
+    /// Closes the request; it is deleted once WinHTTP has let go of it.
+    void Release() {
+        if (m_request == nullptr) {
+            delete this;
+            return;
+        }
+        WinHttpCloseHandle(m_request); // HANDLE_CLOSING follows and deletes
+    }
+
+    HINTERNET Get() const { return m_request; }
+
+    bool Send(Clock::time_point deadline) {
+        m_error = 0;
+        return WinHttpSendRequest(m_request, WINHTTP_NO_ADDITIONAL_HEADERS, 0,
+                                  WINHTTP_NO_REQUEST_DATA, 0, 0,
+                                  reinterpret_cast<DWORD_PTR>(this)) &&
+               Await(deadline);
+    }
+
+    bool ReceiveResponse(Clock::time_point deadline) {
+        m_error = 0;
+        return WinHttpReceiveResponse(m_request, nullptr) && Await(deadline);
+    }
+
+    /// Reads the next run of the body into Data(); `got` is 0 at its end.
+    bool Read(DWORD& got, Clock::time_point deadline) {
+        m_error = 0;
+        m_bytes = 0;
+        if (!WinHttpReadData(m_request, m_buffer.data(), kReadChunk, nullptr) || !Await(deadline))
+            return false;
+        got = m_bytes;
+        return true;
+    }
+
+    const char* Data() const { return m_buffer.data(); }
+
+private:
+    AsyncRequest() : m_stepDone(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
+    ~AsyncRequest() {
+        if (m_stepDone != nullptr)
+            CloseHandle(m_stepDone);
+    }
+    AsyncRequest(const AsyncRequest&) = delete;
+    AsyncRequest& operator=(const AsyncRequest&) = delete;
+
+    bool Await(Clock::time_point deadline) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        if (left <= 0 ||
+            WaitForSingleObject(m_stepDone, static_cast<DWORD>(left)) != WAIT_OBJECT_0) {
+            SetLastError(ERROR_WINHTTP_TIMEOUT);
+            return false;
+        }
+        if (m_error != 0) {
+            SetLastError(m_error);
+            return false;
+        }
+        return true;
+    }
+
+    static void CALLBACK OnStatus(HINTERNET, DWORD_PTR context, DWORD status, LPVOID info,
+                                  DWORD length) {
+        auto* self = reinterpret_cast<AsyncRequest*>(context);
+        if (self == nullptr)
+            return;
+        switch (status) {
+        case WINHTTP_CALLBACK_STATUS_SENDREQUEST_COMPLETE:
+        case WINHTTP_CALLBACK_STATUS_HEADERS_AVAILABLE:
+            SetEvent(self->m_stepDone);
+            break;
+        case WINHTTP_CALLBACK_STATUS_READ_COMPLETE:
+            self->m_bytes = length;
+            SetEvent(self->m_stepDone);
+            break;
+        case WINHTTP_CALLBACK_STATUS_REQUEST_ERROR:
+            self->m_error = static_cast<WINHTTP_ASYNC_RESULT*>(info)->dwError;
+            SetEvent(self->m_stepDone);
+            break;
+        case WINHTTP_CALLBACK_STATUS_HANDLE_CLOSING:
+            delete self; // the last callback of the handle
+            break;
+        default:
+            break;
+        }
+    }
+
+    HINTERNET m_request = nullptr;
+    HANDLE m_stepDone;
+    DWORD m_error = 0;
+    DWORD m_bytes = 0;
+    std::string m_buffer = std::string(kReadChunk, '\0');
+};
+
+/// The transfer itself, on an open request.
+HttpStatus Transfer(AsyncRequest& request, Clock::time_point deadline, const HttpSink& sink,
+                    std::string& why) {
+    if (!request.Send(deadline) || !request.ReceiveResponse(deadline))
+        return Failure(why);
+    DWORD status = 0;
+    DWORD size = sizeof status;
+    if (!WinHttpQueryHeaders(request.Get(), WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
+                             WINHTTP_HEADER_NAME_BY_INDEX, &status, &size, WINHTTP_NO_HEADER_INDEX))
+        return Failure(why);
+    if (status < kFirstSuccess || status >= kFirstFailure) {
+        why = "HTTP " + std::to_string(status);
+        return HttpStatus::Failed;
+    }
+    wchar_t lengthText[32] = {};
+    size = sizeof lengthText;
+    long long total = -1;
+    if (WinHttpQueryHeaders(request.Get(), WINHTTP_QUERY_CONTENT_LENGTH,
+                            WINHTTP_HEADER_NAME_BY_INDEX, lengthText, &size,
+                            WINHTTP_NO_HEADER_INDEX))
+        total = _wcstoi64(lengthText, nullptr, 10);
+    sink.length(sink.context, total);
+
+    for (;;) {
+        DWORD got = 0;
+        if (!request.Read(got, deadline))
+            return Failure(why);
+        if (got == 0)
+            return HttpStatus::Done;
+        if (!sink.data(sink.context, request.Data(), got))
+            return HttpStatus::Stopped;
+    }
 }
 
 HttpStatus HttpGet(const char* url, int timeoutMs, const HttpSink& sink, std::string& why) {
@@ -111,7 +254,8 @@ HttpStatus HttpGet(const char* url, int timeoutMs, const HttpSink& sink, std::st
     path.append(parts.lpszExtraInfo, parts.dwExtraInfoLength);
 
     InternetHandle session(WinHttpOpen(L"FileIO", WINHTTP_ACCESS_TYPE_DEFAULT_PROXY,
-                                       WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0));
+                                       WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS,
+                                       WINHTTP_FLAG_ASYNC));
     if (session.Get() == nullptr)
         return Failure(why);
     DWORD redirections = kMaxRedirections;
@@ -120,45 +264,13 @@ HttpStatus HttpGet(const char* url, int timeoutMs, const HttpSink& sink, std::st
     InternetHandle connection(WinHttpConnect(session.Get(), host.c_str(), parts.nPort, 0));
     if (connection.Get() == nullptr)
         return Failure(why);
-    InternetHandle request(
-        WinHttpOpenRequest(connection.Get(), L"GET", path.empty() ? L"/" : path.c_str(), nullptr,
-                           WINHTTP_NO_REFERER, WINHTTP_DEFAULT_ACCEPT_TYPES,
-                           parts.nScheme == INTERNET_SCHEME_HTTPS ? WINHTTP_FLAG_SECURE : 0));
-    if (request.Get() == nullptr || !Bound(request.Get(), deadline) ||
-        !WinHttpSendRequest(request.Get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0,
-                            WINHTTP_NO_REQUEST_DATA, 0, 0, 0) ||
-        !WinHttpReceiveResponse(request.Get(), nullptr))
+    AsyncRequest* request =
+        AsyncRequest::Open(connection.Get(), path, parts.nScheme == INTERNET_SCHEME_HTTPS);
+    if (request == nullptr)
         return Failure(why);
-
-    DWORD status = 0;
-    DWORD size = sizeof status;
-    if (!WinHttpQueryHeaders(request.Get(), WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
-                             WINHTTP_HEADER_NAME_BY_INDEX, &status, &size, WINHTTP_NO_HEADER_INDEX))
-        return Failure(why);
-    if (status < kFirstSuccess || status >= kFirstFailure) {
-        why = "HTTP " + std::to_string(status);
-        return HttpStatus::Failed;
-    }
-    wchar_t lengthText[32] = {};
-    size = sizeof lengthText;
-    long long total = -1;
-    if (WinHttpQueryHeaders(request.Get(), WINHTTP_QUERY_CONTENT_LENGTH,
-                            WINHTTP_HEADER_NAME_BY_INDEX, lengthText, &size,
-                            WINHTTP_NO_HEADER_INDEX))
-        total = _wcstoi64(lengthText, nullptr, 10);
-    sink.length(sink.context, total);
-
-    std::string buffer(kReadChunk, '\0');
-    for (;;) {
-        DWORD got = 0;
-        if (!Bound(request.Get(), deadline) ||
-            !WinHttpReadData(request.Get(), buffer.data(), kReadChunk, &got))
-            return Failure(why);
-        if (got == 0)
-            return HttpStatus::Done;
-        if (!sink.data(sink.context, buffer.data(), got))
-            return HttpStatus::Stopped;
-    }
+    const HttpStatus result = Transfer(*request, deadline, sink, why);
+    request->Release();
+    return result;
 }
 
 } // namespace
