@@ -102,8 +102,10 @@ public:
     /// for the hello.
     SocketResult Accept(CVarnSocket& connection, int timeoutMs);
     /// Connects to `address`:`port` and exchanges hellos, all within `timeoutMs`.
-    /// SR_SYSTEM_ERROR when the connection is refused, SR_TIMED_OUT when the peer does not
-    /// answer in time. Closes what the socket held first.
+    /// SR_SYSTEM_ERROR when the connection is refused. SR_TIMED_OUT when it is not made in
+    /// time (the socket is then closed), or when it is made but the peer's hello is late
+    /// (the connection is kept, and its first Receive or Send waits for the hello). Closes
+    /// what the socket held first.
     SocketResult Connect(const char* address, unsigned short port, int timeoutMs);
 
     // ---- messages ----------------------------------------------------------------------
