@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <iterator>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -210,6 +212,32 @@ TEST(VarnSocketTest, RefusesAPeerOfAnotherVersionAtTheHandshake) {
         << raw.listener.GetErrorText().Get();
     EXPECT_FALSE(raw.socket.IsConnected());
     EXPECT_TRUE(raw.listener.IsListening()); // the listener goes on
+}
+
+TEST(VarnSocketTest, APeerWhoseHelloIsLateIsStillAccepted) {
+    RawPair raw;
+    ASSERT_EQ(raw.Open("", 100), SR_OK); // no hello within Accept's deadline
+    EXPECT_TRUE(raw.socket.IsConnected());
+    EXPECT_EQ(raw.socket.GetPeerMessageLimit(), 0u);
+    MemoryStream received;
+    EXPECT_EQ(raw.socket.Send(StreamOf("early"), 50), SR_TIMED_OUT); // waits for the hello
+    EXPECT_TRUE(raw.socket.IsConnected());
+    ASSERT_TRUE(raw.peer.Send(Hello(4096) + Header(2, 4, 3) + "late"));
+    ASSERT_EQ(raw.socket.Receive(received, kPatientMs), SR_OK);
+    EXPECT_EQ(BytesOf(received), "late");
+    EXPECT_EQ(raw.socket.GetPeerMessageLimit(), 4096u);
+    EXPECT_EQ(raw.socket.Send(StreamOf(Pattern(4097)), kPatientMs), SR_TOO_LARGE);
+}
+
+TEST(VarnSocketTest, EveryResultHasItsOwnName) {
+    const SocketResult results[] = {SR_OK,          SR_TIMED_OUT,    SR_PEER_CLOSED,
+                                    SR_TRUNCATED,   SR_TOO_LARGE,    SR_BAD_HEADER,
+                                    SR_BAD_VERSION, SR_SYSTEM_ERROR, SR_NOT_CONNECTED};
+    std::set<std::string> names;
+    for (const SocketResult result : results)
+        names.insert(GetSocketResultText(result));
+    EXPECT_EQ(names.size(), std::size(results));
+    EXPECT_STREQ(GetSocketResultText(SR_TOO_LARGE), "too large");
 }
 
 TEST(VarnSocketTest, OneDeadlineCoversAWholeMessageFromASlowPeer) {
