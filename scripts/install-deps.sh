@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     g++ clang clang-format cmake ninja-build pkg-config
-    googletest libgtest-dev libgmock-dev libbenchmark-dev
+    googletest libgtest-dev libgmock-dev libbenchmark-dev libcurl4-openssl-dev
     g++-mingw-w64-x86-64-posix wine64 locales
 )
 

@@ -20,6 +20,8 @@
 #include "fileio/memory/MemoryReport.h"
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
+#include "fileio/net/Internet.h"
+#include "fileio/net/VarnSocket.h"
 #include "fileio/path/BasePath.h"
 #include "fileio/path/DirectorySearch.h"
 #include "fileio/path/FileSystem.h"

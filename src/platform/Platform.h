@@ -8,7 +8,8 @@
 // otherwise. The layer is internal: it is never installed and none of it is exported.
 //
 // Replacing services in tests: each group of services that touches the outside world (files,
-// the settings hive, dialogs, names and folders, network forms of paths) is reached through
+// the settings hive, dialogs, names and folders, network forms of paths, sockets, child
+// processes, the internet) is reached through
 // a table of function pointers, `XxxServices& Xxx()`, filled with the system's functions at
 // start-up. A test overwrites entries of the table (to make the K-th write fail, a rename
 // fail, the disk fill up, or a drive table or mount table hold what it needs) and puts the
@@ -548,5 +549,154 @@ struct IconServices {
 
 /// The process's icon services.
 IconServices& Icons();
+
+// ---------------------------------------------------------------------------------------
+// Sockets
+// ---------------------------------------------------------------------------------------
+// TCP sockets in non-blocking mode: BSD sockets on POSIX, Winsock on Windows. Nothing here
+// waits except `wait`, so every caller keeps its own deadline. A send never raises SIGPIPE.
+// Addresses are numeric IPv4 or IPv6 text ("127.0.0.1", "::1"); no name is ever looked up,
+// since a name lookup cannot be bounded by a deadline.
+
+/// A socket: a file descriptor on POSIX, a SOCKET on Windows; kNoSocket when there is none.
+using SocketHandle = std::intptr_t;
+inline constexpr SocketHandle kNoSocket = -1;
+
+/// What a socket call did.
+enum class SocketStatus {
+    Done,       ///< the call succeeded (for a transfer: at least one byte moved)
+    WouldBlock, ///< nothing can be done now without waiting
+    Closed,     ///< the peer closed or reset the connection
+    Failed,     ///< another failure; the system's text says which
+};
+
+/// The outcome of a socket call: its status, the bytes moved, the system's text on failure.
+struct SocketIo {
+    SocketStatus status = SocketStatus::Done;
+    std::size_t bytes = 0;
+    std::string error;
+};
+
+/// One run of bytes to send.
+struct SendBuffer {
+    const void* data;
+    std::size_t size;
+};
+
+/// What `wait` waits for, and what it found.
+inline constexpr unsigned kSocketReadable = 1, kSocketWritable = 2;
+
+struct SocketServices {
+    /// A new socket listening on `address`:`port` (port 0: the system chooses), not
+    /// inherited by child processes, with a backlog of `backlog` connections. kNoSocket on
+    /// failure, with `error` set.
+    SocketHandle (*listen)(const char* address, unsigned short port, int backlog,
+                           std::string& error);
+    /// Takes a pending connection from a listening socket, without waiting. Done with
+    /// `accepted` set; WouldBlock when none is pending.
+    SocketIo (*accept)(SocketHandle listener, SocketHandle& accepted);
+    /// Starts connecting to `address`:`port` without waiting. Done with `connecting` set
+    /// when the connection is made or under way (`finishConnect` tells which), Failed else.
+    SocketIo (*connect)(const char* address, unsigned short port, SocketHandle& connecting);
+    /// After `wait` found a connecting socket writable: Done when the connection was made,
+    /// Failed (with the system's text, "Connection refused" ...) when it was not.
+    SocketIo (*finishConnect)(SocketHandle socket);
+    /// The local address and port of a socket ("127.0.0.1", 41234). False when unknown.
+    bool (*localAddress)(SocketHandle socket, std::string& address, unsigned short& port);
+    /// Waits up to `timeoutMs` (0: only looks, negative: no limit) until the socket is
+    /// readable or writable as `events` (kSocketReadable | kSocketWritable) asks; returns the
+    /// events found (0 when the time ran out). A closed or failed connection is readable
+    /// and writable. -1 when the wait itself failed.
+    int (*wait)(SocketHandle socket, unsigned events, int timeoutMs);
+    /// Sends what it can of the buffers in order without waiting; `bytes` tells how much.
+    SocketIo (*send)(SocketHandle socket, const SendBuffer* buffers, std::size_t count);
+    /// Receives up to `size` bytes without waiting. Done with bytes > 0; Closed when the
+    /// peer has finished sending (bytes 0) or reset the connection; WouldBlock when nothing
+    /// has arrived.
+    SocketIo (*receive)(SocketHandle socket, void* data, std::size_t size);
+    /// Tells the peer that nothing more will be sent (the other direction stays open).
+    void (*shutdownSend)(SocketHandle socket);
+    /// Closes a socket. kNoSocket is ignored.
+    void (*close)(SocketHandle socket);
+};
+
+/// The process's socket services.
+SocketServices& Sockets();
+
+// ---------------------------------------------------------------------------------------
+// Child processes
+// ---------------------------------------------------------------------------------------
+// A program is started from an argument vector, never through a shell: argv[0] is looked
+// up on the PATH as the system does (CreateProcessW's search on Windows, which adds
+// ".exe"), and each argument reaches the program as it is, blanks and quotes included.
+
+/// What running a program to its end found.
+struct ProcessOutcome {
+    bool started = false;  ///< the program could be started
+    bool timedOut = false; ///< it was still running at the deadline and was ended
+    int exitCode = -1;     ///< its exit status when it ended by itself
+    std::string output;    ///< its standard output, up to kProcessOutputLimit bytes
+    std::string errors;    ///< its standard error, up to kProcessOutputLimit bytes
+    std::string why;       ///< the system's text when it could not be started
+};
+
+/// The most of each output stream that `run` keeps; the rest is read and dropped.
+inline constexpr std::size_t kProcessOutputLimit = 1u << 20;
+
+struct ProcessServices {
+    /// Runs `argv` with no standard input, captures its standard output and error, and
+    /// waits for it up to `timeoutMs`; a program still running then is killed. The outcome
+    /// says what happened; the return value is `outcome.started`.
+    bool (*run)(const std::vector<std::string>& argv, int timeoutMs, ProcessOutcome& outcome);
+    /// Starts `argv` and does not wait for it; nothing is left for the caller to collect.
+    /// False, with `why` set, when it could not be started.
+    bool (*startDetached)(const std::vector<std::string>& argv, std::string& why);
+};
+
+/// The process's child-process services.
+ProcessServices& Processes();
+
+/// The Windows command line that hands `argv` to a program as it is, by the quoting rules
+/// of the C runtime's argument parser: an argument with a blank, a tab or a quote (or an
+/// empty one) is quoted, its quotes escaped with a backslash, and the backslashes before a
+/// quote or before the closing quote doubled. The arguments `a b` and `c"d` give
+/// the line `"a b" "c\"d"`.
+std::string WindowsCommandLine(const std::vector<std::string>& argv);
+
+// ---------------------------------------------------------------------------------------
+// Internet: the desktop's handler of a URL, HTTP transfers
+// ---------------------------------------------------------------------------------------
+
+/// Receives the body of an HTTP transfer as it arrives.
+struct HttpSink {
+    void* context;
+    /// The length the server announced: -1 when it announced none. Called once, before
+    /// any data.
+    void (*length)(void* context, long long total);
+    /// A run of the body. Returning false stops the transfer (HttpStatus::Stopped).
+    bool (*data)(void* context, const void* bytes, std::size_t size);
+};
+
+/// How an HTTP transfer ended.
+enum class HttpStatus {
+    Done,     ///< the whole body arrived with a success status (2xx)
+    Stopped,  ///< the sink stopped it
+    TimedOut, ///< the deadline passed
+    Failed,   ///< anything else: no connection, an error status, a broken transfer
+};
+
+struct InternetServices {
+    /// Hands `url` (an absolute URL: "http:", "https:", "mailto:" ...) to the desktop's
+    /// handler for its scheme: `xdg-open URL` on Linux (through Processes().startDetached),
+    /// ShellExecuteW on Windows. False, with `why` set, when it could not be handed over.
+    bool (*openUrl)(const char* url, std::string& why);
+    /// Fetches `url` with a GET, following redirections, feeding the body to `sink`, all
+    /// within `timeoutMs`. libcurl on Linux, WinHTTP on Windows. On failure `why` says
+    /// what happened ("HTTP 404", the system's text ...).
+    HttpStatus (*httpGet)(const char* url, int timeoutMs, const HttpSink& sink, std::string& why);
+};
+
+/// The process's internet services.
+InternetServices& Internet();
 
 } // namespace fileio::platform

@@ -1,0 +1,410 @@
+// InternetTest.cpp - the internet helpers through recording services: the exact URLs the
+// browser and the mail program get, the revision query with a fake client and with none,
+// and downloads from a small HTTP server on the loopback address that completes, breaks
+// off, sends too much or is gone, with the old file intact after every failure.
+
+#include "fileio/net/Internet.h"
+#include "fileio/handlers/ScopedHandler.h"
+#include "fileio/handlers/StatusHandler.h"
+#include "net/NetTestSupport.h"
+#include "net/UrlText.h"
+#include "platform/Platform.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using fileio::platform::Files;
+using fileio::platform::FileServices;
+using fileio::platform::Internet;
+using fileio::platform::InternetServices;
+using fileio::platform::Processes;
+using fileio::platform::ProcessOutcome;
+using fileio::platform::ProcessServices;
+using fileio::platform::ScopedServices;
+using fileio::test::kPatientMs;
+using fileio::test::TempFolder;
+
+// ---- browser and mail -----------------------------------------------------------------
+
+std::vector<std::string> g_openedUrls;
+
+bool RecordUrl(const char* url, std::string&) {
+    g_openedUrls.emplace_back(url);
+    return true;
+}
+
+struct UrlCase {
+    const char* text;
+    const char* url; // "" when nothing may be opened
+};
+
+TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
+    const UrlCase cases[] = {
+        {"https://example.com/a?b=1&c=2#top", "https://example.com/a?b=1&c=2#top"},
+        {"HTTP://Example.com/", "HTTP://Example.com/"},
+        {"www.example.com/a b", "http://www.example.com/a%20b"},
+        {"localhost:8080/x", "http://localhost:8080/x"},
+        {"example.com/100%25 sure", "http://example.com/100%25%20sure"}, // escapes kept
+        {"http://x/\xC3\xBC\xE2\x82\xAC", "http://x/%C3%BC%E2%82%AC"},
+        {"http://x/<a>\"{|}\\^`", "http://x/%3Ca%3E%22%7B%7C%7D%5C%5E%60"},
+        {"http://x/\t\r\n\x7F", "http://x/%09%0D%0A%7F"},
+        {"file:///etc/passwd", ""},
+        {"javascript:alert(1)", ""},
+        {"mailto:ann@example.com", ""},
+        {"", ""},
+    };
+    for (const UrlCase& c : cases)
+        EXPECT_EQ(fileio::net::BrowserUrl(c.text), c.url) << c.text;
+}
+
+struct MailCase {
+    const char* address;
+    const char* subject;
+    const char* body;
+    const char* url;
+};
+
+TEST(InternetTest, MailUrlsEncodeEveryField) {
+    const MailCase cases[] = {
+        {"ann@example.com", "", "", "mailto:ann@example.com"},
+        {"ann+render@example.com", "Q&A", "a b",
+         "mailto:ann+render@example.com?subject=Q%26A&body=a%20b"},
+        {"ann@example.com", "", "only a body", "mailto:ann@example.com?body=only%20a%20body"},
+        {"bob@x.org",
+         "\xC3\x9C"
+         "ber 100%",
+         "line 1\nline 2\r\nline 3\rend",
+         "mailto:bob@x.org?subject=%C3%9Cber%20100%25"
+         "&body=line%201%0D%0Aline%202%0D%0Aline%203%0D%0Aend"},
+        {"odd?name&x=y@x.org", "a=b?c#d", "+/",
+         "mailto:odd%3Fname%26x=y@x.org?subject=a%3Db%3Fc%23d&body=%2B%2F"},
+        {"", "no recipient", "", "mailto:?subject=no%20recipient"},
+    };
+    for (const MailCase& c : cases)
+        EXPECT_EQ(fileio::net::MailUrl(c.address, c.subject, c.body), c.url) << c.url;
+}
+
+TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
+    ScopedServices<InternetServices> saved(Internet());
+    Internet().openUrl = RecordUrl;
+    g_openedUrls.clear();
+    EXPECT_TRUE(LaunchBrowser("www.example.com/a b"));
+    EXPECT_FALSE(LaunchBrowser("file:///etc/passwd")); // refused before the system sees it
+    EXPECT_FALSE(LaunchBrowser(String()));
+    EXPECT_TRUE(LaunchMail("ann@example.com", "Render & done", "Frame 12\n"));
+    const std::vector<std::string> expected = {
+        "http://www.example.com/a%20b",
+        "mailto:ann@example.com?subject=Render%20%26%20done&body=Frame%2012%0D%0A"};
+    EXPECT_EQ(g_openedUrls, expected);
+    EXPECT_TRUE(IsConnectedToInternet());
+    EXPECT_TRUE(ConnectToInternet());
+}
+
+// ---- the revision query -------------------------------------------------------------------
+
+struct FakeClient {
+    static inline std::vector<std::vector<std::string>> calls;
+    static inline ProcessOutcome answer;
+
+    static bool Run(const std::vector<std::string>& argv, int, ProcessOutcome& outcome) {
+        calls.push_back(argv);
+        outcome = answer;
+        return answer.started;
+    }
+};
+
+ProcessOutcome Answer(bool started, const char* output, int exitCode, bool timedOut = false) {
+    ProcessOutcome outcome;
+    outcome.started = started;
+    outcome.output = output;
+    outcome.exitCode = exitCode;
+    outcome.timedOut = timedOut;
+    return outcome;
+}
+
+struct RevisionCase {
+    const char* what;
+    ProcessOutcome answer;
+    int revision;
+};
+
+TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
+    TempFolder folder("fileio-svn");
+    folder.MakeFolder("work/.svn");
+    const std::string file = folder.WriteFile("work/models/robot arm.mdl", "x");
+    const RevisionCase cases[] = {
+        {"a revision", Answer(true, "1234\n", 0), 1234},
+        {"blanks around it", Answer(true, "  77 \r\n", 0), 77},
+        {"revision 0", Answer(true, "0", 0), 0},
+        {"no client installed", Answer(false, "", -1), -1},
+        {"the client fails", Answer(true, "12\n", 1), -1},
+        {"the client hangs", Answer(true, "", -1, true), -1},
+        {"no answer", Answer(true, "", 0), -1},
+        {"not a number", Answer(true, "svn: E155007: not a working copy\n", 0), -1},
+        {"two numbers", Answer(true, "12 13\n", 0), -1},
+        {"too large", Answer(true, "99999999999\n", 0), -1},
+    };
+    ScopedServices<ProcessServices> saved(Processes());
+    Processes().run = FakeClient::Run;
+    for (const RevisionCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        FakeClient::calls.clear();
+        FakeClient::answer = c.answer;
+        EXPECT_EQ(SVNGetRevision(file.c_str()), c.revision);
+        ASSERT_EQ(FakeClient::calls.size(), 1u);
+        const std::vector<std::string> argv = {
+            "svn", "info",    "--non-interactive", "--show-item", "last-changed-revision",
+            "--",  file + "@"};
+        EXPECT_EQ(FakeClient::calls[0], argv);
+    }
+}
+
+TEST(InternetTest, AFileOutsideAWorkingCopyAsksNoClient) {
+    TempFolder folder("fileio-svn");
+    const std::string file = folder.WriteFile("plain.mdl", "x");
+    ScopedServices<ProcessServices> saved(Processes());
+    Processes().run = FakeClient::Run;
+    FakeClient::calls.clear();
+    FakeClient::answer = Answer(true, "5", 0);
+    EXPECT_EQ(SVNGetRevision(file.c_str()), -1);
+    EXPECT_EQ(SVNGetRevision(String()), -1);
+    EXPECT_TRUE(FakeClient::calls.empty());
+}
+
+// ---- downloads ----------------------------------------------------------------------------
+
+/// Serves one connection on 127.0.0.1 with a scripted response, then closes.
+class OneShotServer {
+public:
+    explicit OneShotServer(std::string response) : m_response(std::move(response)) {
+        using namespace fileio::platform;
+        std::string why;
+        m_listener = Sockets().listen("127.0.0.1", 0, 4, why);
+        std::string address;
+        Sockets().localAddress(m_listener, address, m_port);
+        m_thread = std::thread([this] { Serve(); });
+    }
+    ~OneShotServer() {
+        m_thread.join();
+        fileio::platform::Sockets().close(m_listener);
+    }
+    OneShotServer(const OneShotServer&) = delete;
+    OneShotServer& operator=(const OneShotServer&) = delete;
+
+    [[nodiscard]] std::string Url(const char* path = "/file.bin") const {
+        return "http://127.0.0.1:" + std::to_string(m_port) + path;
+    }
+    /// The request the server received.
+    [[nodiscard]] const std::string& Request() const { return m_request; }
+
+private:
+    void Serve() {
+        using namespace fileio::platform;
+        SocketHandle connection = kNoSocket;
+        for (int round = 0; round < 100 && connection == kNoSocket; ++round) {
+            if (Sockets().wait(m_listener, kSocketReadable, kPatientMs) <= 0)
+                return;
+            Sockets().accept(m_listener, connection);
+        }
+        char buffer[4096];
+        for (int round = 0; round < 1000 && m_request.find("\r\n\r\n") == std::string::npos;
+             ++round) {
+            if (Sockets().wait(connection, kSocketReadable, kPatientMs) <= 0)
+                break;
+            const SocketIo io = Sockets().receive(connection, buffer, sizeof buffer);
+            if (io.status != SocketStatus::Done)
+                break;
+            m_request.append(buffer, io.bytes);
+        }
+        std::size_t sent = 0;
+        for (int round = 0; round < 100000 && sent < m_response.size(); ++round) {
+            const SendBuffer part{m_response.data() + sent, m_response.size() - sent};
+            const SocketIo io = Sockets().send(connection, &part, 1);
+            if (io.status == SocketStatus::Done)
+                sent += io.bytes;
+            else if (io.status != SocketStatus::WouldBlock ||
+                     Sockets().wait(connection, kSocketWritable, kPatientMs) <= 0)
+                break; // the client stopped reading: it has what it wanted
+        }
+        Sockets().shutdownSend(connection);
+        Sockets().close(connection);
+    }
+
+    std::string m_response;
+    fileio::platform::SocketHandle m_listener = fileio::platform::kNoSocket;
+    unsigned short m_port = 0;
+    std::string m_request;
+    std::thread m_thread;
+};
+
+std::string Response(const std::string& body, long long announced = -2,
+                     const char* status = "200 OK") {
+    std::string head = std::string("HTTP/1.1 ") + status + "\r\nConnection: close\r\n";
+    if (announced != -1)
+        head += "Content-Length: " +
+                std::to_string(announced == -2 ? static_cast<long long>(body.size()) : announced) +
+                "\r\n";
+    return head + "\r\n" + body;
+}
+
+/// Records the progress the download shows.
+class RecordingStatus : public StatusHandler {
+public:
+    void SetStatusText(const String& text) override { texts.emplace_back(text.View()); }
+    void SetProgress(int position) override { positions.push_back(position); }
+    std::vector<std::string> texts;
+    std::vector<int> positions;
+};
+
+class DownloadTest : public ::testing::Test {
+protected:
+    void SetUp() override { target = folder.WriteFile("models/robot.mdl", kOld); }
+
+    /// The file is as it was and nothing else is in its folder.
+    void ExpectOldFileAlone() {
+        EXPECT_EQ(folder.ReadFile("models/robot.mdl"), kOld);
+        std::vector<fileio::platform::FolderEntry> entries;
+        ASSERT_TRUE(Files().listFolder(folder.Join("models").c_str(), entries));
+        ASSERT_EQ(entries.size(), 1u);
+        EXPECT_EQ(entries[0].name, "robot.mdl");
+    }
+
+    static constexpr const char* kOld = "the old file, intact";
+    TempFolder folder{"fileio-download"};
+    std::string target;
+};
+
+std::string Body(std::size_t size) {
+    std::string body(size, '\0');
+    for (std::size_t i = 0; i < size; ++i)
+        body[i] = static_cast<char>(i * 7 + 3);
+    return body;
+}
+
+TEST_F(DownloadTest, ACompleteDownloadReplacesTheFileAndShowsItsProgress) {
+    const std::string body = Body(300000);
+    OneShotServer server(Response(body));
+    RecordingStatus status;
+    ScopedStatusHandler installed(&status);
+    String why;
+    ASSERT_TRUE(DownloadFile(server.Url().c_str(), target.c_str(), &why)) << why.Get();
+    EXPECT_TRUE(why.IsEmpty());
+    EXPECT_TRUE(folder.ReadFile("models/robot.mdl") == body);
+    EXPECT_EQ(server.Request().rfind("GET /file.bin HTTP/1.", 0), 0u) << server.Request();
+    ASSERT_FALSE(status.positions.empty());
+    EXPECT_EQ(status.positions.back(), 100);
+    EXPECT_TRUE(std::is_sorted(status.positions.begin(), status.positions.end()));
+    ASSERT_FALSE(status.texts.empty());
+    EXPECT_EQ(status.texts.front(), "Downloading " + server.Url());
+    // A download to a new name creates it.
+    OneShotServer again(Response("fresh"));
+    ASSERT_TRUE(DownloadFile(again.Url().c_str(), folder.Join("new.bin").c_str()));
+    EXPECT_EQ(folder.ReadFile("new.bin"), "fresh");
+}
+
+TEST_F(DownloadTest, AnEmptyBodyGivesAnEmptyFile) {
+    OneShotServer server(Response(""));
+    ASSERT_TRUE(DownloadFile(server.Url().c_str(), target.c_str()));
+    EXPECT_EQ(folder.ReadFile("models/robot.mdl"), "");
+}
+
+struct FailedDownloadCase {
+    const char* what;
+    std::string response;
+    unsigned long long limit;
+    const char* reason; // a part of the reason given
+};
+
+TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
+    const FailedDownloadCase cases[] = {
+        {"truncated", Response(Body(500), 1000), 1 << 20, ""},
+        {"too large, announced", Response(Body(5000)), 1000, "limit of 1000"},
+        {"too large, unannounced", Response(Body(5000), -1), 1000, "limit of 1000"},
+        {"one byte above the limit", Response(Body(1001), -1), 1000, "limit of 1000"},
+        {"not found", Response("not found", -2, "404 Not Found"), 1 << 20, "404"},
+        {"not http", "SSH-2.0-OpenSSH_9.2\r\n", 1 << 20, ""},
+    };
+    for (const FailedDownloadCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        OneShotServer server(c.response);
+        String why;
+        EXPECT_FALSE(DownloadFile(server.Url().c_str(), target.c_str(), &why, c.limit, kPatientMs));
+        EXPECT_FALSE(why.IsEmpty());
+        if (*c.reason != '\0') {
+            EXPECT_NE(why.Find(c.reason), -1) << why.Get();
+        }
+        ExpectOldFileAlone();
+    }
+    // The limit itself is allowed.
+    OneShotServer exact(Response(Body(1000), -1));
+    EXPECT_TRUE(DownloadFile(exact.Url().c_str(), target.c_str(), nullptr, 1000, kPatientMs));
+}
+
+TEST_F(DownloadTest, AServerThatIsGoneFailsCleanly) {
+    std::string why;
+    const auto listener =
+        fileio::platform::Sockets().listen(fileio::test::kUnusedLoopback, 0, 1, why);
+    std::string address;
+    unsigned short port = 0;
+    fileio::platform::Sockets().localAddress(listener, address, port);
+    fileio::platform::Sockets().close(listener);
+    String reason;
+    const std::string url =
+        "http://" + std::string(fileio::test::kUnusedLoopback) + ":" + std::to_string(port) + "/x";
+    EXPECT_FALSE(DownloadFile(url.c_str(), target.c_str(), &reason, 1000, kPatientMs));
+    EXPECT_FALSE(reason.IsEmpty());
+    ExpectOldFileAlone();
+    EXPECT_FALSE(DownloadFile("", target.c_str(), &reason));
+    EXPECT_FALSE(DownloadFile("ftp://127.0.0.1/x", target.c_str(), &reason, 1000, kPatientMs));
+    ExpectOldFileAlone();
+}
+
+TEST_F(DownloadTest, AServerThatNeverAnswersTimesOut) {
+    // The system accepts the connection for the listener, which never reads or answers.
+    std::string why;
+    const auto listener = fileio::platform::Sockets().listen("127.0.0.1", 0, 4, why);
+    std::string address;
+    unsigned short port = 0;
+    fileio::platform::Sockets().localAddress(listener, address, port);
+    const std::string url = "http://127.0.0.1:" + std::to_string(port) + "/x";
+    for (const int timeoutMs : {0, 200}) {
+        String reason;
+        EXPECT_FALSE(DownloadFile(url.c_str(), target.c_str(), &reason, 1000, timeoutMs));
+        EXPECT_NE(reason.Find("timed out"), -1) << reason.Get();
+        ExpectOldFileAlone();
+    }
+    fileio::platform::Sockets().close(listener);
+}
+
+bool FailWrite(fileio::platform::FileHandle, const void*, std::size_t) {
+    return false;
+}
+
+bool FailReplace(const char*, const char*) {
+    return false;
+}
+
+TEST_F(DownloadTest, AFailedSaveLeavesTheOldFileAndNoTemporary) {
+    for (const bool failWrite : {true, false}) {
+        SCOPED_TRACE(failWrite ? "the write fails" : "the rename fails");
+        OneShotServer server(Response("new content"));
+        ScopedServices<FileServices> saved(Files());
+        if (failWrite)
+            Files().writeFile = FailWrite;
+        else
+            Files().replaceFile = FailReplace;
+        String why;
+        EXPECT_FALSE(DownloadFile(server.Url().c_str(), target.c_str(), &why));
+        EXPECT_NE(why.Find("cannot save"), -1) << why.Get();
+        ExpectOldFileAlone();
+    }
+}
+
+} // namespace

@@ -1,0 +1,182 @@
+// NetTestSupport.h - what the networking tests share: a raw peer that sends exactly the
+// bytes a test chooses, connected pairs of message sockets, hand-made frames, and this
+// test program started again as a child process.
+//
+// Every wait here is bounded by a deadline; every loop by a count.
+#pragma once
+
+#include "fileio/net/VarnSocket.h"
+#include "fileio/stream/MemoryStream.h"
+#include "platform/Platform.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdint>
+#include <future>
+#include <string>
+#include <vector>
+
+namespace fileio::test {
+
+/// Generous deadline of the tests' calls: long enough for a loaded machine, short enough
+/// that a hang fails the test rather than the run.
+inline constexpr int kPatientMs = 20000;
+
+/// A loopback address on which no test listens for long: a port closed there stays closed
+/// while tests run in parallel (the others listen on 127.0.0.1 and 127.0.0.2).
+inline constexpr const char* kUnusedLoopback = "127.0.0.3";
+
+/// The argument that makes this test program act as a child (see NetTestMain.cpp).
+inline constexpr const char* kChildArgument = "--fileio-net-child";
+
+/// The bytes of a 20-byte frame header, written out field by field.
+inline std::string Header(std::uint8_t kind, std::uint64_t length, std::uint32_t request = 0,
+                          std::uint8_t mode = 0, std::uint16_t version = 1) {
+    std::string bytes = "VRNM";
+    bytes += static_cast<char>(version & 0xFF);
+    bytes += static_cast<char>(version >> 8);
+    bytes += static_cast<char>(kind);
+    bytes += static_cast<char>(mode);
+    for (int i = 0; i < 4; ++i)
+        bytes += static_cast<char>((request >> (8 * i)) & 0xFF);
+    for (int i = 0; i < 8; ++i)
+        bytes += static_cast<char>((length >> (8 * i)) & 0xFF);
+    return bytes;
+}
+
+/// A whole hello announcing `limit`.
+inline std::string Hello(std::uint64_t limit = 1 << 20, std::uint16_t version = 1) {
+    std::string bytes = Header(1, 8, 0, 0, version);
+    for (int i = 0; i < 8; ++i)
+        bytes += static_cast<char>((limit >> (8 * i)) & 0xFF);
+    return bytes;
+}
+
+/// A storing stream holding `bytes`, in the binary form when `binary`.
+inline MemoryStream StreamOf(const std::string& bytes, bool binary = false) {
+    MemoryStream stream;
+    stream.Open(binary ? FM_BINARY : FM_STORING);
+    stream.Write(bytes.data(), bytes.size());
+    return stream;
+}
+
+/// The data of a stream as a string.
+inline std::string BytesOf(const MemoryStream& stream) {
+    return stream.GetLength() == 0
+               ? std::string()
+               : std::string(reinterpret_cast<const char*>(stream.GetData()), stream.GetLength());
+}
+
+/// A TCP connection made with the platform's sockets, bypassing the message socket, so
+/// that a test can send any bytes at all.
+class RawPeer {
+public:
+    RawPeer() = default;
+    ~RawPeer() { Close(); }
+    RawPeer(const RawPeer&) = delete;
+    RawPeer& operator=(const RawPeer&) = delete;
+
+    /// Connects to 127.0.0.1:port.
+    bool Connect(unsigned short port) {
+        using namespace fileio::platform;
+        if (Sockets().connect("127.0.0.1", port, m_socket).status != SocketStatus::Done)
+            return false;
+        return Sockets().wait(m_socket, kSocketWritable, kPatientMs) > 0 &&
+               Sockets().finishConnect(m_socket).status == SocketStatus::Done;
+    }
+
+    /// Sends all of `bytes`; false when the connection failed first.
+    bool Send(const std::string& bytes) {
+        using namespace fileio::platform;
+        std::size_t sent = 0;
+        for (int round = 0; round < kMaxRounds && sent < bytes.size(); ++round) {
+            const SendBuffer part{bytes.data() + sent, bytes.size() - sent};
+            const SocketIo io = Sockets().send(m_socket, &part, 1);
+            if (io.status == SocketStatus::Done)
+                sent += io.bytes;
+            else if (io.status != SocketStatus::WouldBlock ||
+                     Sockets().wait(m_socket, kSocketWritable, kPatientMs) <= 0)
+                return false;
+        }
+        return sent == bytes.size();
+    }
+
+    /// Receives until `count` bytes came or the connection ended; returns what came.
+    std::string Receive(std::size_t count) {
+        using namespace fileio::platform;
+        std::string got;
+        char buffer[4096];
+        for (int round = 0; round < kMaxRounds && got.size() < count; ++round) {
+            const std::size_t want = std::min(sizeof buffer, count - got.size());
+            const SocketIo io = Sockets().receive(m_socket, buffer, want);
+            if (io.status == SocketStatus::Done)
+                got.append(buffer, io.bytes);
+            else if (io.status != SocketStatus::WouldBlock ||
+                     Sockets().wait(m_socket, kSocketReadable, kPatientMs) <= 0)
+                break;
+        }
+        return got;
+    }
+
+    void Close() {
+        fileio::platform::Sockets().close(m_socket);
+        m_socket = fileio::platform::kNoSocket;
+    }
+
+private:
+    static constexpr int kMaxRounds = 100000;
+    fileio::platform::SocketHandle m_socket = fileio::platform::kNoSocket;
+};
+
+/// A listening message socket and a raw peer connected to it: the raw peer plays a peer
+/// that may break the protocol.
+struct RawPair {
+    CVarnSocket listener;
+    CVarnSocket socket; // the accepted side
+    RawPeer peer;
+
+    /// Listens, connects the raw peer, which sends `opening` (a hello, usually), and
+    /// accepts; returns Accept's result.
+    SocketResult Open(const std::string& opening, int acceptTimeoutMs = kPatientMs) {
+        if (listener.Listen() != SR_OK || !peer.Connect(listener.GetPort()) || !peer.Send(opening))
+            return SR_SYSTEM_ERROR;
+        return listener.Accept(socket, acceptTimeoutMs);
+    }
+};
+
+/// Two message sockets connected to each other over loopback.
+struct SocketPair {
+    CVarnSocket listener;
+    CVarnSocket client;
+    CVarnSocket server;
+
+    bool Open(unsigned long long clientLimit = CVarnSocket::kDefaultMessageLimit,
+              unsigned long long serverLimit = CVarnSocket::kDefaultMessageLimit) {
+        client.SetMessageLimit(clientLimit);
+        listener.SetMessageLimit(serverLimit);
+        if (listener.Listen() != SR_OK)
+            return false;
+        auto accepted =
+            std::async(std::launch::async, [this] { return listener.Accept(server, kPatientMs); });
+        const SocketResult connected = client.Connect("127.0.0.1", listener.GetPort(), kPatientMs);
+        return accepted.get() == SR_OK && connected == SR_OK;
+    }
+};
+
+/// This test program's executable, to start it again as a child.
+inline std::string SelfPath() {
+    using fileio::platform::System;
+    const std::string base = System().applicationFolder() + fileio::platform::NativeSeparator() +
+                             System().applicationName();
+    return fileio::platform::Files().exists(base.c_str()) ? base : base + ".exe";
+}
+
+/// Milliseconds since `start`.
+inline long long MillisecondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                                 start)
+        .count();
+}
+
+} // namespace fileio::test

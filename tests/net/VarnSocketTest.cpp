@@ -1,0 +1,371 @@
+// VarnSocketTest.cpp - the message socket over loopback: sizes at the limits, both forms,
+// peers that are slow, lie, break off, speak another version or go away, deadlines, the
+// listening address, and clean closing.
+
+#include "fileio/net/VarnSocket.h"
+#include "fileio/memory/NamedPools.h"
+#include "fileio/stream/MemoryStream.h"
+#include "net/NetTestSupport.h"
+#include "platform/Platform.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <iterator>
+#include <set>
+#include <string>
+#include <thread>
+
+namespace {
+
+using fileio::test::BytesOf;
+using fileio::test::Header;
+using fileio::test::Hello;
+using fileio::test::kPatientMs;
+using fileio::test::RawPair;
+using fileio::test::SocketPair;
+using fileio::test::StreamOf;
+
+/// A pattern that shows a byte out of place.
+std::string Pattern(std::size_t size) {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>((i * 131 + i / 251) & 0xFF);
+    return bytes;
+}
+
+/// Sends `message` from `from` on a thread while `to` receives it.
+SocketResult Transfer(CVarnSocket& from, CVarnSocket& to, const MemoryStream& message,
+                      MemoryStream& received, SocketResult& sent) {
+    std::thread sender([&] { sent = from.Send(message, kPatientMs); });
+    const SocketResult result = to.Receive(received, kPatientMs);
+    sender.join();
+    return result;
+}
+
+struct SizeCase {
+    const char* what;
+    unsigned long long size;
+    bool binary;
+};
+
+TEST(VarnSocketTest, CarriesMessagesUpToTheLimitByteForByte) {
+    constexpr unsigned long long kLimit = 1 << 20;
+    const SizeCase cases[] = {
+        {"empty text", 0, false},     {"empty binary", 0, true},
+        {"one byte", 1, false},       {"one binary byte", 1, true},
+        {"the limit", kLimit, true},  {"the limit in text", kLimit, false},
+        {"a hello's size", 8, false},
+    };
+    SocketPair pair;
+    ASSERT_TRUE(pair.Open(kLimit, kLimit));
+    EXPECT_EQ(pair.client.GetPeerMessageLimit(), kLimit);
+    MemoryStream received;
+    for (const SizeCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        const std::string bytes = Pattern(c.size);
+        SocketResult sent = SR_SYSTEM_ERROR;
+        ASSERT_EQ(Transfer(pair.client, pair.server, StreamOf(bytes, c.binary), received, sent),
+                  SR_OK)
+            << pair.server.GetErrorText().Get();
+        EXPECT_EQ(sent, SR_OK);
+        EXPECT_EQ(BytesOf(received), bytes);
+        EXPECT_EQ(received.GetMode(), c.binary ? FM_LOADING | FM_BINARY : FM_LOADING);
+        EXPECT_EQ(received.GetPos(), 0u);
+        EXPECT_FALSE(pair.server.IsReply());
+    }
+}
+
+TEST(VarnSocketTest, TheSenderRefusesAMessageAboveThePeersLimitAndSendsNothing) {
+    constexpr unsigned long long kLimit = 4096;
+    SocketPair pair;
+    ASSERT_TRUE(pair.Open(CVarnSocket::kDefaultMessageLimit, kLimit));
+    EXPECT_EQ(pair.client.Send(StreamOf(Pattern(kLimit + 1)), kPatientMs), SR_TOO_LARGE);
+    EXPECT_TRUE(pair.client.IsConnected()); // nothing went out: the connection stays
+    unsigned int number = 0;
+    ASSERT_EQ(pair.client.Send(StreamOf("after"), kPatientMs, &number), SR_OK);
+    EXPECT_EQ(number, 1u); // the refused message took no number
+    MemoryStream received;
+    ASSERT_EQ(pair.server.Receive(received, kPatientMs), SR_OK);
+    EXPECT_EQ(BytesOf(received), "after"); // no trace of the refused one before it
+}
+
+TEST(VarnSocketTest, TheDefaultLimitIsSixtyFourMebibytesExactly) {
+    SocketPair pair;
+    ASSERT_TRUE(pair.Open());
+    ASSERT_EQ(pair.client.GetPeerMessageLimit(), 64ull << 20);
+    const std::string bytes = Pattern(64 << 20);
+    MemoryStream received;
+    SocketResult sent = SR_SYSTEM_ERROR;
+    ASSERT_EQ(Transfer(pair.client, pair.server, StreamOf(bytes, true), received, sent), SR_OK);
+    EXPECT_TRUE(BytesOf(received) == bytes);
+    EXPECT_EQ(pair.client.Send(StreamOf(bytes + "!"), kPatientMs), SR_TOO_LARGE);
+}
+
+TEST(VarnSocketTest, RepliesCarryTheNumberOfTheirRequest) {
+    SocketPair pair;
+    ASSERT_TRUE(pair.Open());
+    unsigned int first = 0, second = 0;
+    ASSERT_EQ(pair.client.Send(StreamOf("one"), kPatientMs, &first), SR_OK);
+    ASSERT_EQ(pair.client.Send(StreamOf("two"), kPatientMs, &second), SR_OK);
+    EXPECT_EQ(first, 1u);
+    EXPECT_EQ(second, 2u);
+    MemoryStream message;
+    ASSERT_EQ(pair.server.Receive(message, kPatientMs), SR_OK);
+    EXPECT_EQ(pair.server.GetRequestNumber(), 1u);
+    ASSERT_EQ(pair.server.Receive(message, kPatientMs), SR_OK);
+    EXPECT_EQ(pair.server.GetRequestNumber(), 2u);
+    ASSERT_EQ(pair.server.Reply(1, StreamOf("answer", true), kPatientMs), SR_OK);
+    ASSERT_EQ(pair.client.Receive(message, kPatientMs), SR_OK);
+    EXPECT_TRUE(pair.client.IsReply());
+    EXPECT_EQ(pair.client.GetRequestNumber(), 1u);
+    EXPECT_EQ(BytesOf(message), "answer");
+}
+
+TEST(VarnSocketTest, AStreamWrittenWithValuesReadsBackInBothForms) {
+    SocketPair pair;
+    ASSERT_TRUE(pair.Open());
+    for (const FileMode form : {FM_STORING, FM_BINARY}) {
+        MemoryStream out;
+        out.Open(form);
+        out << 42 << sp << String("robot_arm") << sp << 2.5 << nl;
+        ASSERT_EQ(pair.client.Send(out, kPatientMs), SR_OK);
+        MemoryStream in;
+        in.Open(FM_STORING); // a storing text stream: the message brings its own form
+        ASSERT_EQ(pair.server.Receive(in, kPatientMs), SR_OK);
+        int number = 0;
+        String text;
+        double value = 0;
+        in >> number >> text >> value;
+        EXPECT_EQ(number, 42);
+        EXPECT_STREQ(text.Get(), "robot_arm");
+        EXPECT_EQ(value, 2.5);
+        EXPECT_TRUE(in.IsLoading());
+        EXPECT_EQ(in.IsBinary(), form == FM_BINARY);
+    }
+}
+
+TEST(VarnSocketTest, APeerSendingOneByteAtATimeIsReadWhole) {
+    RawPair raw;
+    const std::string payload = Pattern(300);
+    const std::string bytes = Header(2, payload.size(), 5, 0x02) + payload;
+    ASSERT_EQ(raw.Open(Hello()), SR_OK);
+    bool allSent = true;
+    std::thread trickle([&] {
+        for (const char byte : bytes) {
+            allSent = allSent && raw.peer.Send(std::string(1, byte));
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+    });
+    MemoryStream received;
+    const SocketResult result = raw.socket.Receive(received, kPatientMs);
+    trickle.join();
+    ASSERT_EQ(result, SR_OK);
+    EXPECT_TRUE(allSent);
+    EXPECT_EQ(BytesOf(received), payload);
+    EXPECT_EQ(raw.socket.GetRequestNumber(), 5u);
+    EXPECT_TRUE(received.IsBinary());
+}
+
+struct BrokenPeerCase {
+    const char* what;
+    std::string bytes; // sent after the hello, before the peer closes
+    SocketResult expected;
+    const char* says; // a part of the error text
+};
+
+TEST(VarnSocketTest, NamesWhatABrokenPeerDid) {
+    const BrokenPeerCase cases[] = {
+        {"closes between messages", "", SR_PEER_CLOSED, "closed"},
+        {"closes mid-header", Header(2, 10).substr(0, 11), SR_TRUNCATED, "inside a message"},
+        {"closes mid-payload", Header(2, 10) + "12345", SR_TRUNCATED, "inside a message"},
+        {"sends another version", Header(2, 1, 0, 0, 7) + "x", SR_BAD_VERSION, "version 7"},
+        {"sends garbage", "GET / HTTP/1.1\r\nHost: x\r\n\r\n", SR_BAD_HEADER, "header"},
+        {"says hello twice", Hello(), SR_BAD_HEADER, "second hello"},
+        {"claims 4 GiB", Header(2, 1ULL << 32), SR_TOO_LARGE, "4294967296 bytes"},
+        {"one byte too many", Header(2, (1 << 20) + 1), SR_TOO_LARGE, "limit of 1048576"},
+    };
+    for (const BrokenPeerCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        RawPair raw;
+        raw.listener.SetMessageLimit(1 << 20);
+        ASSERT_EQ(raw.Open(Hello()), SR_OK);
+        ASSERT_TRUE(raw.peer.Send(c.bytes));
+        raw.peer.Close();
+        MemoryStream received;
+        received.Open(FM_BINARY);
+        received << 7;
+        const auto ramBefore = TotalRAM();
+        EXPECT_EQ(raw.socket.Receive(received, kPatientMs), c.expected);
+        EXPECT_LT(TotalRAM(), ramBefore + 64 * 1024); // no lying length is believed
+        EXPECT_FALSE(raw.socket.IsConnected());
+        EXPECT_NE(raw.socket.GetErrorText().Find(c.says), -1) << raw.socket.GetErrorText().Get();
+        EXPECT_EQ(received.GetLength(), 4u); // the stream is left as it was
+        EXPECT_EQ(raw.socket.Receive(received, kPatientMs), SR_NOT_CONNECTED);
+    }
+}
+
+TEST(VarnSocketTest, RefusesAPeerOfAnotherVersionAtTheHandshake) {
+    RawPair raw;
+    EXPECT_EQ(raw.Open(Hello(1 << 20, 2)), SR_BAD_VERSION);
+    EXPECT_NE(raw.listener.GetErrorText().Find("version 2"), -1)
+        << raw.listener.GetErrorText().Get();
+    EXPECT_FALSE(raw.socket.IsConnected());
+    EXPECT_TRUE(raw.listener.IsListening()); // the listener goes on
+}
+
+TEST(VarnSocketTest, APeerWhoseHelloIsLateIsStillAccepted) {
+    RawPair raw;
+    ASSERT_EQ(raw.Open("", 100), SR_OK); // no hello within Accept's deadline
+    EXPECT_TRUE(raw.socket.IsConnected());
+    EXPECT_EQ(raw.socket.GetPeerMessageLimit(), 0u);
+    MemoryStream received;
+    EXPECT_EQ(raw.socket.Send(StreamOf("early"), 50), SR_TIMED_OUT); // waits for the hello
+    EXPECT_TRUE(raw.socket.IsConnected());
+    ASSERT_TRUE(raw.peer.Send(Hello(4096) + Header(2, 4, 3) + "late"));
+    ASSERT_EQ(raw.socket.Receive(received, kPatientMs), SR_OK);
+    EXPECT_EQ(BytesOf(received), "late");
+    EXPECT_EQ(raw.socket.GetPeerMessageLimit(), 4096u);
+    EXPECT_EQ(raw.socket.Send(StreamOf(Pattern(4097)), kPatientMs), SR_TOO_LARGE);
+}
+
+TEST(VarnSocketTest, EveryResultHasItsOwnName) {
+    const SocketResult results[] = {SR_OK,          SR_TIMED_OUT,    SR_PEER_CLOSED,
+                                    SR_TRUNCATED,   SR_TOO_LARGE,    SR_BAD_HEADER,
+                                    SR_BAD_VERSION, SR_SYSTEM_ERROR, SR_NOT_CONNECTED};
+    std::set<std::string> names;
+    for (const SocketResult result : results)
+        names.insert(GetSocketResultText(result));
+    EXPECT_EQ(names.size(), std::size(results));
+    EXPECT_STREQ(GetSocketResultText(SR_TOO_LARGE), "too large");
+}
+
+TEST(VarnSocketTest, OneDeadlineCoversAWholeMessageFromASlowPeer) {
+    RawPair raw;
+    ASSERT_EQ(raw.Open(Hello()), SR_OK);
+    constexpr int kBytes = 200;
+    ASSERT_TRUE(raw.peer.Send(Header(2, kBytes)));
+    std::thread slow([&] {
+        // A byte every 10 ms: each read finds data quickly, the message takes 2 s.
+        for (int i = 0; i < kBytes && raw.peer.Send("x"); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    });
+    MemoryStream received;
+    const SocketResult result = raw.socket.Receive(received, 300);
+    const bool stillConnected = raw.socket.IsConnected();
+    raw.socket.Close(0); // the slow peer's sends fail from here on
+    slow.join();
+    EXPECT_EQ(result, SR_TIMED_OUT);
+    EXPECT_TRUE(stillConnected); // a deadline is no failure of the connection
+    EXPECT_EQ(received.GetLength(), 0u);
+}
+
+TEST(VarnSocketTest, AMessageLeftByADeadlineIsCompletedByTheNextReceive) {
+    RawPair raw;
+    ASSERT_EQ(raw.Open(Hello()), SR_OK);
+    ASSERT_TRUE(raw.peer.Send(Header(2, 6, 9) + "abc"));
+    MemoryStream received;
+    EXPECT_EQ(raw.socket.Poll(received), SR_TIMED_OUT);
+    EXPECT_EQ(raw.socket.Receive(received, 50), SR_TIMED_OUT);
+    ASSERT_TRUE(raw.peer.Send("def"));
+    ASSERT_EQ(raw.socket.Receive(received, kPatientMs), SR_OK);
+    EXPECT_EQ(BytesOf(received), "abcdef");
+    EXPECT_EQ(raw.socket.GetRequestNumber(), 9u);
+}
+
+TEST(VarnSocketTest, ConnectingToAClosedPortFailsWithinItsDeadline) {
+    // A loopback address no other test listens on, so that no test running in parallel
+    // can take the port between its closing and the attempt.
+    CVarnSocket probe;
+    ASSERT_EQ(probe.Listen(0, fileio::test::kUnusedLoopback), SR_OK);
+    const unsigned short port = probe.GetPort();
+    probe.Close();
+    CVarnSocket socket;
+    const auto start = std::chrono::steady_clock::now();
+    const SocketResult result = socket.Connect(fileio::test::kUnusedLoopback, port, 3000);
+    EXPECT_LT(fileio::test::MillisecondsSince(start), 3000 + 2000);
+    EXPECT_TRUE(result == SR_SYSTEM_ERROR || result == SR_TIMED_OUT) << GetSocketResultText(result);
+    EXPECT_FALSE(socket.IsConnected());
+    EXPECT_FALSE(socket.GetErrorText().IsEmpty());
+}
+
+TEST(VarnSocketTest, WritingAfterThePeerClosedIsAnErrorNotASignal) {
+    SocketPair pair;
+    ASSERT_TRUE(pair.Open());
+    pair.server.Close();
+    const MemoryStream message = StreamOf(Pattern(64 * 1024));
+    SocketResult result = SR_OK;
+    // The first sends may still fit in the system's buffers; the reset comes soon after.
+    for (int i = 0; i < 1000 && result == SR_OK; ++i)
+        result = pair.client.Send(message, kPatientMs);
+    EXPECT_EQ(result, SR_PEER_CLOSED) << pair.client.GetErrorText().Get();
+    EXPECT_FALSE(pair.client.IsConnected());
+    EXPECT_EQ(pair.client.Send(message, kPatientMs), SR_NOT_CONNECTED);
+}
+
+TEST(VarnSocketTest, ALastReplyIsNotLostWhenTheSenderClosesAtOnce) {
+    SocketPair pair;
+    ASSERT_TRUE(pair.Open());
+    // The client's request is still unread at the server when it replies and closes.
+    ASSERT_EQ(pair.client.Send(StreamOf(Pattern(100000)), kPatientMs), SR_OK);
+    ASSERT_EQ(pair.server.Reply(1, StreamOf("last words"), kPatientMs), SR_OK);
+    pair.server.Close(500);
+    MemoryStream reply;
+    ASSERT_EQ(pair.client.Receive(reply, kPatientMs), SR_OK) << pair.client.GetErrorText().Get();
+    EXPECT_EQ(BytesOf(reply), "last words");
+    EXPECT_EQ(pair.client.Receive(reply, kPatientMs), SR_PEER_CLOSED);
+}
+
+TEST(VarnSocketTest, ListensOnTheLoopbackAddressUnlessTold) {
+    CVarnSocket socket;
+    EXPECT_EQ(socket.GetPort(), 0);
+    EXPECT_TRUE(socket.GetAddress().IsEmpty());
+    ASSERT_EQ(socket.Listen(), SR_OK);
+    EXPECT_STREQ(socket.GetAddress().Get(), "127.0.0.1");
+    EXPECT_NE(socket.GetPort(), 0);
+    EXPECT_TRUE(socket.IsListening());
+    EXPECT_FALSE(socket.IsConnected());
+
+    CVarnSocket other;
+    ASSERT_EQ(other.Listen(0, "127.0.0.2"), SR_OK) << other.GetErrorText().Get();
+    EXPECT_STREQ(other.GetAddress().Get(), "127.0.0.2");
+    CVarnSocket wrongAddress;
+    EXPECT_NE(wrongAddress.Connect("127.0.0.1", other.GetPort(), 2000), SR_OK);
+
+    CVarnSocket named;
+    EXPECT_EQ(named.Listen(0, "localhost"), SR_SYSTEM_ERROR); // names are not looked up
+    EXPECT_NE(named.GetErrorText().Find("localhost"), -1);
+    EXPECT_EQ(named.Listen(socket.GetPort()), SR_SYSTEM_ERROR); // the port is taken
+}
+
+TEST(VarnSocketTest, CallsOnASocketWithoutAConnectionSaySo) {
+    CVarnSocket socket, other;
+    MemoryStream message;
+    EXPECT_EQ(socket.Send(StreamOf("x"), 0), SR_NOT_CONNECTED);
+    EXPECT_EQ(socket.Reply(1, StreamOf("x"), 0), SR_NOT_CONNECTED);
+    EXPECT_EQ(socket.Receive(message, 0), SR_NOT_CONNECTED);
+    EXPECT_EQ(socket.Accept(other, 0), SR_NOT_CONNECTED);
+    EXPECT_EQ(socket.Close(), SR_OK);
+    EXPECT_EQ(socket.GetHandle(), -1);
+    ASSERT_EQ(socket.Listen(), SR_OK);
+    EXPECT_EQ(socket.Accept(other, 0), SR_TIMED_OUT);        // nobody is connecting
+    EXPECT_EQ(socket.Receive(message, 0), SR_NOT_CONNECTED); // a listener carries nothing
+}
+
+TEST(VarnSocketTest, AHostLoopPollsWithoutWaiting) {
+    SocketPair pair;
+    ASSERT_TRUE(pair.Open());
+    MemoryStream message;
+    EXPECT_EQ(pair.server.Poll(message), SR_TIMED_OUT); // nothing yet
+    ASSERT_EQ(pair.client.Send(StreamOf("tick"), kPatientMs), SR_OK);
+    // The host's own loop: wait on the handle, then poll.
+    const auto handle = static_cast<fileio::platform::SocketHandle>(pair.server.GetHandle());
+    SocketResult result = SR_TIMED_OUT;
+    for (int round = 0; round < 100 && result == SR_TIMED_OUT; ++round)
+        if (fileio::platform::Sockets().wait(handle, fileio::platform::kSocketReadable, 100) > 0)
+            result = pair.server.Poll(message);
+    ASSERT_EQ(result, SR_OK);
+    EXPECT_EQ(BytesOf(message), "tick");
+}
+
+} // namespace
