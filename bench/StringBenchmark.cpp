@@ -11,9 +11,16 @@
 // snprintf's, so that the text work and the pool's share of a String can be told apart.
 // Values are drawn two ways: uniformly over all finite bit patterns (mostly huge or tiny
 // magnitudes, long exponents) and as "ordinary" scene numbers in [-1000, 1000].
+//
+// The MakeDrop cases time making and dropping one String of a short text with the string
+// pool empty (no other string alive: every String takes a block and gives it back) and
+// with the pool warm (one resident string keeps its block), against a std::string of the
+// same text, long enough to live on the heap. The ratios of the two String cases to the
+// std::string case are the figures to read.
 
 #include "core/StringNumbers.h"
 #include "fileio/core/String.h"
+#include "memory/NamedPoolObjects.h"
 
 #include <benchmark/benchmark.h>
 
@@ -23,6 +30,7 @@
 #include <cstdio>
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace {
@@ -107,6 +115,34 @@ template <class Float> void BM_Snprintf(benchmark::State& state, std::vector<Flo
     state.SetItemsProcessed(state.iterations());
 }
 
+/// A text longer than any std::string keeps inside itself.
+constexpr const char* kShortText = "Model/Mesh.42/Patches/Opacity";
+
+void BM_MakeDrop_String(benchmark::State& state, bool warm) {
+    const VarnPool& pool = fileio::detail::NamedVarnPool(fileio::detail::VarnPoolKind::String);
+    if (pool.IsNotEmpty()) {
+        state.SkipWithError("another string is alive before the case starts");
+        return;
+    }
+    const String resident(warm ? "keeps the string pool's block alive" : nullptr);
+    for (auto _ : state) {
+        const String text(kShortText);
+        benchmark::DoNotOptimize(text.Get());
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+void BM_MakeDrop_StdString(benchmark::State& state) {
+    for (auto _ : state) {
+        const std::string text(kShortText);
+        benchmark::DoNotOptimize(text.data());
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+BENCHMARK_CAPTURE(BM_MakeDrop_String, pool_empty, false);
+BENCHMARK_CAPTURE(BM_MakeDrop_String, pool_warm, true);
+BENCHMARK(BM_MakeDrop_StdString);
 BENCHMARK_CAPTURE(BM_StringText, float_bits, RandomBitPatterns<float>);
 BENCHMARK_CAPTURE(BM_FormatGeneral, float_bits, RandomBitPatterns<float>);
 BENCHMARK_CAPTURE(BM_Snprintf, float_bits, RandomBitPatterns<float>);
