@@ -18,9 +18,11 @@
 #include "fileio/memory/Pool.h"
 #include "memory/BlockTable.h"
 #include "memory/FreeChunks.h"
+#include "memory/RetainedRegions.h"
 #include "memory/SizeArithmetic.h"
 #include "platform/Platform.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <cstring>
@@ -189,7 +191,7 @@ void VarnPool::VarnFree(void* p) {
     block->freeBytes += size;
     if (block->freeBytes == block->blockSize) {
         // Wholly free: the merging below would only tidy a block that goes away.
-        ReleaseBlock(block);
+        ReleaseBlock(block, chunk);
         return;
     }
 
@@ -241,8 +243,10 @@ void VarnPool::VarnFree(void* p) {
     std::memset(p, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
 }
 
-// Returns a wholly free block to the system and its descriptor to the spare list.
-void VarnPool::ReleaseBlock(MemHeader* block) {
+// Returns a wholly free block to the system and its descriptor to the spare list. A
+// standard block is first made all zero again, its last chunk and the headers of its free
+// chunks cleared, so that its region may be kept for the next block (RetainedRegions.h).
+void VarnPool::ReleaseBlock(MemHeader* block, MemChunk* lastChunk) {
     MemHeader* head = m_blocks.load(std::memory_order_relaxed);
     if (head == block) {
         m_blocks.store(block->next, std::memory_order_relaxed);
@@ -253,7 +257,19 @@ void VarnPool::ReleaseBlock(MemHeader* block) {
         before->next = block->next;
     }
     m_table->Remove(*m_table->Find(block->start));
-    PlatformFree(block->storage);
+    if (block->blockSize == kBlockSize) {
+        std::memset(lastChunk, 0, static_cast<std::size_t>(lastChunk->size));
+        for (MemChunk* free = block->freeList; free != nullptr;) {
+            MemChunk* next = free->next;
+            *free = MemChunk{};
+            free = next;
+        }
+        assert(std::all_of(block->start, block->end, [](char c) { return c == 0; }) &&
+               "VarnPool: a released block is not all zero");
+        fileio::detail::PlatformFreeZeroed(block->storage);
+    } else {
+        PlatformFree(block->storage);
+    }
     block->storage = nullptr;
     block->freeList = nullptr;
     PutFreeMemHeader(block);
