@@ -128,7 +128,7 @@ void* VarnPool::VarnAlloc(unsigned long long n) {
     FreeChunks free(*entry);
     const FreeChunks::Taken taken = free.Take(size, minimumRemainder);
     if (taken.freeSize == block->largestFree)
-        block->largestFree = free.Largest();
+        m_table->SetLargest(*entry, free.Largest());
 
     MemChunk* chunk = taken.chunk;
     block->freeBytes -= size;
@@ -173,7 +173,8 @@ void VarnPool::VarnFree(void* p) {
         return;
     }
     MemChunk* current = free.Give(chunk, size);
-    block->largestFree = std::max(block->largestFree, current->size);
+    if (current->size > block->largestFree)
+        m_table->SetLargest(*entry, current->size);
 #ifndef NDEBUG
     CheckFreeListAt(block, free, current);
 #endif
