@@ -22,7 +22,6 @@
 #include "memory/SizeArithmetic.h"
 #include "platform/Platform.h"
 
-#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <cstring>
@@ -202,8 +201,6 @@ void VarnPool::ReleaseBlock(MemHeader* block, MemChunk* lastChunk) {
             *free = MemChunk{};
             free = next;
         }
-        assert(std::all_of(block->start, block->end, [](char c) { return c == 0; }) &&
-               "VarnPool: a released block is not all zero");
         fileio::detail::PlatformFreeZeroed(block->storage);
     } else {
         PlatformFree(block->storage);
