@@ -110,35 +110,40 @@ void* VarnPool::VarnAlloc(unsigned long long n) {
     const unsigned long long size =
         fileio::detail::RoundUpTo8(fileio::detail::AddSizes(n, kChunkHeaderSize));
 
-    LockGuard lock(*this);
-    // First fit: the newest block whose largest free chunk is big enough, and in it the free
-    // chunk at the highest address that is.
-    BlockTable::Entry* entry =
-        size < kBlockSize && m_table != nullptr ? m_table->NewestWithRoom(size) : nullptr;
-    // A new block's tail stays on the free list whatever its size, even the 8 bytes whose
-    // chunk header then reaches into PlatformAlloc's slack behind the block.
-    unsigned long long minimumRemainder = kSplitMinimum;
-    if (entry == nullptr) {
-        const MemHeader* added = AllocateBlock(size); // makes the table with the first block
-        entry = m_table->Find(added->start);
-        minimumRemainder = 1;
-    }
-    MemHeader* block = entry->header;
-    FreeChunks free(*entry);
-    const FreeChunks::Taken taken = free.Take(size, minimumRemainder);
-    if (taken.freeSize == block->largestFree)
-        m_table->SetLargest(*entry, free.Largest());
+    MemChunk* chunk;
+    {
+        LockGuard lock(*this);
+        // First fit: the newest block whose largest free chunk is big enough, and in it the
+        // free chunk at the highest address that is.
+        BlockTable::Entry* entry =
+            size < kBlockSize && m_table != nullptr ? m_table->NewestWithRoom(size) : nullptr;
+        // A new block's tail stays on the free list whatever its size, even the 8 bytes whose
+        // chunk header then reaches into PlatformAlloc's slack behind the block.
+        unsigned long long minimumRemainder = kSplitMinimum;
+        if (entry == nullptr) {
+            const MemHeader* added = AllocateBlock(size); // makes the table with the first block
+            entry = m_table->Find(added->start);
+            minimumRemainder = 1;
+        }
+        MemHeader* block = entry->header;
+        FreeChunks free(*entry);
+        const FreeChunks::Taken taken = free.Take(size, minimumRemainder);
+        if (taken.freeSize == block->largestFree)
+            m_table->SetLargest(*entry, free.Largest());
 
-    MemChunk* chunk = taken.chunk;
-    block->freeBytes -= size;
-    chunk->size = size;
-    chunk->next = nullptr;
-    std::memset(chunk + 1, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
+        chunk = taken.chunk;
+        block->freeBytes -= size;
+        chunk->size = size;
+        chunk->next = nullptr;
 #ifndef NDEBUG
-    CheckFreeListAt(block, free, Bytes(chunk) + size);
+        CheckFreeListAt(block, free, Bytes(chunk) + size);
 #endif
-    // Only the lock holder writes the total; a plain store keeps readers' snapshots whole.
-    m_total.store(m_total.load(std::memory_order_relaxed) + size, std::memory_order_relaxed);
+        // Only the lock holder writes the total; a plain store keeps readers' snapshots whole.
+        m_total.store(m_total.load(std::memory_order_relaxed) + size, std::memory_order_relaxed);
+    }
+    // The chunk is the caller's now, out of every other thread's reach: it is cleared outside
+    // the lock, so that other threads wait only for the bookkeeping.
+    std::memset(chunk + 1, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
     return chunk + 1;
 }
 
