@@ -3,7 +3,9 @@
 #include "memory/BlockTable.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
+#include <emmintrin.h>
 #include <new>
 
 namespace fileio::detail {
@@ -12,6 +14,17 @@ namespace {
 
 std::uintptr_t AddressOf(const void* p) noexcept {
     return reinterpret_cast<std::uintptr_t>(p);
+}
+
+// A largest free size in the table's units. Only standard blocks have free chunks.
+constexpr unsigned long long kUnitBytes = 8;
+static_assert(VarnPool::kBlockSize / kUnitBytes < 0x8000,
+              "a standard block's sizes in units fit a signed 16-bit lane");
+
+std::uint16_t UnitsOf(unsigned long long bytes) noexcept {
+    assert(bytes % kUnitBytes == 0 && bytes <= VarnPool::kBlockSize &&
+           "BlockTable: a free size no standard block has");
+    return static_cast<std::uint16_t>(bytes / kUnitBytes);
 }
 
 } // namespace
@@ -24,7 +37,7 @@ BlockTable::Entry& BlockTable::Add(MemHeader* header) {
     auto* entry = ::new (platform::AllocateSystemMemory(sizeof(Entry)))
         Entry{header, 0, nullptr, m_byAge.size()};
     m_byAge.push_back(entry);
-    m_largest.push_back(header->largestFree);
+    m_largest.push_back(UnitsOf(header->largestFree));
     const std::uintptr_t start = AddressOf(header->start);
     const auto at = static_cast<std::ptrdiff_t>(
         std::lower_bound(m_starts.begin(), m_starts.end(), start) - m_starts.begin());
@@ -69,7 +82,7 @@ void BlockTable::Clear() noexcept {
 
 void BlockTable::SetLargest(Entry& entry, unsigned long long largest) noexcept {
     entry.header->largestFree = largest;
-    m_largest[entry.age] = largest;
+    m_largest[entry.age] = UnitsOf(largest);
 }
 
 BlockTable::Entry* BlockTable::Find(const void* address) const noexcept {
@@ -90,9 +103,24 @@ BlockTable::Entry* BlockTable::Find(const void* address) const noexcept {
 }
 
 BlockTable::Entry* BlockTable::NewestWithRoom(unsigned long long size) const noexcept {
-    for (std::size_t i = m_largest.size(); i-- > 0;) {
-        if (m_largest[i] >= size)
-            return m_byAge[i];
+    if (size > VarnPool::kBlockSize)
+        return nullptr;
+    // Sizes are multiples of the unit: a block has room when its figure is above units - 1.
+    const auto units = static_cast<short>(size / kUnitBytes);
+    const std::uint16_t* largest = m_largest.data();
+    std::size_t end = m_largest.size();
+    // Eight blocks at a time, newest first: one comparison and one look at the mask.
+    const __m128i below = _mm_set1_epi16(static_cast<short>(units - 1));
+    for (; end >= 8; end -= 8) {
+        const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(largest + end - 8));
+        // Two mask bits per 16-bit lane; the highest set bit is in the newest fitting lane.
+        const auto fits = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpgt_epi16(eight, below)));
+        if (fits != 0)
+            return m_byAge[end - 8 + static_cast<std::size_t>(std::bit_width(fits) - 1) / 2];
+    }
+    for (; end > 0; --end) {
+        if (largest[end - 1] >= units)
+            return m_byAge[end - 1];
     }
     return nullptr;
 }

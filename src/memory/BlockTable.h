@@ -5,7 +5,8 @@
 // for room. The table mirrors it twice: by address, so that VarnFree finds the block of a
 // pointer by a binary search over the blocks' starts instead of a walk, and by age, with
 // each block's largest free size copied beside it, so that the search for room reads one
-// short array instead of chasing the list's links to every block's header. Its memory is
+// short array, eight blocks at a time, instead of chasing the list's links to every block's
+// header. Its memory is
 // the table's own, taken from the system outside the pools' figures: the byte counts of the
 // pools stay those of the blocks and descriptors alone.
 //
@@ -79,9 +80,10 @@ private:
     Array<std::uintptr_t> m_starts;
     Array<std::uintptr_t> m_ends;
     Array<Entry*> m_byAddress;
-    // By age, oldest first: the entries and the blocks' largest free sizes.
+    // By age, oldest first: the entries and the blocks' largest free sizes in units of 8
+    // bytes (a standard block's fit 16 bits; a large block never has a free chunk).
     Array<Entry*> m_byAge;
-    Array<unsigned long long> m_largest;
+    Array<std::uint16_t> m_largest;
 };
 
 } // namespace fileio::detail
