@@ -16,15 +16,17 @@ std::uintptr_t AddressOf(const void* p) noexcept {
     return reinterpret_cast<std::uintptr_t>(p);
 }
 
-// A largest free size in the table's units. Only standard blocks have free chunks.
+// A largest free size in the table's units, in a signed 16-bit lane. Every size the search
+// asks about is below a standard block; a larger free size (a large block's, for the moment
+// between its making and its one allocation) stands for room for any of them.
 constexpr unsigned long long kUnitBytes = 8;
-static_assert(VarnPool::kBlockSize / kUnitBytes < 0x8000,
+constexpr unsigned long long kMostUnits = 0x7FFF;
+static_assert(VarnPool::kBlockSize / kUnitBytes < kMostUnits,
               "a standard block's sizes in units fit a signed 16-bit lane");
 
 std::uint16_t UnitsOf(unsigned long long bytes) noexcept {
-    assert(bytes % kUnitBytes == 0 && bytes <= VarnPool::kBlockSize &&
-           "BlockTable: a free size no standard block has");
-    return static_cast<std::uint16_t>(bytes / kUnitBytes);
+    assert(bytes % kUnitBytes == 0 && "BlockTable: a free size is a multiple of 8");
+    return static_cast<std::uint16_t>(std::min(bytes / kUnitBytes, kMostUnits));
 }
 
 } // namespace
