@@ -7,15 +7,7 @@
 
 #include <cstddef>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define FILEIO_POISON_KEPT_REGIONS 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define FILEIO_POISON_KEPT_REGIONS 1
-#endif
-#endif
-
-#ifdef FILEIO_POISON_KEPT_REGIONS
+#if FILEIO_POISON_KEPT_REGIONS
 #include <sanitizer/asan_interface.h>
 #endif
 
@@ -24,7 +16,7 @@ namespace fileio::detail {
 namespace {
 
 void Poison(unsigned char* region, unsigned long long bytes) noexcept {
-#ifdef FILEIO_POISON_KEPT_REGIONS
+#if FILEIO_POISON_KEPT_REGIONS
     __asan_poison_memory_region(region, static_cast<std::size_t>(bytes));
 #else
     static_cast<void>(region);
@@ -33,7 +25,7 @@ void Poison(unsigned char* region, unsigned long long bytes) noexcept {
 }
 
 void Unpoison(unsigned char* region, unsigned long long bytes) noexcept {
-#ifdef FILEIO_POISON_KEPT_REGIONS
+#if FILEIO_POISON_KEPT_REGIONS
     __asan_unpoison_memory_region(region, static_cast<std::size_t>(bytes));
 #else
     static_cast<void>(region);

@@ -22,7 +22,21 @@
 // Thread safety: every function may be called from any thread.
 #pragma once
 
+#if defined(__SANITIZE_ADDRESS__)
+#define FILEIO_POISON_KEPT_REGIONS 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define FILEIO_POISON_KEPT_REGIONS 1
+#endif
+#endif
+#ifndef FILEIO_POISON_KEPT_REGIONS
+#define FILEIO_POISON_KEPT_REGIONS 0
+#endif
+
 namespace fileio::detail {
+
+/// True when kept regions are poisoned (an AddressSanitizer build).
+inline constexpr bool kKeptRegionsPoisoned = FILEIO_POISON_KEPT_REGIONS != 0;
 
 /// The most system memory kept: four regions of standard VarnPool blocks (each 131,072
 /// accounted bytes, asked of the system eightfold).

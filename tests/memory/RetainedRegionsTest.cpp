@@ -223,4 +223,18 @@ TEST_F(RetainedRegionsTest, TheNewestReleasesAreKept) {
         PlatformFree(regions[i]);
 }
 
+// Under AddressSanitizer a kept block is poisoned: a stale pointer into a block the pool has
+// released is still reported, as it was when the block went back to the system at once.
+TEST_F(RetainedRegionsTest, AStalePointerIntoAKeptBlockIsReported) {
+    if (!fileio::detail::kKeptRegionsPoisoned)
+        GTEST_SKIP() << "only an AddressSanitizer build poisons kept blocks";
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    VarnPool pool;
+    auto* stale = static_cast<volatile char*>(pool.VarnAlloc(40));
+    pool.VarnFree(const_cast<char*>(stale));
+    ASSERT_EQ(RetainedRegionCount(), 1);
+    EXPECT_DEATH(stale[0] = 1, "use-after-poison");
+    pool.FreePool();
+}
+
 } // namespace
