@@ -4,8 +4,8 @@
 // Each String case includes everything a caller pays: formatting, the pool allocation and
 // the copy, and the release. The snprintf cases only format into a stack buffer. A host
 // always has other strings alive, so the String cases keep one resident string: without
-// it, every release would empty the pool's only block and hand it back to the system, and
-// the case would time the block's system allocation instead of the text. Before
+// it, every release would empty the pool's only block and give it back, and the case would
+// time the making and dropping of a block (the MakeDrop cases below) besides the text. Before
 // timing, every value's text is checked to be identical in both; a mismatch stops the case.
 // The FormatGeneral cases time the library's formatter alone, into a stack buffer like
 // snprintf's, so that the text work and the pool's share of a String can be told apart.
