@@ -42,7 +42,7 @@ public:
     Taken Take(unsigned long long size, unsigned long long minimumRemainder);
 
     /// Puts an allocated chunk of `size` bytes back on the list, merged with the free chunks
-    /// it touches on either side (their cleared headers zeroed); returns the free chunk that
+    /// it touches on either side (the headers merged away are zeroed); returns the free chunk that
     /// now holds it.
     /// REQUIRES: the chunk is allocated (IsFree is false) and lies in this block.
     MemChunk* Give(MemChunk* chunk, unsigned long long size);
