@@ -1,19 +1,32 @@
-// BlockTable.cpp - the blocks of a pool by address.
+// BlockTable.cpp - the blocks of a pool by address and by age.
 
 #include "memory/BlockTable.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
-#include <functional>
+#include <emmintrin.h>
 #include <new>
 
 namespace fileio::detail {
 
 namespace {
 
-// Compares addresses with std::less, which orders pointers into different blocks.
-bool Before(const void* a, const void* b) {
-    return std::less<const void*>()(a, b);
+std::uintptr_t AddressOf(const void* p) noexcept {
+    return reinterpret_cast<std::uintptr_t>(p);
+}
+
+// A largest free size in the table's units, in a signed 16-bit lane. Every size the search
+// asks about is below a standard block; a larger free size (a large block's, for the moment
+// between its making and its one allocation) stands for room for any of them.
+constexpr unsigned long long kUnitBytes = 8;
+constexpr unsigned long long kMostUnits = 0x7FFF;
+static_assert(VarnPool::kBlockSize / kUnitBytes < kMostUnits,
+              "a standard block's sizes in units fit a signed 16-bit lane");
+
+std::uint16_t UnitsOf(unsigned long long bytes) noexcept {
+    assert(bytes % kUnitBytes == 0 && "BlockTable: a free size is a multiple of 8");
+    return static_cast<std::uint16_t>(std::min(bytes / kUnitBytes, kMostUnits));
 }
 
 } // namespace
@@ -23,12 +36,16 @@ BlockTable::~BlockTable() {
 }
 
 BlockTable::Entry& BlockTable::Add(MemHeader* header) {
-    auto* entry = ::new (platform::AllocateSystemMemory(sizeof(Entry))) Entry{header, 0, nullptr};
-    m_byAge.push_back(Aged{header, entry});
-    const auto at = std::lower_bound(
-        m_byAddress.begin(), m_byAddress.end(), header->start,
-        [](const Span& span, const void* start) { return Before(span.start, start); });
-    m_byAddress.insert(at, Span{header->start, header->end, entry});
+    auto* entry = ::new (platform::AllocateSystemMemory(sizeof(Entry)))
+        Entry{header, 0, nullptr, m_byAge.size()};
+    m_byAge.push_back(entry);
+    m_largest.push_back(UnitsOf(header->largestFree));
+    const std::uintptr_t start = AddressOf(header->start);
+    const auto at = static_cast<std::ptrdiff_t>(
+        std::lower_bound(m_starts.begin(), m_starts.end(), start) - m_starts.begin());
+    m_starts.insert(m_starts.begin() + at, start);
+    m_ends.insert(m_ends.begin() + at, AddressOf(header->end));
+    m_byAddress.insert(m_byAddress.begin() + at, entry);
     return *entry;
 }
 
@@ -39,40 +56,73 @@ void BlockTable::Drop(Entry* entry) noexcept {
 }
 
 void BlockTable::Remove(Entry& entry) noexcept {
-    const auto byAddress =
-        std::find_if(m_byAddress.begin(), m_byAddress.end(),
-                     [&entry](const Span& span) { return span.entry == &entry; });
-    const auto byAge = std::find_if(m_byAge.rbegin(), m_byAge.rend(),
-                                    [&entry](const Aged& aged) { return aged.entry == &entry; });
-    assert(byAddress != m_byAddress.end() && byAge != m_byAge.rend() &&
+    const auto at = static_cast<std::ptrdiff_t>(
+        std::lower_bound(m_starts.begin(), m_starts.end(), AddressOf(entry.header->start)) -
+        m_starts.begin());
+    assert(m_byAddress[static_cast<std::size_t>(at)] == &entry && m_byAge[entry.age] == &entry &&
            "BlockTable: the block is not in the table");
-    m_byAddress.erase(byAddress);
-    m_byAge.erase(std::next(byAge).base());
+    m_starts.erase(m_starts.begin() + at);
+    m_ends.erase(m_ends.begin() + at);
+    m_byAddress.erase(m_byAddress.begin() + at);
+    const auto age = static_cast<std::ptrdiff_t>(entry.age);
+    m_byAge.erase(m_byAge.begin() + age);
+    m_largest.erase(m_largest.begin() + age);
+    for (std::size_t i = entry.age; i < m_byAge.size(); ++i)
+        m_byAge[i]->age = i;
     Drop(&entry);
 }
 
 void BlockTable::Clear() noexcept {
-    for (const Aged& aged : m_byAge)
-        Drop(aged.entry);
+    for (Entry* entry : m_byAge)
+        Drop(entry);
+    m_starts.clear();
+    m_ends.clear();
     m_byAddress.clear();
     m_byAge.clear();
+    m_largest.clear();
 }
 
-BlockTable::Entry* BlockTable::Find(const void* address) noexcept {
-    // The first block that starts above the address; the one before it may hold it.
-    const auto after =
-        std::upper_bound(m_byAddress.begin(), m_byAddress.end(), address,
-                         [](const void* a, const Span& span) { return Before(a, span.start); });
-    if (after == m_byAddress.begin())
+void BlockTable::SetLargest(Entry& entry, unsigned long long largest) noexcept {
+    entry.header->largestFree = largest;
+    m_largest[entry.age] = UnitsOf(largest);
+}
+
+BlockTable::Entry* BlockTable::Find(const void* address) const noexcept {
+    const std::uintptr_t at = AddressOf(address);
+    std::size_t count = m_starts.size();
+    if (count == 0 || at < m_starts[0])
         return nullptr;
-    const Span& candidate = *(after - 1);
-    return Before(address, candidate.end) ? candidate.entry : nullptr;
+    // The last block that starts at or below the address, found without a branch on the
+    // comparisons: the blocks' order tells nothing about where a freed pointer lies.
+    const std::uintptr_t* first = m_starts.data();
+    while (count > 1) {
+        const std::size_t half = count / 2;
+        first = first[half] <= at ? first + half : first;
+        count -= half;
+    }
+    const auto i = static_cast<std::size_t>(first - m_starts.data());
+    return at < m_ends[i] ? m_byAddress[i] : nullptr;
 }
 
 BlockTable::Entry* BlockTable::NewestWithRoom(unsigned long long size) const noexcept {
-    for (auto aged = m_byAge.rbegin(); aged != m_byAge.rend(); ++aged) {
-        if (aged->header->largestFree >= size)
-            return aged->entry;
+    if (size > VarnPool::kBlockSize)
+        return nullptr;
+    // Sizes are multiples of the unit: a block has room when its figure is above units - 1.
+    const auto units = static_cast<short>(size / kUnitBytes);
+    const std::uint16_t* largest = m_largest.data();
+    std::size_t end = m_largest.size();
+    // Eight blocks at a time, newest first: one comparison and one look at the mask.
+    const __m128i below = _mm_set1_epi16(static_cast<short>(units - 1));
+    for (; end >= 8; end -= 8) {
+        const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(largest + end - 8));
+        // Two mask bits per 16-bit lane; the highest set bit is in the newest fitting lane.
+        const auto fits = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpgt_epi16(eight, below)));
+        if (fits != 0)
+            return m_byAge[end - 8 + static_cast<std::size_t>(std::bit_width(fits) - 1) / 2];
+    }
+    for (; end > 0; --end) {
+        if (largest[end - 1] >= units)
+            return m_byAge[end - 1];
     }
     return nullptr;
 }

@@ -3,13 +3,15 @@
 //
 // The pool's block list keeps its blocks newest first, the order in which allocations look
 // for room. The table mirrors it twice: by address, so that VarnFree finds the block of a
-// pointer by a binary search instead of a walk, and by age in one array, so that the search
-// for room reads the blocks' largest free sizes without chasing the list's links. Its memory
-// is the table's own, taken from the system outside the pools' figures: the byte counts of
-// the pools stay those of the blocks and descriptors alone.
+// pointer by a binary search over the blocks' starts instead of a walk, and by age, with
+// each block's largest free size copied beside it, so that the search for room reads one
+// short array, eight blocks at a time, instead of chasing the list's links to every block's
+// header. Its memory is
+// the table's own, taken from the system outside the pools' figures: the byte counts of the
+// pools stay those of the blocks and descriptors alone.
 //
-// The pool keeps the table in step with its block list under its lock; the table takes no
-// lock.
+// The pool keeps the table in step with its block list under its lock, and sets every
+// block's largest free size through SetLargest; the table takes no lock.
 #pragma once
 
 #include "fileio/memory/Pool.h"
@@ -17,6 +19,7 @@
 #include "platform/Platform.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace fileio::detail {
@@ -43,6 +46,8 @@ public:
         unsigned freeChunks;
         // The index of the free list while it is long (see FreeChunks.h); null otherwise.
         FreeChunkIndex* index;
+        // The block's place in the table's order by age, oldest first.
+        std::size_t age;
     };
 
     BlockTable() noexcept = default;
@@ -57,31 +62,28 @@ public:
     /// Forgets every block.
     void Clear() noexcept;
 
+    /// Sets a block's largest free size, in its header and in the table.
+    void SetLargest(Entry& entry, unsigned long long largest) noexcept;
+
     /// The entry of the block whose bytes hold `address`, or null.
-    [[nodiscard]] Entry* Find(const void* address) noexcept;
+    [[nodiscard]] Entry* Find(const void* address) const noexcept;
     /// The entry of the newest block whose largest free chunk holds `size` bytes, or null.
     [[nodiscard]] Entry* NewestWithRoom(unsigned long long size) const noexcept;
 
 private:
     template <class T> using Array = std::vector<T, SystemAllocator<T>>;
 
-    struct Span {
-        const char* start;
-        const char* end;
-        Entry* entry;
-    };
-
-    struct Aged {
-        MemHeader* header;
-        Entry* entry;
-    };
-
     static void Drop(Entry* entry) noexcept;
 
-    Array<Span> m_byAddress;
-    // The same entries, oldest first, each beside its header: the search for room reads
-    // the headers' largest free sizes in a row.
-    Array<Aged> m_byAge;
+    // By address: the blocks' starts in ascending order, and beside them their ends and
+    // entries.
+    Array<std::uintptr_t> m_starts;
+    Array<std::uintptr_t> m_ends;
+    Array<Entry*> m_byAddress;
+    // By age, oldest first: the entries and the blocks' largest free sizes in units of 8
+    // bytes (a standard block's fit 16 bits; a large block never has a free chunk).
+    Array<Entry*> m_byAge;
+    Array<std::uint16_t> m_largest;
 };
 
 } // namespace fileio::detail

@@ -3,8 +3,8 @@
 #include "memory/FreeChunkIndex.h"
 #include "platform/Platform.h"
 
-#include <bit>
-#include <cassert>
+#include <algorithm>
+#include <emmintrin.h>
 #include <new>
 
 namespace fileio::detail {
@@ -29,67 +29,50 @@ unsigned Lowest(std::uint64_t bits) {
     return static_cast<unsigned>(std::countr_zero(bits));
 }
 
+// The figures of sixteen buckets or groups are compared all at once, eight to an SSE2
+// register (the instructions every x86-64 processor has). Every figure is below 2^15, so
+// the signed 16-bit comparisons order them correctly.
+using Figure = std::uint16_t;
+using Lanes = __m128i;
+
+Lanes Load(const Figure* eight) noexcept {
+    return _mm_loadu_si128(reinterpret_cast<const Lanes*>(eight));
+}
+
+// Bit i set for each of sixteen figures that is at least `units`.
+unsigned AtLeast(const Figure* figures, unsigned units) noexcept {
+    const Lanes below = _mm_set1_epi16(static_cast<short>(units - 1));
+    const Lanes low = _mm_cmpgt_epi16(Load(figures), below);
+    const Lanes high = _mm_cmpgt_epi16(Load(figures + 8), below);
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
+}
+
+// The figures of a register with the one at `lane` (0..7) replaced.
+Lanes Replaced(Lanes figures, unsigned lane, unsigned replacement) noexcept {
+    const Lanes which = _mm_cmpeq_epi16(_mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7),
+                                        _mm_set1_epi16(static_cast<short>(lane)));
+    return _mm_or_si128(_mm_andnot_si128(which, figures),
+                        _mm_and_si128(which, _mm_set1_epi16(static_cast<short>(replacement))));
+}
+
+// The largest of sixteen figures once the one at `replaced` is `replacement`. The figures
+// are read as they are and the replacement made in a register: reading a figure just
+// written, as part of a wider read, would wait for the write.
+Figure LargestOfSixteen(const Figure* figures, unsigned replaced, unsigned replacement) noexcept {
+    Lanes low = Load(figures);
+    Lanes high = Load(figures + 8);
+    if (replaced < 8)
+        low = Replaced(low, replaced, replacement);
+    else
+        high = Replaced(high, replaced - 8, replacement);
+    Lanes largest = _mm_max_epi16(low, high);
+    largest = _mm_max_epi16(largest, _mm_shuffle_epi32(largest, _MM_SHUFFLE(1, 0, 3, 2)));
+    largest = _mm_max_epi16(largest, _mm_shuffle_epi32(largest, _MM_SHUFFLE(2, 3, 0, 1)));
+    largest = _mm_max_epi16(largest, _mm_srli_epi32(largest, 16));
+    return static_cast<Figure>(_mm_cvtsi128_si32(largest) & 0xFFFF);
+}
+
 } // namespace
-
-// ---- the bitmaps ------------------------------------------------------------------------
-
-void FreeChunkIndex::Bitmap::Set(unsigned slot) noexcept {
-    const unsigned word = slot / 64;
-    m_words[word] |= Bit(slot % 64);
-    m_nonEmptyWords[word / 64] |= Bit(word % 64);
-}
-
-void FreeChunkIndex::Bitmap::Clear(unsigned slot) noexcept {
-    const unsigned word = slot / 64;
-    m_words[word] &= ~Bit(slot % 64);
-    if (m_words[word] == 0)
-        m_nonEmptyWords[word / 64] &= ~Bit(word % 64);
-}
-
-bool FreeChunkIndex::Bitmap::Test(unsigned slot) const noexcept {
-    return (m_words[slot / 64] & Bit(slot % 64)) != 0;
-}
-
-std::uint64_t FreeChunkIndex::Bitmap::Bucket(unsigned bucket) const noexcept {
-    constexpr unsigned kPerWord = 64 / kBucketSlots;
-    constexpr std::uint64_t kMask =
-        kBucketSlots == 64 ? ~std::uint64_t{0} : Bit(kBucketSlots % 64) - 1;
-    return (m_words[bucket / kPerWord] >> (bucket % kPerWord * kBucketSlots)) & kMask;
-}
-
-unsigned FreeChunkIndex::Bitmap::Below(unsigned slot) const noexcept {
-    unsigned word = slot / 64;
-    if (const std::uint64_t bits = m_words[word] & BitsBelow(slot % 64); bits != 0)
-        return word * 64 + Highest(bits);
-    unsigned summary = word / 64;
-    std::uint64_t words = m_nonEmptyWords[summary] & BitsBelow(word % 64);
-    while (words == 0) {
-        if (summary == 0)
-            return kSlots;
-        words = m_nonEmptyWords[--summary];
-    }
-    word = summary * 64 + Highest(words);
-    return word * 64 + Highest(m_words[word]);
-}
-
-unsigned FreeChunkIndex::Bitmap::Above(unsigned slot) const noexcept {
-    unsigned word = slot / 64;
-    if (const std::uint64_t bits = m_words[word] & BitsAbove(slot % 64); bits != 0)
-        return word * 64 + Lowest(bits);
-    unsigned summary = word / 64;
-    std::uint64_t words = m_nonEmptyWords[summary] & BitsAbove(word % 64);
-    while (words == 0) {
-        if (++summary == kSummaryWords)
-            return kSlots;
-        words = m_nonEmptyWords[summary];
-    }
-    word = summary * 64 + Lowest(words);
-    return word * 64 + Lowest(m_words[word]);
-}
-
-// ---- the index --------------------------------------------------------------------------
-
-FreeChunkIndex::FreeChunkIndex(char* blockStart) noexcept : m_start(blockStart) {}
 
 FreeChunkIndex* FreeChunkIndex::Create(char* blockStart) {
     return ::new (platform::AllocateSystemMemory(sizeof(FreeChunkIndex)))
@@ -103,125 +86,183 @@ void FreeChunkIndex::Destroy(FreeChunkIndex* index) noexcept {
     platform::ReleaseSystemMemory(index);
 }
 
-unsigned FreeChunkIndex::SlotOf(const void* address) const noexcept {
-    const auto offset = static_cast<std::uintptr_t>(static_cast<const char*>(address) - m_start);
-    assert(offset % kSlotBytes == 0 && offset / kSlotBytes < kSlots &&
-           "FreeChunkIndex: address outside the block");
-    return static_cast<unsigned>(offset / kSlotBytes);
+// ---- the marks ------------------------------------------------------------------------------
+
+void FreeChunkIndex::SetBegin(Slot slot) noexcept {
+    const unsigned word = slot / 64;
+    m_marks[word].begins |= Bit(slot % 64);
+    m_beginWords[word / 64] |= Bit(word % 64);
 }
 
-MemChunk* FreeChunkIndex::ChunkAt(unsigned slot) const noexcept {
-    return reinterpret_cast<MemChunk*>(m_start + static_cast<std::uintptr_t>(slot) * kSlotBytes);
+void FreeChunkIndex::ClearBegin(Slot slot) noexcept {
+    const unsigned word = slot / 64;
+    if ((m_marks[word].begins &= ~Bit(slot % 64)) == 0)
+        m_beginWords[word / 64] &= ~Bit(word % 64);
 }
 
-FreeChunkIndex::Units FreeChunkIndex::UnitsOf(const MemChunk* chunk) noexcept {
-    return static_cast<Units>(chunk->size / kSlotBytes);
+void FreeChunkIndex::SetEnd(Slot slot) noexcept {
+    const unsigned word = slot / 64;
+    m_marks[word].ends |= Bit(slot % 64);
+    m_endWords[word / 64] |= Bit(word % 64);
 }
 
-void FreeChunkIndex::Raise(unsigned bucket, Units units) noexcept {
-    for (unsigned node = kBuckets + bucket; node != 0 && m_largest[node] < units; node /= 2)
-        m_largest[node] = units;
+void FreeChunkIndex::ClearEnd(Slot slot) noexcept {
+    const unsigned word = slot / 64;
+    if ((m_marks[word].ends &= ~Bit(slot % 64)) == 0)
+        m_endWords[word / 64] &= ~Bit(word % 64);
+}
+
+FreeChunkIndex::Slot FreeChunkIndex::Below(Slot slot) const noexcept {
+    unsigned word = slot / 64;
+    if (const std::uint64_t bits = m_marks[word].begins & BitsBelow(slot % 64); bits != 0)
+        return word * 64 + Highest(bits);
+    unsigned summary = word / 64;
+    std::uint64_t words = m_beginWords[summary] & BitsBelow(word % 64);
+    while (words == 0) {
+        if (summary == 0)
+            return kNone;
+        words = m_beginWords[--summary];
+    }
+    word = summary * 64 + Highest(words);
+    return word * 64 + Highest(m_marks[word].begins);
+}
+
+FreeChunkIndex::Slot FreeChunkIndex::Above(Slot slot) const noexcept {
+    unsigned word = slot / 64;
+    if (const std::uint64_t bits = m_marks[word].begins & BitsAbove(slot % 64); bits != 0)
+        return word * 64 + Lowest(bits);
+    unsigned summary = word / 64;
+    std::uint64_t words = m_beginWords[summary] & BitsAbove(word % 64);
+    while (words == 0) {
+        if (++summary == kSummaryWords)
+            return kNone;
+        words = m_beginWords[summary];
+    }
+    word = summary * 64 + Lowest(words);
+    return word * 64 + Lowest(m_marks[word].begins);
+}
+
+FreeChunkIndex::Slot FreeChunkIndex::NextEnd(Slot slot) const noexcept {
+    unsigned word = slot / 64;
+    if (const std::uint64_t bits = m_marks[word].ends & BitsAbove(slot % 64); bits != 0)
+        return word * 64 + Lowest(bits);
+    // Most chunks end in the next word; the summary finds the end of a long one.
+    if (word + 1 < kWords && m_marks[word + 1].ends != 0)
+        return (word + 1) * 64 + Lowest(m_marks[word + 1].ends);
+    unsigned summary = word / 64;
+    std::uint64_t words = m_endWords[summary] & BitsAbove(word % 64);
+    while (words == 0) {
+        assert(summary + 1 < kSummaryWords && "FreeChunkIndex: a chunk without an end");
+        words = m_endWords[++summary];
+    }
+    word = summary * 64 + Lowest(words);
+    return word * 64 + Lowest(m_marks[word].ends);
+}
+
+unsigned FreeChunkIndex::UnitsAt(Slot slot) const noexcept {
+    assert(BeginsAt(slot) && "FreeChunkIndex: no chunk begins there");
+    // Free chunks never overlap, so the first end mark above a chunk's start is its end.
+    return NextEnd(slot) - slot;
+}
+
+// ---- the sizes --------------------------------------------------------------------------------
+
+void FreeChunkIndex::Raise(unsigned bucket, unsigned units) noexcept {
+    if (m_bucketLargest[bucket] >= units)
+        return;
+    const auto figure = static_cast<Figure>(units);
+    m_bucketLargest[bucket] = figure;
+    Figure& group = m_groupLargest[bucket / kGroupBuckets];
+    group = std::max(group, figure);
+    m_largest = std::max(m_largest, figure);
 }
 
 void FreeChunkIndex::Rescan(unsigned bucket) noexcept {
-    Units largest = 0;
-    for (std::uint64_t bits = m_begins.Bucket(bucket); bits != 0; bits &= bits - 1) {
-        const Units units = UnitsOf(ChunkAt(bucket * kBucketSlots + Lowest(bits)));
-        largest = units > largest ? units : largest;
+    // Only the highest chunk of a bucket may end beyond it: each of the others ends before
+    // the next one begins.
+    std::uint64_t begins = m_marks[bucket].begins;
+    unsigned largest = 0;
+    if (begins != 0) {
+        const unsigned top = Highest(begins);
+        largest = NextEnd(bucket * 64 + top) - (bucket * 64 + top);
+        const std::uint64_t ends = m_marks[bucket].ends;
+        for (begins &= ~Bit(top); begins != 0; begins &= ~Bit(Highest(begins))) {
+            const unsigned begin = Highest(begins);
+            largest = std::max(largest, Lowest(ends & BitsAbove(begin)) - begin);
+        }
     }
-    unsigned node = kBuckets + bucket;
-    m_largest[node] = largest;
-    // Each node is the larger of its children; stop at the first that keeps its figure.
-    for (node /= 2; node != 0; node /= 2) {
-        const Units left = m_largest[2 * node];
-        const Units right = m_largest[2 * node + 1];
-        const Units both = left > right ? left : right;
-        if (m_largest[node] == both)
-            break;
-        m_largest[node] = both;
+    const unsigned old = m_bucketLargest[bucket];
+    assert(largest <= old && "FreeChunkIndex: a rescan raised a bucket's figure");
+    // The group's figure, and the block's, change only when this bucket held them.
+    const unsigned group = bucket / kGroupBuckets;
+    if (largest < old && old == m_groupLargest[group]) {
+        const Figure groupLargest = LargestOfSixteen(m_bucketLargest + group * kGroupBuckets,
+                                                     bucket % kGroupBuckets, largest);
+        if (groupLargest < m_groupLargest[group] && m_groupLargest[group] == m_largest)
+            m_largest = LargestOfSixteen(m_groupLargest, group, groupLargest);
+        m_groupLargest[group] = groupLargest;
     }
+    m_bucketLargest[bucket] = static_cast<Figure>(largest);
 }
 
-void FreeChunkIndex::Insert(const MemChunk* chunk) noexcept {
-    const unsigned slot = SlotOf(chunk);
-    assert(!m_begins.Test(slot) && "FreeChunkIndex: the chunk is recorded already");
-    m_begins.Set(slot);
-    m_ends.Set(slot + UnitsOf(chunk));
-    Raise(slot / kBucketSlots, UnitsOf(chunk));
+FreeChunkIndex::Fit FreeChunkIndex::HighestFit(unsigned units) const noexcept {
+    if (units > m_largest)
+        return {kNone, kNone};
+    // The highest group with a fit, then the highest bucket of it with one.
+    const unsigned group = Highest(AtLeast(m_groupLargest, units));
+    const unsigned bucket =
+        group * kGroupBuckets + Highest(AtLeast(m_bucketLargest + group * kGroupBuckets, units));
+    // Its chunks, highest first; each one passed over is the chunk above the next.
+    const Marks& marks = m_marks[bucket];
+    std::uint64_t begins = marks.begins;
+    unsigned bit = Highest(begins);
+    Slot above = kNone;
+    for (unsigned end = NextEnd(bucket * 64 + bit) - bucket * 64; end - bit < units;
+         end = Lowest(marks.ends & BitsAbove(bit))) {
+        above = bucket * 64 + bit;
+        begins &= ~Bit(bit);
+        assert(begins != 0 && "FreeChunkIndex: a bucket's largest size is not in the bucket");
+        bit = Highest(begins);
+    }
+    const Slot slot = bucket * 64 + bit;
+    return {slot, above != kNone ? above : Above(slot)};
 }
 
-void FreeChunkIndex::Erase(const MemChunk* chunk) noexcept {
-    const unsigned slot = SlotOf(chunk);
-    assert(m_begins.Test(slot) && "FreeChunkIndex: the chunk is not recorded");
-    m_begins.Clear(slot);
-    m_ends.Clear(slot + UnitsOf(chunk));
-    if (UnitsOf(chunk) == m_largest[kBuckets + slot / kBucketSlots])
-        Rescan(slot / kBucketSlots);
+// ---- changes ------------------------------------------------------------------------------------
+
+void FreeChunkIndex::Insert(Slot slot, unsigned units) noexcept {
+    assert(!BeginsAt(slot) && "FreeChunkIndex: the chunk is recorded already");
+    SetBegin(slot);
+    SetEnd(slot + units);
+    Raise(slot / 64, units);
 }
 
-void FreeChunkIndex::Reshape(const MemChunk* before, unsigned long long oldSize,
-                             const MemChunk* after) noexcept {
-    const unsigned oldSlot = SlotOf(before);
-    const unsigned newSlot = SlotOf(after);
-    const auto oldUnits = static_cast<Units>(oldSize / kSlotBytes);
-    const Units newUnits = UnitsOf(after);
-    assert(m_begins.Test(oldSlot) && "FreeChunkIndex: the chunk is not recorded");
+void FreeChunkIndex::Erase(Slot slot, unsigned units) noexcept {
+    assert(BeginsAt(slot) && UnitsAt(slot) == units && "FreeChunkIndex: no such chunk");
+    ClearBegin(slot);
+    ClearEnd(slot + units);
+    if (units == m_bucketLargest[slot / 64])
+        Rescan(slot / 64);
+}
+
+void FreeChunkIndex::Reshape(Slot oldSlot, unsigned oldUnits, Slot newSlot,
+                             unsigned newUnits) noexcept {
+    assert(BeginsAt(oldSlot) && UnitsAt(oldSlot) == oldUnits && "FreeChunkIndex: no such chunk");
     if (newSlot != oldSlot) {
-        assert(!m_begins.Test(newSlot) && "FreeChunkIndex: another chunk is recorded there");
-        m_begins.Clear(oldSlot);
-        m_begins.Set(newSlot);
+        assert(!BeginsAt(newSlot) && "FreeChunkIndex: another chunk is recorded there");
+        ClearBegin(oldSlot);
+        SetBegin(newSlot);
     }
     if (newSlot + newUnits != oldSlot + oldUnits) {
-        m_ends.Clear(oldSlot + oldUnits);
-        m_ends.Set(newSlot + newUnits);
+        ClearEnd(oldSlot + oldUnits);
+        SetEnd(newSlot + newUnits);
     }
-    // The new bucket's figure first: a rescan of the old bucket then rebuilds the figures
-    // above it from up-to-date children.
-    const unsigned oldBucket = oldSlot / kBucketSlots;
-    const unsigned newBucket = newSlot / kBucketSlots;
+    // The new bucket's figure first: a rescan of the old bucket then reads it up to date.
+    const unsigned oldBucket = oldSlot / 64;
+    const unsigned newBucket = newSlot / 64;
     Raise(newBucket, newUnits);
-    if ((oldBucket != newBucket || newUnits < oldUnits) &&
-        oldUnits == m_largest[kBuckets + oldBucket])
+    if ((oldBucket != newBucket || newUnits < oldUnits) && oldUnits == m_bucketLargest[oldBucket])
         Rescan(oldBucket);
-}
-
-bool FreeChunkIndex::BeginsAt(const void* address) const noexcept {
-    return m_begins.Test(SlotOf(address));
-}
-
-bool FreeChunkIndex::EndsAt(const void* address) const noexcept {
-    return m_ends.Test(SlotOf(address));
-}
-
-MemChunk* FreeChunkIndex::HighestFit(unsigned long long size) const noexcept {
-    const auto units = static_cast<Units>((size + kSlotBytes - 1) / kSlotBytes);
-    if (size > Largest())
-        return nullptr;
-    // Down the tree, to the right wherever the right subtree holds a fit.
-    unsigned node = 1;
-    while (node < kBuckets) {
-        node = 2 * node + 1;
-        if (m_largest[node] < units)
-            --node;
-    }
-    const unsigned bucket = node - kBuckets;
-    for (std::uint64_t bits = m_begins.Bucket(bucket); bits != 0; bits &= ~Bit(Highest(bits))) {
-        MemChunk* chunk = ChunkAt(bucket * kBucketSlots + Highest(bits));
-        if (chunk->size >= size)
-            return chunk;
-    }
-    assert(false && "FreeChunkIndex: a bucket's largest size is not in the bucket");
-    return nullptr;
-}
-
-MemChunk* FreeChunkIndex::Below(const void* address) const noexcept {
-    const unsigned slot = m_begins.Below(SlotOf(address));
-    return slot != kSlots ? ChunkAt(slot) : nullptr;
-}
-
-MemChunk* FreeChunkIndex::Above(const void* address) const noexcept {
-    const unsigned slot = m_begins.Above(SlotOf(address));
-    return slot != kSlots ? ChunkAt(slot) : nullptr;
 }
 
 } // namespace fileio::detail

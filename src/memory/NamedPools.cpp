@@ -1,30 +1,20 @@
 // NamedPools.cpp - the named pool objects and the functions of each kind.
 
 #include "fileio/memory/NamedPools.h"
+#include "memory/Immortal.h"
 #include "memory/NamedPoolObjects.h"
 #include "memory/PoolReport.h"
+#include "memory/RetainedRegions.h"
 
 #include <atomic>
-#include <new>
 
 namespace {
 
+using fileio::detail::Immortal;
 using fileio::detail::NamedSimplePool;
 using fileio::detail::NamedVarnPool;
 using fileio::detail::SimplePoolKind;
 using fileio::detail::VarnPoolKind;
-
-// An object built in place on first use and never destroyed: Immortal itself is trivially
-// destructible, so no exit-time destructor is registered for it. The pools must outlive
-// every static destructor of the host that may still free a string.
-template <class T> class Immortal {
-public:
-    Immortal() noexcept { ::new (static_cast<void*>(m_storage)) T(); }
-    T& Get() noexcept { return *std::launder(reinterpret_cast<T*>(m_storage)); }
-
-private:
-    alignas(T) unsigned char m_storage[sizeof(T)];
-};
 
 OGLPool& OGLBuffer() noexcept {
     static Immortal<OGLPool> buffer;
@@ -150,6 +140,8 @@ void FreeAllPools() {
     FreeSubPatchMemory();
     FreeTempMemory();
     FreeOGL();
+    // The released blocks kept for reuse below the figures go back to the system too.
+    fileio::detail::ReleaseRetainedRegions();
 }
 
 // ---- process-wide figures and switches ----------------------------------------------------------

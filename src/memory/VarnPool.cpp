@@ -10,14 +10,15 @@
 //   - every byte of the block that is neither a chunk header nor handed out is zero.
 //
 // Finding chunks: the pool's block table (BlockTable.h) finds the block of a freed pointer
-// and the newest block with room, and FreeChunks (FreeChunks.h) finds the first fit and a
-// chunk's free neighbours in a block, walking its free list while it is short and through
-// an index once it is long. The list is kept exactly as described either way, and every
-// search answers what a walk of the list would.
+// and the newest block with room, and FreeChunks (FreeChunks.h) takes the first fit from a
+// block and gives a freed chunk back, merged with its free neighbours, walking the block's
+// free list while it is short and through an index once it is long. The list is kept
+// exactly as described either way, and every search answers what a walk of the list would.
 
 #include "fileio/memory/Pool.h"
 #include "memory/BlockTable.h"
 #include "memory/FreeChunks.h"
+#include "memory/RetainedRegions.h"
 #include "memory/SizeArithmetic.h"
 #include "platform/Platform.h"
 
@@ -39,37 +40,15 @@ static_assert(VarnPool::kBlockSize + 8 == 128 * 1024,
               "a standard block accounts exactly 128 KiB with its platform header");
 static_assert(VarnPool::kBlockSize % 8 == 0, "chunk sizes are multiples of 8");
 
-char* Bytes(MemChunk* chunk) noexcept {
-    return reinterpret_cast<char*>(chunk);
-}
 MemChunk* ChunkAt(char* address) noexcept {
     return reinterpret_cast<MemChunk*>(address);
 }
 
-// Takes the low `size` bytes of a free chunk of the block. The rest becomes a free chunk in
-// its place on the list if it has at least minimumRemainder bytes; otherwise it stays
-// unrecorded inside the block.
-void TakeFromChunk(MemHeader* block, FreeChunks free, MemChunk* chunk, unsigned long long size,
-                   unsigned long long minimumRemainder) {
-    assert(chunk != nullptr && chunk->size >= size && "VarnPool: the chosen chunk is too small");
-    const unsigned long long taken = chunk->size;
-    const unsigned long long remainder = taken - size;
-    MemChunk*& link = free.LinkTo(chunk);
-    if (remainder != 0 && remainder >= minimumRemainder) {
-        MemChunk* rest = ChunkAt(Bytes(chunk) + size);
-        rest->size = remainder;
-        rest->next = chunk->next;
-        link = rest;
-        free.Reshaped(chunk, taken, rest);
-    } else {
-        free.Erased(chunk);
-        link = chunk->next;
-    }
-    if (taken == block->largestFree)
-        block->largestFree = free.Largest();
+#ifndef NDEBUG
+char* Bytes(MemChunk* chunk) noexcept {
+    return reinterpret_cast<char*>(chunk);
 }
 
-#ifndef NDEBUG
 // Checks in debug builds, after each change of a block's free list at `address`, that the
 // list's links there agree with the searches: the link word in front of that place points
 // at the free chunk there, or at the first one below, and that chunk links on to the next
@@ -78,7 +57,7 @@ void TakeFromChunk(MemHeader* block, FreeChunks free, MemChunk* chunk, unsigned 
 void CheckFreeListAt(const MemHeader* block, const FreeChunks& free, const void* address) {
     MemChunk* const* link = &free.LinkTo(address);
     const MemChunk* below = free.Below(address);
-    if (free.BeginsAt(address)) {
+    if (free.IsFree(static_cast<const MemChunk*>(address))) {
         assert(*link == address && static_cast<const MemChunk*>(address)->next == below &&
                "VarnPool: a free chunk is not linked where it lies");
     } else {
@@ -131,35 +110,40 @@ void* VarnPool::VarnAlloc(unsigned long long n) {
     const unsigned long long size =
         fileio::detail::RoundUpTo8(fileio::detail::AddSizes(n, kChunkHeaderSize));
 
-    LockGuard lock(*this);
-    // First fit: the newest block whose largest free chunk is big enough, and in it the free
-    // chunk at the highest address that is.
-    BlockTable::Entry* entry =
-        size < kBlockSize && m_table != nullptr ? m_table->NewestWithRoom(size) : nullptr;
-    MemHeader* block;
     MemChunk* chunk;
-    if (entry != nullptr) {
-        block = entry->header;
-        chunk = FreeChunks(*entry).HighestFit(size);
-        TakeFromChunk(block, FreeChunks(*entry), chunk, size, kSplitMinimum);
-    } else {
-        // A new block's tail stays on the free list whatever its size, even the 8 bytes
-        // whose chunk header then reaches into PlatformAlloc's slack behind the block.
-        block = AllocateBlock(size);
-        entry = m_table->Find(block->start);
-        chunk = block->freeList;
-        TakeFromChunk(block, FreeChunks(*entry), chunk, size, 1);
-    }
+    {
+        LockGuard lock(*this);
+        // First fit: the newest block whose largest free chunk is big enough, and in it the
+        // free chunk at the highest address that is.
+        BlockTable::Entry* entry =
+            size < kBlockSize && m_table != nullptr ? m_table->NewestWithRoom(size) : nullptr;
+        // A new block's tail stays on the free list whatever its size, even the 8 bytes whose
+        // chunk header then reaches into PlatformAlloc's slack behind the block.
+        unsigned long long minimumRemainder = kSplitMinimum;
+        if (entry == nullptr) {
+            const MemHeader* added = AllocateBlock(size); // makes the table with the first block
+            entry = m_table->Find(added->start);
+            minimumRemainder = 1;
+        }
+        MemHeader* block = entry->header;
+        FreeChunks free(*entry);
+        const FreeChunks::Taken taken = free.Take(size, minimumRemainder);
+        if (taken.freeSize == block->largestFree)
+            m_table->SetLargest(*entry, free.Largest());
 
-    block->freeBytes -= size;
-    chunk->size = size;
-    chunk->next = nullptr;
-    std::memset(chunk + 1, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
+        chunk = taken.chunk;
+        block->freeBytes -= size;
+        chunk->size = size;
+        chunk->next = nullptr;
 #ifndef NDEBUG
-    CheckFreeListAt(block, FreeChunks(*entry), Bytes(chunk) + size);
+        CheckFreeListAt(block, free, Bytes(chunk) + size);
 #endif
-    // Only the lock holder writes the total; a plain store keeps readers' snapshots whole.
-    m_total.store(m_total.load(std::memory_order_relaxed) + size, std::memory_order_relaxed);
+        // Only the lock holder writes the total; a plain store keeps readers' snapshots whole.
+        m_total.store(m_total.load(std::memory_order_relaxed) + size, std::memory_order_relaxed);
+    }
+    // The chunk is the caller's now, out of every other thread's reach: it is cleared outside
+    // the lock, so that other threads wait only for the bookkeeping.
+    std::memset(chunk + 1, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
     return chunk + 1;
 }
 
@@ -182,67 +166,29 @@ void VarnPool::VarnFree(void* p) {
     assert(size % 8 == 0 && Bytes(chunk) + size <= block->end &&
            "VarnFree: the chunk header is damaged");
     FreeChunks free(*entry);
-    if (free.BeginsAt(chunk))
+    if (free.IsFree(chunk))
         fileio::platform::Fatal("FileIO: VarnFree was given a chunk that is free already");
     m_total.store(m_total.load(std::memory_order_relaxed) - size, std::memory_order_relaxed);
 
     block->freeBytes += size;
     if (block->freeBytes == block->blockSize) {
-        // Wholly free: the merging below would only tidy a block that goes away.
-        ReleaseBlock(block);
+        // Wholly free: the merging would only tidy a block that goes away.
+        ReleaseBlock(block, chunk);
         return;
     }
-
-    // The free chunks on either side: lower below the chunk, upper above it; on the list,
-    // upper comes right before lower. Merged-away headers are cleared.
-    MemChunk* lower = free.Below(chunk);
-    MemChunk* upper = free.Above(chunk);
-    const bool mergesLower = free.Touches(lower, chunk);
-    const bool mergesUpper = upper != nullptr && Bytes(chunk) + size == Bytes(upper);
-    MemChunk* current;
-    if (!mergesUpper) {
-        if (mergesLower) {
-            const unsigned long long oldSize = lower->size;
-            lower->size += size;
-            free.Reshaped(lower, oldSize, lower);
-            *chunk = MemChunk{};
-            current = lower;
-        } else {
-            chunk->next = lower;
-            free.LinkTo(chunk) = chunk;
-            free.Inserted(chunk);
-            current = chunk;
-        }
-    } else {
-        // Upper's place on the list goes to the merged chunk.
-        const unsigned long long upperSize = upper->size;
-        free.LinkTo(upper) = mergesLower ? lower : chunk;
-        if (mergesLower) {
-            free.Erased(upper);
-            const unsigned long long oldSize = lower->size;
-            lower->size += size + upperSize;
-            free.Reshaped(lower, oldSize, lower);
-            *chunk = MemChunk{};
-            current = lower;
-        } else {
-            chunk->size = size + upperSize;
-            chunk->next = upper->next;
-            free.Reshaped(upper, upperSize, chunk);
-            current = chunk;
-        }
-        *upper = MemChunk{};
-    }
+    MemChunk* current = free.Give(chunk, size);
     if (current->size > block->largestFree)
-        block->largestFree = current->size;
+        m_table->SetLargest(*entry, current->size);
 #ifndef NDEBUG
     CheckFreeListAt(block, free, current);
 #endif
-
     std::memset(p, 0, static_cast<std::size_t>(size - kChunkHeaderSize));
 }
 
-// Returns a wholly free block to the system and its descriptor to the spare list.
-void VarnPool::ReleaseBlock(MemHeader* block) {
+// Returns a wholly free block to the system and its descriptor to the spare list. A
+// standard block is first made all zero again, its last chunk and the headers of its free
+// chunks cleared, so that its region may be kept for the next block (RetainedRegions.h).
+void VarnPool::ReleaseBlock(MemHeader* block, MemChunk* lastChunk) {
     MemHeader* head = m_blocks.load(std::memory_order_relaxed);
     if (head == block) {
         m_blocks.store(block->next, std::memory_order_relaxed);
@@ -253,7 +199,17 @@ void VarnPool::ReleaseBlock(MemHeader* block) {
         before->next = block->next;
     }
     m_table->Remove(*m_table->Find(block->start));
-    PlatformFree(block->storage);
+    if (block->blockSize == kBlockSize) {
+        std::memset(lastChunk, 0, static_cast<std::size_t>(lastChunk->size));
+        for (MemChunk* free = block->freeList; free != nullptr;) {
+            MemChunk* next = free->next;
+            *free = MemChunk{};
+            free = next;
+        }
+        fileio::detail::PlatformFreeZeroed(block->storage);
+    } else {
+        PlatformFree(block->storage);
+    }
     block->storage = nullptr;
     block->freeList = nullptr;
     PutFreeMemHeader(block);
@@ -294,7 +250,7 @@ MemHeader* VarnPool::AllocateBlock(unsigned long long size) {
 
     if (m_table == nullptr)
         m_table = ::new (fileio::platform::AllocateSystemMemory(sizeof(BlockTable))) BlockTable;
-    FreeChunks(m_table->Add(block)).Inserted(block->freeList);
+    m_table->Add(block).freeChunks = 1; // the whole block
     return block;
 }
 

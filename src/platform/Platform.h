@@ -46,9 +46,9 @@ void ReleaseSystemMemory(void* p) noexcept;
 // Mutual exclusion
 // ---------------------------------------------------------------------------------------
 
-/// A non-recursive lock: a critical section on Windows (spin count 0), a pthread mutex on
-/// POSIX. Not copyable. Constructing one cannot fail in a way the caller sees: a system
-/// refusal ends the process.
+/// A non-recursive lock: a critical section on Windows (spin count 0); on POSIX an atomic
+/// word that is spun on briefly before the thread sleeps on it. Not copyable. Constructing one
+/// cannot fail in a way the caller sees: a system refusal ends the process.
 class Mutex {
 public:
     Mutex() noexcept;
@@ -60,8 +60,8 @@ public:
     void Unlock() noexcept;
 
 private:
-    // Large and aligned enough for a CRITICAL_SECTION (40 bytes) or a pthread_mutex_t (40
-    // bytes on x86-64 glibc); each implementation checks this with a static_assert.
+    // Large and aligned enough for a CRITICAL_SECTION (40 bytes) or the POSIX lock word;
+    // each implementation checks this with a static_assert.
     alignas(8) unsigned char m_storage[64];
 };
 

@@ -5,8 +5,10 @@
 #include "StringTestSupport.h"
 
 #include <algorithm>
+#include <bit>
 #include <cfloat>
 #include <clocale>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -126,6 +128,19 @@ TEST_F(StringConversion, FloatsFromText) {
         {"-nan(snan)", 0xFFA00000},
         {"16777217", 0x4B800000}, // a tie: to even (16777216)
         {"  -2.5e+1junk", BitsOf(-25.0f)},
+        // Short texts whose nearest double is exactly halfway between two floats, though
+        // the texts are not: rounded to a double first and then to a float, they would
+        // become the tie and round to even, the wrong way half the time.
+        {"0.4739369601011276", 0x3EF2A7DD},
+        {"0.694518119096756", 0x3F31CBF1},
+        {"1.720456063747406", 0x3FDC37E7},
+        {"0.0007277410186361521", 0x3A3EC5DF},
+        {"0.01227319659665227", 0x3C491585},
+        {"-6.790677785873413", 0xC0D94D3B},
+        {"9.999999e-23", 0x1AF1C8FF}, // the smallest power the short reading takes
+        {"1e-23", 0x19416D9A},        // and one past it
+        {"8388608.5", 0x4B000000},    // a true tie: to even, down
+        {"8388609.5", 0x4B000002},    // and up
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.text);
@@ -296,12 +311,22 @@ TEST_F(StringConversion, MatchesTheCRuntimeConversions) {
     const std::string alphabet = "0123456789000999+-. \t.eEeExXpPabcdfinINFtyAN()_5";
     char text[96];
     for (int i = 0; i < 150000; ++i) {
-        const int kind = static_cast<int>(random() % 4);
+        const int kind = static_cast<int>(random() % 5);
         if (kind == 0) {
             const std::size_t length = random() % 24;
             for (std::size_t k = 0; k < length; ++k)
                 text[k] = alphabet[random() % alphabet.size()];
             text[length] = '\0';
+        } else if (kind == 4) {
+            // Short decimals, the float texts of the suite's files and their neighbours:
+            // a float, or a point halfway between two floats, to 1..17 digits.
+            const float value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+            const double halfway =
+                (static_cast<double>(value) +
+                 static_cast<double>(std::nextafter(value, std::numeric_limits<float>::max()))) /
+                2;
+            std::snprintf(text, sizeof text, "%.*g", 1 + static_cast<int>(random() % 17),
+                          random() % 2 == 0 ? static_cast<double>(value) : halfway);
         } else {
             const double value = DoubleFromBits(random());
             const char* formats[] = {"%.17g", "%.25e", "%a", "%.3g"};

@@ -104,8 +104,9 @@ FILEIO_API void FreeOGL();
 // ---- all scratch memory -----------------------------------------------------------------------
 
 /// Drops all scratch memory: releases the Z, SubPatch and Temp pools and the OGL buffer, in
-/// that order. The VarnPool kinds are left alone: their contents, strings among them, stay
-/// valid.
+/// that order, then gives back to the system the few emptied pool blocks kept for reuse (see
+/// Pool.h), which no figure counts. The VarnPool kinds are left alone: their contents,
+/// strings among them, stay valid.
 FILEIO_API void FreeAllPools();
 
 // ---- process-wide figures and switches ----------------------------------------------------------

@@ -1,0 +1,240 @@
+// RetainedRegionsTest.cpp - the released pool blocks kept below the figures for reuse: they
+// change no figure, come back all zero, never exceed their cap, and FreeAllPools gives them
+// back.
+//
+// The kept set is process-wide; each test starts by emptying it, since other tests of the
+// same program (one process under Wine) may have left blocks in it.
+
+#include "memory/RetainedRegions.h"
+#include "fileio/memory/NamedPools.h"
+#include "fileio/memory/Pool.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace {
+
+using fileio::detail::kRetainedBytesCap;
+using fileio::detail::kRetainedRegionSlots;
+using fileio::detail::RetainedBytes;
+using fileio::detail::RetainedRegionCount;
+
+constexpr unsigned long long kBlock = 131064;          // usable bytes of a standard block
+constexpr unsigned long long kBlockAccounted = 131072; // with its platform header
+constexpr unsigned long long kBlockRegion = 8 * kBlockAccounted;
+constexpr unsigned long long kHeaderArray = 6416;
+
+bool AllZero(const void* p, unsigned long long n) {
+    const auto* b = static_cast<const unsigned char*>(p);
+    return std::all_of(b, b + n, [](unsigned char c) { return c == 0; });
+}
+
+class RetainedRegionsTest : public ::testing::Test {
+protected:
+    void SetUp() override { fileio::detail::ReleaseRetainedRegions(); }
+    void TearDown() override { fileio::detail::ReleaseRetainedRegions(); }
+};
+
+// The one-string-at-a-time pattern: the pool's only block goes at every drop, as the figures
+// show, and the next block is the same region again.
+TEST_F(RetainedRegionsTest, AnEmptiedBlockComesBackForTheNextOne) {
+    VarnPool pool;
+    void* keep = pool.VarnAlloc(8); // brings the descriptor array, which stays
+    pool.VarnFree(keep);
+    const unsigned long long ram = TotalRAM();
+    char* first = static_cast<char*>(pool.VarnAlloc(40));
+    EXPECT_EQ(TotalRAM() - ram, kBlockAccounted);
+    pool.VarnFree(first);
+    EXPECT_TRUE(pool.IsEmpty());
+    EXPECT_EQ(TotalRAM(), ram) << "the released block still counts";
+    EXPECT_EQ(pool.GetTotal(), 0u);
+    EXPECT_EQ(RetainedRegionCount(), 1);
+    EXPECT_EQ(RetainedBytes(), kBlockRegion);
+
+    char* second = static_cast<char*>(pool.VarnAlloc(40));
+    EXPECT_EQ(second, first) << "the kept region was not reused";
+    EXPECT_EQ(TotalRAM() - ram, kBlockAccounted);
+    EXPECT_EQ(RetainedRegionCount(), 0);
+    pool.VarnFree(second);
+    pool.FreePool();
+}
+
+// A block emptied after heavy use (patterns everywhere, free chunks split, merged and left
+// unrecorded) is kept with every byte zero: PlatformAlloc hands the region to any caller of
+// the same size without filling it. (A pool allocation would not show stale bytes: VarnAlloc
+// clears what it hands out in any case.)
+TEST_F(RetainedRegionsTest, AKeptBlockIsZeroThroughout) {
+    VarnPool pool;
+    std::mt19937 random(7);
+    for (int round = 0; round < 20; ++round) {
+        SCOPED_TRACE(round);
+        std::vector<unsigned char*> live;
+        for (int i = 0; i < 300; ++i) {
+            const unsigned long long n = 1 + random() % 400;
+            auto* p = static_cast<unsigned char*>(pool.VarnAlloc(n));
+            std::memset(p, 0xA5, n);
+            live.push_back(p);
+            if (random() % 3 == 0) {
+                const std::size_t k = random() % live.size();
+                pool.VarnFree(live[k]);
+                live[k] = live.back();
+                live.pop_back();
+            }
+        }
+        std::shuffle(live.begin(), live.end(), random);
+        for (unsigned char* p : live)
+            pool.VarnFree(p);
+        ASSERT_TRUE(pool.IsEmpty());
+        ASSERT_GE(RetainedRegionCount(), 1);
+
+        void* region = PlatformAlloc(kBlock);
+        ASSERT_TRUE(AllZero(region, kBlock)) << "a kept block was not cleared";
+        PlatformFree(region);
+    }
+    pool.FreePool();
+}
+
+// Pools emptying and refilling in random order: the kept set stays within its cap and its
+// slot count at every step, and TotalRAM is exactly the live blocks and descriptor arrays,
+// never what is kept. "Small" pools hold a few small allocations, always in one block;
+// "whole" pools take a standard block for every allocation; so the blocks are known.
+TEST_F(RetainedRegionsTest, TheKeptMemoryNeverExceedsItsCap) {
+    constexpr int kPools = 6; // even numbers small, odd numbers whole
+    VarnPool pools[kPools];
+    std::vector<void*> live[kPools];
+    bool used[kPools] = {};
+    std::mt19937 random(11);
+    const unsigned long long ram = TotalRAM();
+    int peakKept = 0;
+    for (int step = 0; step < 1500; ++step) {
+        const int k = static_cast<int>(random() % kPools);
+        const bool whole = k % 2 == 1;
+        const std::size_t most = whole ? 4 : 20;
+        if (live[k].empty() || (live[k].size() < most && random() % 2 == 0)) {
+            live[k].push_back(pools[k].VarnAlloc(whole ? kBlock - 16 : 1 + random() % 100));
+            used[k] = true;
+        } else {
+            const std::size_t i = random() % live[k].size();
+            pools[k].VarnFree(live[k][i]);
+            live[k][i] = live[k].back();
+            live[k].pop_back();
+        }
+        ASSERT_LE(RetainedBytes(), kRetainedBytesCap) << "step " << step;
+        ASSERT_LE(RetainedRegionCount(), kRetainedRegionSlots) << "step " << step;
+        ASSERT_EQ(RetainedBytes(), RetainedRegionCount() * kBlockRegion) << "step " << step;
+        peakKept = std::max(peakKept, RetainedRegionCount());
+
+        unsigned long long expected = 0;
+        for (int p = 0; p < kPools; ++p) {
+            const unsigned long long blocks = p % 2 == 1 ? live[p].size() : !live[p].empty();
+            expected += (used[p] ? kHeaderArray : 0) + blocks * kBlockAccounted;
+        }
+        ASSERT_EQ(TotalRAM() - ram, expected) << "step " << step;
+    }
+    EXPECT_EQ(peakKept, kRetainedRegionSlots) << "the sequence never filled the kept set";
+    for (int p = 0; p < kPools; ++p) {
+        for (void* q : live[p])
+            pools[p].VarnFree(q);
+        pools[p].FreePool();
+    }
+    EXPECT_EQ(TotalRAM(), ram);
+}
+
+// FreeAllPools gives back what is kept, and leaves the figures as they were.
+TEST_F(RetainedRegionsTest, FreeAllPoolsGivesBackWhatIsKept) {
+    VarnPool pool;
+    std::vector<void*> blocks;
+    for (int i = 0; i < 3; ++i)
+        blocks.push_back(pool.VarnAlloc(kBlock - 16)); // three blocks of their own
+    for (void* p : blocks)
+        pool.VarnFree(p);
+    EXPECT_EQ(RetainedRegionCount(), 3);
+    const unsigned long long ram = TotalRAM();
+    FreeAllPools();
+    EXPECT_EQ(RetainedRegionCount(), 0);
+    EXPECT_EQ(RetainedBytes(), 0u);
+    EXPECT_EQ(TotalRAM(), ram);
+    pool.FreePool();
+}
+
+// What is kept and what is not, by how a region is released and how large it is.
+TEST_F(RetainedRegionsTest, OnlyClearedRegionsWithinTheCapAreKept) {
+    struct Row {
+        const char* what;
+        unsigned long long n; // PlatformAlloc size
+        bool zeroed;          // released with PlatformFreeZeroed
+        int kept;
+    };
+    const Row rows[] = {
+        {"a cleared region", 1000, true, 1},
+        {"a standard block's region", kBlockAccounted - 8, true, 1},
+        {"a region of exactly the cap", kRetainedBytesCap / 8 - 8, true, 1},
+        {"a region past the cap", kRetainedBytesCap / 8, true, 0},
+        {"an ordinary release", 1000, false, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        fileio::detail::ReleaseRetainedRegions();
+        const unsigned long long ram = TotalRAM();
+        void* p = PlatformAlloc(row.n);
+        if (row.zeroed)
+            fileio::detail::PlatformFreeZeroed(p);
+        else
+            PlatformFree(p);
+        EXPECT_EQ(TotalRAM(), ram);
+        EXPECT_EQ(RetainedRegionCount(), row.kept);
+
+        // Only a request of the same size takes a kept region back.
+        void* other = PlatformAlloc(row.n + 8);
+        EXPECT_EQ(RetainedRegionCount(), row.kept);
+        void* same = PlatformAlloc(row.n);
+        EXPECT_EQ(RetainedRegionCount(), 0);
+        if (row.kept == 1) {
+            EXPECT_EQ(same, p) << "the kept region was not taken back";
+        }
+        EXPECT_TRUE(AllZero(same, row.n));
+        EXPECT_EQ(TotalRAM() - ram, 2 * row.n + 8 + 16);
+        PlatformFree(same);
+        PlatformFree(other);
+    }
+    fileio::detail::PlatformFreeZeroed(nullptr);
+}
+
+// More released blocks than slots: the oldest go back to the system, the newest stay and
+// are taken newest first.
+TEST_F(RetainedRegionsTest, TheNewestReleasesAreKept) {
+    std::vector<void*> regions;
+    for (int i = 0; i < kRetainedRegionSlots + 2; ++i)
+        regions.push_back(PlatformAlloc(kBlock));
+    for (void* p : regions)
+        fileio::detail::PlatformFreeZeroed(p);
+    EXPECT_EQ(RetainedRegionCount(), kRetainedRegionSlots);
+    for (int i = kRetainedRegionSlots + 1; i >= 2; --i) {
+        void* p = PlatformAlloc(kBlock);
+        EXPECT_EQ(p, regions[i]) << "release " << i;
+        regions[i] = p;
+    }
+    EXPECT_EQ(RetainedRegionCount(), 0);
+    for (int i = 2; i < kRetainedRegionSlots + 2; ++i)
+        PlatformFree(regions[i]);
+}
+
+// Under AddressSanitizer a kept block is poisoned: a stale pointer into a block the pool has
+// released is still reported, as it was when the block went back to the system at once.
+TEST_F(RetainedRegionsTest, AStalePointerIntoAKeptBlockIsReported) {
+    if (!fileio::detail::kKeptRegionsPoisoned)
+        GTEST_SKIP() << "only an AddressSanitizer build poisons kept blocks";
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    VarnPool pool;
+    auto* stale = static_cast<volatile char*>(pool.VarnAlloc(40));
+    pool.VarnFree(const_cast<char*>(stale));
+    ASSERT_EQ(RetainedRegionCount(), 1);
+    EXPECT_DEATH(stale[0] = 1, "use-after-poison");
+    pool.FreePool();
+}
+
+} // namespace
