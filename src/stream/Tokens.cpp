@@ -6,9 +6,12 @@
 #include "stream/SpanStream.h"
 #include "stream/StreamBytes.h"
 #include "stream/TokenText.h"
+#include "stream/VocabularyTables.h"
 
+#include <cstdint>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 using namespace fileio::detail;
 
@@ -16,9 +19,14 @@ namespace {
 
 /// The id of a word that names a section: a header word, else a label word (label words
 /// may open sections), else -1.
-int LookUpSectionWord(const char* word) {
-    const int id = GetHeaderIDFromText(word);
-    return id != -1 ? id : GetLabelIDFromText(word);
+int LookUpSectionWord(std::string_view word) {
+    const int id = HeaderIdOf(word);
+    return id != -1 ? id : LabelIdOf(word);
+}
+
+/// The word as the C string functions see it: up to its first NUL byte.
+std::string_view UpToNul(std::string_view word) {
+    return word.substr(0, word.find('\0'));
 }
 
 /// The start of the text the header table gives for an id without a word.
@@ -77,37 +85,66 @@ VarnStream& VarnStream::operator>>(Header& header) {
     return *this;
 }
 
+bool VarnStream::TakeFromWindow(char delimiter, std::size_t limit, std::string_view& word) {
+    // Words are short: a few bytes are looked at here before the library's search is called.
+    constexpr std::size_t kShortWord = 16;
+    const auto available = static_cast<std::size_t>(Available());
+    const std::size_t length = available < limit ? available : limit;
+    const unsigned char* const begin = m_window.data + m_window.position;
+    const unsigned char* found = nullptr;
+    const std::size_t near = length < kShortWord ? length : kShortWord;
+    for (std::size_t i = 0; i < near && found == nullptr; ++i)
+        if (begin[i] == static_cast<unsigned char>(delimiter))
+            found = begin + i;
+    if (found == nullptr && length > near)
+        found =
+            static_cast<const unsigned char*>(std::memchr(begin + near, delimiter, length - near));
+    if (found == nullptr)
+        return false;
+    word = {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(found - begin)};
+    m_window.position += word.size() + 1;
+    return true;
+}
+
 // The square generation's header ends just after its "]"; the angle generation's reads at
-// most 255 bytes up to its ">" and then skips the white space after it.
+// most 255 bytes up to its ">" and then skips the white space after it. Where the window
+// holds the whole word it is looked up where it lies.
 void VarnStream::ReadHeaderText(Header& header) {
     NextByte(); // the opening bracket
-    char word[kTokenBufferSize + 1];
-    const char* lookup = word;
-    bool end = false;
+    char buffer[kTokenBufferSize + 1];
+    std::string_view word;
+    std::string_view prefix;
     if (m_generation != TextGeneration::Angle) {
-        ParseToken(word, ']');
-        end = std::strncmp(word, "END", 3) == 0;
-        if (end)
-            lookup = word + 3;
-    } else {
-        std::size_t length = 0;
-        for (std::size_t read = 0; read < kTokenBufferSize; ++read) {
-            const int c = NextByte();
-            if (c < 0 || c == '>')
-                break;
-            word[length++] = static_cast<char>(c);
+        if (TakeFromWindow(']', SIZE_MAX, word)) {
+            word = word.substr(0, kTokenBufferSize - 1);
+        } else {
+            ParseToken(buffer, ']');
+            word = buffer;
         }
-        word[length] = '\0';
-        SetStatusMeter();
-        end = word[0] == '/';
-        if (end)
-            lookup = word + 1;
-        SkipWhite();
+        prefix = "END";
+    } else {
+        if (!TakeFromWindow('>', kTokenBufferSize, word)) {
+            std::size_t length = 0;
+            for (std::size_t read = 0; read < kTokenBufferSize; ++read) {
+                const int c = NextByte();
+                if (c < 0 || c == '>')
+                    break;
+                buffer[length++] = static_cast<char>(c);
+            }
+            word = {buffer, length};
+        }
+        prefix = "/";
     }
+    word = UpToNul(word);
+    const bool end = word.substr(0, prefix.size()) == prefix;
     CopyTokenText(header.text, word);
-    header.id = LookUpSectionWord(lookup);
+    header.id = LookUpSectionWord(end ? word.substr(prefix.size()) : word);
     if (end)
         header.id |= fileio::kEndHeaderBit;
+    if (m_generation == TextGeneration::Angle) {
+        SetStatusMeter();
+        SkipWhite();
+    }
 }
 
 void VarnStream::ReadHeaderBinary(Header& header) {
@@ -151,10 +188,16 @@ VarnStream& VarnStream::operator>>(Label& label) {
         label.id = static_cast<int>(word);
         GetLabelTextFromID(label.id, label.text);
     } else {
-        char word[kTokenBufferSize];
-        ParseToken(word, '=');
+        // The text a label keeps: at most 79 bytes, up to a NUL; its id is that text's.
+        char buffer[kTokenBufferSize];
+        std::string_view word;
+        if (!TakeFromWindow('=', SIZE_MAX, word)) {
+            ParseToken(buffer, '=');
+            word = buffer;
+        }
+        word = UpToNul(word.substr(0, fileio::kTokenTextSize - 1));
         CopyTokenText(label.text, word);
-        label.id = GetLabelIDFromText(label.text);
+        label.id = LabelIdOf(word);
     }
     return *this;
 }

@@ -112,6 +112,14 @@ std::span<const VocabularyRow> LabelRows() noexcept {
     return kLabelRows;
 }
 
+std::int32_t HeaderIdOf(std::string_view word) noexcept {
+    return HeaderMap().IdOf(word);
+}
+
+std::int32_t LabelIdOf(std::string_view word) noexcept {
+    return LabelMap().IdOf(word);
+}
+
 const VocabularyRow* FirstLabelRow(std::int32_t id) noexcept {
     if (id < kLowestLabelId || id > kHighestLabelId)
         return nullptr;
@@ -125,7 +133,7 @@ using fileio::detail::CopyTokenText;
 using fileio::detail::WriteNotFoundText;
 
 int GetHeaderIDFromText(const char* text) noexcept {
-    return text != nullptr ? fileio::detail::HeaderMap().IdOf(text) : -1;
+    return text != nullptr ? fileio::detail::HeaderIdOf(text) : -1;
 }
 
 void GetHeaderTextFromID(int id, char* out) noexcept {
@@ -146,7 +154,7 @@ String GetHeaderStringFromID(int id) {
 }
 
 int GetLabelIDFromText(const char* text) noexcept {
-    return text != nullptr ? fileio::detail::LabelMap().IdOf(text) : -1;
+    return text != nullptr ? fileio::detail::LabelIdOf(text) : -1;
 }
 
 bool GetLabelTextFromID(int id, char* out) noexcept {

@@ -28,4 +28,8 @@ std::span<const VocabularyRow> LabelRows() noexcept;
 /// ids that carry two words this is the alphabetically first of them. Constant time.
 const VocabularyRow* FirstLabelRow(std::int32_t id) noexcept;
 
+/// GetHeaderIDFromText and GetLabelIDFromText of a word whose length is known.
+std::int32_t HeaderIdOf(std::string_view word) noexcept;
+std::int32_t LabelIdOf(std::string_view word) noexcept;
+
 } // namespace fileio::detail

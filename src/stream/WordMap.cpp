@@ -9,6 +9,7 @@ namespace fileio::detail {
 WordMap::WordMap(std::span<const VocabularyRow> rows, std::uint32_t bucketCount,
                  std::int32_t indexSize)
     : m_bucketCount(bucketCount == 0 ? 1 : bucketCount),
+      m_bucketReciprocal(UINT64_MAX / m_bucketCount + 1),
       m_buckets(std::make_unique<Entry*[]>(m_bucketCount)),
       m_index(static_cast<std::size_t>(indexSize > 0 ? indexSize : 0), nullptr) {
     for (const VocabularyRow& row : rows)
@@ -41,7 +42,7 @@ std::uint32_t WordMap::BucketKey(std::string_view word) noexcept {
 }
 
 WordMap::Entry* WordMap::Find(std::string_view word, std::uint32_t key) const noexcept {
-    for (Entry* entry = m_buckets[key % m_bucketCount]; entry != nullptr; entry = entry->next) {
+    for (Entry* entry = m_buckets[BucketOf(key)]; entry != nullptr; entry = entry->next) {
         if (entry->key == key && entry->length == word.size() &&
             std::memcmp(entry->word, word.data(), word.size()) == 0)
             return entry;
@@ -49,9 +50,8 @@ WordMap::Entry* WordMap::Find(std::string_view word, std::uint32_t key) const no
     return nullptr;
 }
 
-std::int32_t WordMap::IdOf(const char* word) const noexcept {
-    const std::string_view view(word);
-    const Entry* entry = Find(view, BucketKey(view));
+std::int32_t WordMap::IdOf(std::string_view word) const noexcept {
+    const Entry* entry = Find(word, BucketKey(word));
     return entry != nullptr ? entry->id : -1;
 }
 
@@ -76,7 +76,7 @@ void WordMap::Put(std::string_view word, std::int32_t id, bool copyWord) {
             m_copiedWords.push_back(std::move(copy));
         }
         entry = NewEntry();
-        Entry*& bucket = m_buckets[key % m_bucketCount];
+        Entry*& bucket = m_buckets[BucketOf(key)];
         *entry = {bucket, stored, key, static_cast<std::uint32_t>(word.size()), id};
         bucket = entry;
     }

@@ -41,8 +41,8 @@ public:
     /// The bucket key of a word (see above).
     static std::uint32_t BucketKey(std::string_view word) noexcept;
 
-    /// The id of the word (NUL-terminated, not null), or -1 when the map does not hold it.
-    std::int32_t IdOf(const char* word) const noexcept;
+    /// The id of the word, or -1 when the map does not hold it.
+    std::int32_t IdOf(std::string_view word) const noexcept;
 
     /// The word that the id index holds for id (NUL-terminated after the view); nothing
     /// when id is outside the index or its entry is empty.
@@ -78,7 +78,17 @@ private:
         return id >= 0 && static_cast<std::size_t>(id) < m_index.size();
     }
 
+    /// The bucket of a key: key modulo the bucket count, by multiplications (a division per
+    /// lookup is a large part of a short word's cost).
+    std::uint32_t BucketOf(std::uint32_t key) const noexcept {
+        const std::uint64_t low = m_bucketReciprocal * key;
+        return static_cast<std::uint32_t>(
+            ((low >> 32) * m_bucketCount + (((low & 0xFFFFFFFFu) * m_bucketCount) >> 32)) >> 32);
+    }
+
     std::uint32_t m_bucketCount;
+    /// 2^64 / bucket count, rounded up, for BucketOf.
+    std::uint64_t m_bucketReciprocal;
     std::unique_ptr<Entry*[]> m_buckets;
     std::vector<Entry*> m_index;
     std::vector<std::unique_ptr<Entry[]>> m_blocks;

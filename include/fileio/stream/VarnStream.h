@@ -594,6 +594,9 @@ private:
     /// The next line as ReadLine defines it, valid until the next read: inside the window,
     /// or in `spill`. False at the end of the data.
     bool NextLine(std::string& spill, std::string_view& line);
+    /// When the window holds `delimiter` within `limit` bytes of the position: `word` is the
+    /// bytes before it, the position moves past it, true. Else false, nothing read.
+    bool TakeFromWindow(char delimiter, std::size_t limit, std::string_view& word);
     bool IsTextHeaderNext(bool anyVersion);
     bool PeekWord(unsigned int& word);
     void ReadHeaderText(Header& header);
