@@ -2,7 +2,7 @@
 # Checks the sources' format, then builds FileIO and runs every test: the Linux debug build,
 # the same tests under AddressSanitizer + UndefinedBehaviorSanitizer, the pool tests under
 # ThreadSanitizer, the fuzz targets for a bounded time, and the Windows cross build's tests
-# under Wine.
+# under Wine; at the end it prints how large the tests are against the code.
 # Any failure stops the run with a non-zero exit.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -35,3 +35,6 @@ export WINEPREFIX="$PWD/build/wineprefix" WINEDEBUG=-all
 wine=$(command -v /usr/lib/wine/wine64 wine64 wine 2>/dev/null | head -n 1)
 "$wine" wineboot --init > /dev/null 2>&1 || true
 run_preset windows
+
+step "test-to-code ratio"
+scripts/test-ratio.sh
