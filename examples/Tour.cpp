@@ -34,9 +34,28 @@ int main() {
     FreePatch(patch);
     unsigned long long bytes = TotalRAM(); // everything obtained from the system
 
+    // Projects on disk: a save replaces the file whole or not at all; a file that moved
+    // with its folder is found once the folder's new place is known.
+    const String project = String::AddNameToExeDirectory("tour-robot.prj");
+    const int model = GetHeaderIDFromText("MODELFILE");
+    FileStream out;
+    bool saved = false;
+    if (out.Open(project, FM_VARN)) {
+        out << Header(model) << nl << Label("Name") << String("Robot") << nl << EndHeader(model)
+            << nl;
+        out.Close();
+        saved = !out.IsFailed(); // a failed save leaves the old file as it was
+    }
+    FileStream::AddPathAlias("C:\\Users\\ann\\Robot\\", String::GetAppPath());
+    FileStream in;
+    String moved("C:\\Users\\ann\\Robot\\tour-robot.prj");
+    const bool found = in.Open(moved, FM_LOADING | FM_VARN) && moved == project;
+    in.Close();
+    Remove(project);
+
     const bool ok = name == "Bone12" && same && t.GetTicks() == 270000 && frames > 0 &&
                     stored == "Parts/arm.mdl" && undo == 25 && bytes > 0 &&
-                    back == Time(36.0, 24.0) && smpte.IsNotEmpty();
+                    back == Time(36.0, 24.0) && smpte.IsNotEmpty() && saved && found;
     std::printf("%s %s %s %s\n", name.Get(), f.Get(), smpte.Get(), stored.Get());
     return ok ? 0 : 1;
 }
