@@ -230,13 +230,5 @@ BENCHMARK_CAPTURE(BM_SaveProjectMemoryThenFwrite, binary, true)
 } // namespace
 
 int main(int argc, char** argv) {
-    // A host always has other strings alive (see StreamBenchmark.cpp).
-    const String resident("resident");
-    TakeSizeOption(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return fileio::bench::RunProjectBenchmarks(argc, argv);
 }

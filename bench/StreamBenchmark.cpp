@@ -358,17 +358,6 @@ BENCHMARK_CAPTURE(BM_MinimalRead, binary, true)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
-// --size_mb=N is taken out of the command line before Google Benchmark reads it.
 int main(int argc, char** argv) {
-    // A host always has other strings alive. Without one, every string value read would
-    // empty the string pool's only block and take it back again, and the cases would time
-    // that rather than the reading.
-    const String resident("resident");
-    TakeSizeOption(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return fileio::bench::RunProjectBenchmarks(argc, argv);
 }
