@@ -409,7 +409,7 @@ int RunInfo(const CommandLine& line, Output& output) {
             }
             json.EndObject();
         } else if (loaded) {
-            output.Data((first ? "" : "\n") + InfoText(file, stream, info, counts));
+            output.Data(Concat({first ? "" : "\n", InfoText(file, stream, info, counts)}));
             first = false;
         }
     }

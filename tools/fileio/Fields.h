@@ -22,6 +22,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace fileio::tool {
 
@@ -56,8 +57,14 @@ struct FieldSpec {
     bool reference;
 };
 
+/// The known fields by label id (null for a label the tool does not know), for FindField.
+[[nodiscard]] const std::vector<const FieldSpec*>& FieldsById();
 /// The known field of a label id; null for a field the tool does not know.
-[[nodiscard]] const FieldSpec* FindField(int labelId);
+[[nodiscard]] inline const FieldSpec*
+FindField(int labelId, const std::vector<const FieldSpec*>& byId = FieldsById()) {
+    const auto index = static_cast<std::size_t>(labelId);
+    return index < byId.size() ? byId[index] : nullptr;
+}
 /// Every known field, in the table's order.
 [[nodiscard]] std::span<const FieldSpec> KnownFields();
 /// The kind's name as the tool prints it: "bool", "int", "float", "double", "text",
@@ -66,23 +73,45 @@ struct FieldSpec {
 
 /// The bytes a value of `kind` takes in the binary form; for a text, its 16-bit count (the
 /// characters follow).
-[[nodiscard]] unsigned BinarySize(Kind kind);
+[[nodiscard]] inline unsigned BinarySize(Kind kind) {
+    constexpr unsigned kSizes[] = {1, 4, 4, 8, 2, 12, 16, 12, 64, 8, 16};
+    static_assert(std::size(kSizes) == std::variant_size_v<Value>);
+    return kSizes[static_cast<std::size_t>(kind)];
+}
 
-/// Checks the text form of a value (the text after the "=" up to the line end) before it is
-/// read: the number of words and the form of each. Returns the problem, or an empty text
-/// when the value reads as written: "2 of 3 values", "4 values, 3 expected", "'abc' is not
-/// a number", "'3000000000' is out of range", "'yes' is not TRUE or FALSE", "'1:a' is not a
-/// time". A text value is one word: more than one, or none, is a problem ("the text form
-/// cannot carry an empty text or one with white space"), because the suite's reader takes
-/// the next word of the file in their place.
-[[nodiscard]] std::string CheckValueText(Kind kind, std::string_view text);
+/// Where a value of the text form lies: it starts just after its "=" and ends with its line.
+struct ValueExtent {
+    /// Just past its last word (0 when it has none): trailing blanks are left out.
+    std::size_t end = 0;
+    /// The end of its line: its first CR or LF, or the end of the text.
+    std::size_t lineEnd = 0;
+};
+
+/// Where the value at the start of `text` (which may run on past its line) lies.
+[[nodiscard]] ValueExtent MeasureValue(std::string_view text);
+
+/// Checks the text form of the value at the start of `text` (which may run on past its
+/// line) before it is read, and tells in `extent` where it lies: the number of words and
+/// the form of each. Returns the problem, or an empty text when the value reads as written:
+/// "2 of 3 values", "4 values, 3 expected", "'abc' is not a number", "'3000000000' is out
+/// of range", "'yes' is not TRUE or FALSE", "'1:a' is not a time". Only the form of a
+/// decimal number is looked at here (a word is converted once, by the typed reader):
+/// CheckValueRange tells afterwards of one its type cannot hold. A text value is one word:
+/// more than one, or none, is a problem ("the text form cannot carry an empty text or one
+/// with white space"), because the suite's reader takes the next word of the file in
+/// their place.
+[[nodiscard]] std::string CheckValueText(Kind kind, std::string_view text, ValueExtent& extent);
+
+/// After a value was read from `text`: the word that its type cannot hold ("'1e99' is out
+/// of range": read as an infinity, though not written as one); empty when there is none.
+[[nodiscard]] std::string CheckValueRange(const Value& value, std::string_view text);
 
 /// Why the text form cannot carry `value` (an empty text, or one holding white space);
 /// empty when it can.
 [[nodiscard]] std::string CheckTextFormCarries(const Value& value);
 
-/// Reads a value of `kind` with the stream's typed reader.
-[[nodiscard]] Value ReadValue(VarnStream& in, Kind kind);
+/// Reads a value of `kind` into `value` with the stream's typed reader.
+void ReadValue(VarnStream& in, Kind kind, Value& value);
 /// Writes `value` with the stream's typed writer (no separator before or after).
 void WriteValue(VarnStream& out, const Value& value);
 

@@ -40,12 +40,6 @@ std::string Hex(unsigned value) {
     return text;
 }
 
-/// A header read in the text form names a word of the vocabulary.
-bool IsKnownWord(std::string_view word) {
-    const std::string text(word);
-    return GetHeaderIDFromText(text.c_str()) != -1 || GetLabelIDFromText(text.c_str()) != -1;
-}
-
 class Walker {
 public:
     Walker(MemoryStream& in, ProjectVisitor& visitor, WorkMeter* meter)
@@ -76,57 +70,61 @@ private:
     void RunText() {
         m_open = m_in.GetVersion() >= kAngleVersion ? '<' : '[';
         m_close = m_open == '<' ? '>' : ']';
-        unsigned long long at = m_in.GetPos();
         while (!m_stopped) {
-            while (at < m_length && IsWhite(static_cast<unsigned char>(m_data[at])))
-                ++at;
+            // The stream's white-space skip stops after 255 bytes: it is asked again.
+            m_in.SkipWhite();
+            const unsigned long long at = m_in.GetPos();
             if (at >= m_length)
                 break;
+            if (IsWhite(static_cast<unsigned char>(m_data[at])))
+                continue;
             Meter(at);
-            const unsigned long long lineEnd = LineEnd(at);
-            const std::string_view line(m_data + at, lineEnd - at);
-            if (line[0] == m_open) {
-                at = TextHeader(at, line);
-            } else if (const std::size_t equals = line.find('=');
-                       equals != std::string_view::npos) {
-                TextField(at, lineEnd, at + equals + 1);
-                at = lineEnd;
+            if (m_data[at] == m_open) {
+                TextHeader(at);
+                continue;
+            }
+            const unsigned long long equals = Find(at, '=');
+            if (equals < m_length && m_data[equals] == '=') {
+                TextField(at, equals + 1);
             } else {
-                Error(at, m_path.Place(), "not a section or a field: " + QuotedLine(line));
-                at = lineEnd;
+                Error(at, m_path.Place(),
+                      Concat({"not a section or a field: ", QuotedLine(at, equals)}));
+                m_in.Seek(static_cast<long long>(equals), SM_BEGIN);
             }
         }
     }
 
-    /// Where the line that holds `at` ends: its first CR or LF, or the end of the data.
-    unsigned long long LineEnd(unsigned long long at) const {
-        const char* start = m_data + at;
-        const std::size_t rest = static_cast<std::size_t>(m_length - at);
-        const void* lf = std::memchr(start, '\n', rest);
-        const std::size_t end =
-            lf ? static_cast<std::size_t>(static_cast<const char*>(lf) - start) : rest;
-        const void* cr = std::memchr(start, '\r', end);
-        return at + (cr ? static_cast<std::size_t>(static_cast<const char*>(cr) - start) : end);
+    /// The offset of the first `wanted` byte of the line from `at` on, or of the line's end
+    /// (its first CR or LF, or the end of the data) when the line has none.
+    unsigned long long Find(unsigned long long at, char wanted) const {
+        while (at < m_length && m_data[at] != wanted && m_data[at] != '\n' && m_data[at] != '\r')
+            ++at;
+        return at;
     }
 
-    static std::string QuotedLine(std::string_view line) {
-        return "'" + std::string(line.substr(0, kQuotedLine)) +
-               (line.size() > kQuotedLine ? "...'" : "'");
+    /// The line from `at` to `end`, quoted for a problem.
+    std::string QuotedLine(unsigned long long at, unsigned long long end) const {
+        const std::string_view line(m_data + at, end - at);
+        return Concat({"'", line.substr(0, kQuotedLine), line.size() > kQuotedLine ? "...'" : "'"});
     }
 
-    /// Reads the header that opens `line`; returns where the walk goes on.
-    unsigned long long TextHeader(unsigned long long at, std::string_view line) {
-        const std::size_t close = line.find(m_close);
-        if (close == std::string_view::npos) {
+    /// Reads the header whose line starts at `at`, where the stream stands; leaves the
+    /// stream where the walk goes on.
+    void TextHeader(unsigned long long at) {
+        const unsigned long long close = Find(at, m_close);
+        if (close == m_length || m_data[close] != m_close) {
             Error(at, m_path.Place(),
-                  std::string("a section without its '") + m_close + "': " + QuotedLine(line));
-            return at + line.size();
+                  Concat({"a section without its '", std::string_view(&m_close, 1),
+                          "': ", QuotedLine(at, close)}));
+            m_in.Seek(static_cast<long long>(close), SM_BEGIN);
+            return;
         }
-        m_in.Seek(static_cast<long long>(at), SM_BEGIN);
-        Header header;
+        Header& header = m_header;
         m_in >> header;
-        const unsigned long long after = at + close + 1;
-        m_in.Seek(static_cast<long long>(after), SM_BEGIN);
+        // The reader stops after the bracket (angle: and the white space after it), or after
+        // 255 bytes of a longer word.
+        if (m_in.GetPos() <= close)
+            m_in.Seek(static_cast<long long>(close + 1), SM_BEGIN);
         std::string_view word(header.text);
         bool end = false;
         if (m_open == '<' && !word.empty() && word[0] == '/') {
@@ -138,38 +136,44 @@ private:
             word.remove_prefix(kSquareEnd.size());
         }
         const int id = header.id == -1 ? -1 : header.id & ~fileio::kEndHeaderBit;
+        // The reader looks the word up as a header word, then as a label word: -1 is neither.
         if (end)
             CloseSection(word, id, at);
         else
-            OpenSection(header, word, id, at, IsKnownWord(word));
-        return m_in.GetPos();
+            OpenSection(header, word, id, at, header.id != -1);
     }
 
-    /// Reads the field whose line starts at `at`.
-    void TextField(unsigned long long at, unsigned long long lineEnd,
-                   unsigned long long valueBegin) {
-        m_in.Seek(static_cast<long long>(at), SM_BEGIN);
+    /// Reads the field whose line starts at `at`, where the stream stands, its value at
+    /// `valueBegin` (after the "="); leaves the stream at the end of its line or after it.
+    void TextField(unsigned long long at, unsigned long long valueBegin) {
         m_in >> m_label;
-        unsigned long long valueEnd = lineEnd;
-        while (valueEnd > valueBegin &&
-               (m_data[valueEnd - 1] == ' ' || m_data[valueEnd - 1] == '\t'))
-            --valueEnd;
         ++m_counts.fields;
-        const FieldSpec* spec = FindField(m_label.id);
-        FieldEvent event{m_label, spec, at, valueBegin, valueEnd, nullptr};
+        const FieldSpec* spec = FindField(m_label.id, m_fields);
+        const std::string_view rest(m_data + valueBegin, m_length - valueBegin);
+        ValueExtent extent;
+        std::string problem;
+        if (spec == nullptr)
+            extent = MeasureValue(rest);
+        else
+            problem = CheckValueText(spec->kind, rest, extent);
+        FieldEvent event{m_label, spec, at, valueBegin, valueBegin + extent.end, nullptr};
         if (spec == nullptr) {
             Note(at, m_path.Place(m_label.text), "unknown field: its value is skipped");
-        } else if (const std::string problem = CheckValueText(
-                       spec->kind, std::string_view(m_data + valueBegin, valueEnd - valueBegin));
-                   !problem.empty()) {
+        } else if (!problem.empty()) {
             Error(at, m_path.Place(m_label.text), problem);
         } else {
-            m_in.Seek(static_cast<long long>(valueBegin), SM_BEGIN);
-            m_value = ReadValue(m_in, spec->kind);
-            event.value = &m_value;
+            // The words were counted: the reader takes exactly them and the line's end.
+            ReadValue(m_in, spec->kind, m_value);
+            const std::string range = CheckValueRange(m_value, rest.substr(0, extent.end));
+            if (range.empty())
+                event.value = &m_value;
+            else
+                Error(at, m_path.Place(m_label.text), range);
+            m_visitor.Field(event, m_path);
+            return;
         }
         m_visitor.Field(event, m_path);
-        m_in.Seek(static_cast<long long>(lineEnd), SM_BEGIN);
+        m_in.Seek(static_cast<long long>(valueBegin + extent.lineEnd), SM_BEGIN);
     }
 
     // ---- the binary form ---------------------------------------------------------------------
@@ -204,28 +208,46 @@ private:
     }
 
     void BinaryHeader(unsigned long long at, unsigned word) {
-        Header header;
+        Header& header = m_header;
         m_in >> header;
         const int id = static_cast<int>(word & kIdMask);
-        // A label word in header position names its section by the label vocabulary.
-        const bool known = (word & kLabelBit) != 0 ? GetLabelTextFromID(id, nullptr)
-                                                   : GetHeaderIDFromText(header.text) == id ||
-                                                         GetLabelIDFromText(header.text) == id;
-        const std::string name = known ? std::string(header.text) : "#" + std::to_string(id);
+        const bool known = IsKnownSection(id, (word & kLabelBit) != 0, header);
+        const std::string unknown = known ? std::string() : Concat({"#", std::to_string(id)});
+        const std::string_view name = known ? std::string_view(header.text) : unknown;
         if ((word & kEndBit) != 0)
             CloseSection(name, id, at);
         else
             OpenSection(header, name, id, at, known);
     }
 
+    /// Whether a binary section id has a word: a label id in header position (the label
+    /// bit set) by the label vocabulary, any other id by the header vocabulary and then the
+    /// label vocabulary, as the header reader names it. Each id is looked up once.
+    bool IsKnownSection(int id, bool labelWord, const Header& header) {
+        const auto lookUp = [&] {
+            return labelWord ? GetLabelTextFromID(id, nullptr)
+                             : GetHeaderIDFromText(header.text) == id ||
+                                   GetLabelIDFromText(header.text) == id;
+        };
+        const auto index = static_cast<std::size_t>(id);
+        if (index >= kKnownSectionsCached)
+            return lookUp();
+        std::vector<signed char>& known = m_knownSections[labelWord ? 1 : 0];
+        if (index >= known.size())
+            known.resize(index + 1, kNotLookedUp);
+        if (known[index] == kNotLookedUp)
+            known[index] = lookUp() ? 1 : 0;
+        return known[index] != 0;
+    }
+
     void BinaryField(unsigned long long at) {
         m_in >> m_label;
         ++m_counts.fields;
         const unsigned long long valueBegin = at + kTokenSize;
-        const FieldSpec* spec = FindField(m_label.id);
-        const std::string place = m_path.Place(m_label.text);
+        const FieldSpec* spec = FindField(m_label.id, m_fields);
+        const auto place = [&] { return m_path.Place(m_label.text); };
         if (spec == nullptr) {
-            Stop(at, place,
+            Stop(at, place(),
                  "unknown field (id " + std::to_string(m_label.id) +
                      "): the binary form does not tell the size of its value, so the rest of "
                      "the file cannot be read");
@@ -237,14 +259,14 @@ private:
             size += static_cast<unsigned char>(m_data[valueBegin]) |
                     static_cast<unsigned>(static_cast<unsigned char>(m_data[valueBegin + 1])) << 8;
         if (left < size) {
-            Stop(at, place,
+            Stop(at, place(),
                  "the data end inside the value: " + std::to_string(left) + " of " +
                      std::to_string(size) + " bytes");
             return;
         }
-        m_value = ReadValue(m_in, spec->kind);
+        ReadValue(m_in, spec->kind, m_value);
         if (spec->kind == Kind::Bool && static_cast<unsigned char>(m_data[valueBegin]) > 1)
-            Error(at, place,
+            Error(at, place(),
                   "a truth value of " +
                       std::to_string(static_cast<unsigned char>(m_data[valueBegin])) +
                       ", 0 or 1 expected");
@@ -288,13 +310,14 @@ private:
                 break;
             }
         }
-        const std::string end = "</" + std::string(word) + ">";
+        const auto end = [&] { return Concat({"</", word, ">"}); };
         if (match == frames.size()) {
-            Error(at, m_path.Place(), end + " closes no open section");
+            Error(at, m_path.Place(), Concat({end(), " closes no open section"}));
             return;
         }
         while (m_path.Depth() > match) {
-            Error(frames.back().offset, m_path.Place(), "not closed before " + end);
+            Error(m_path.Frames().back().offset, m_path.Place(),
+                  Concat({"not closed before ", end()}));
             CloseInnermost(at);
         }
         CloseInnermost(at);
@@ -335,10 +358,18 @@ private:
     WorkMeter* m_meter;
     const char* m_data;
     unsigned long long m_length;
+    const std::vector<const FieldSpec*>& m_fields = FieldsById();
     SectionPath m_path;
     WalkCounts m_counts;
+    // The tokens and the value are read into the same objects each time.
+    Header m_header;
     Label m_label;
     Value m_value;
+    /// Per binary section id (header words, label words): 1 known, 0 unknown.
+    static constexpr signed char kNotLookedUp = -1;
+    /// Ids from here on (no word has one) are looked up without keeping the answer.
+    static constexpr std::size_t kKnownSectionsCached = 1 << 13;
+    std::vector<signed char> m_knownSections[2];
     char m_open = '<';
     char m_close = '>';
     unsigned m_steps = 0;
@@ -349,19 +380,26 @@ private:
 
 // ---- the path ---------------------------------------------------------------------------------
 
-SectionPath::SectionPath() {
-    m_frames.push_back(Frame{{}, -1, 0, 0, {}});
-}
+SectionPath::SectionPath() : m_frames(1, Frame{{}, -1, 0, 0, {}}) {}
 
 void SectionPath::Push(std::string_view word, int id, unsigned long long offset) {
-    auto& children = m_frames.back().children;
-    auto count = std::find_if(children.begin(), children.end(),
-                              [&](const auto& child) { return child.first == word; });
-    if (count == children.end()) {
-        children.emplace_back(std::string(word), 0);
-        count = children.end() - 1;
+    auto& children = m_frames[m_depth].children;
+    auto child = std::find_if(children.begin(), children.end(), [&](const Child& known) {
+        return known.id == id && (id != -1 || known.word == word);
+    });
+    if (child == children.end()) {
+        children.push_back(Child{id, std::string(word), 0});
+        child = children.end() - 1;
     }
-    m_frames.push_back(Frame{std::string(word), id, count->second++, offset, {}});
+    const int index = child->count++;
+    if (++m_depth == m_frames.size())
+        m_frames.emplace_back();
+    Frame& frame = m_frames[m_depth];
+    frame.word.assign(word);
+    frame.id = id;
+    frame.index = index;
+    frame.offset = offset;
+    frame.children.clear();
 }
 
 std::string SectionPath::Component(const Frame& frame, std::size_t depth) {
@@ -372,7 +410,7 @@ std::string SectionPath::Component(const Frame& frame, std::size_t depth) {
 
 std::string SectionPath::Place(std::string_view field) const {
     std::string place;
-    for (std::size_t depth = 1; depth < m_frames.size(); ++depth) {
+    for (std::size_t depth = 1; depth <= m_depth; ++depth) {
         if (!place.empty())
             place += '/';
         place += Component(m_frames[depth], depth);
@@ -386,7 +424,7 @@ std::string SectionPath::Place(std::string_view field) const {
 }
 
 std::string SectionPath::Last() const {
-    return Depth() == 0 ? std::string() : Component(m_frames.back(), Depth());
+    return m_depth == 0 ? std::string() : Component(m_frames[m_depth], m_depth);
 }
 
 // ---- the visitor and the walk

@@ -19,6 +19,7 @@
 #include "Fields.h"
 #include "fileio/FileIO.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,8 +46,15 @@ public:
     /// The innermost section's own part of the place ("MESH[3]"); empty at the top level.
     [[nodiscard]] std::string Last() const;
     /// How many sections are open.
-    [[nodiscard]] std::size_t Depth() const { return m_frames.size() - 1; }
+    [[nodiscard]] std::size_t Depth() const { return m_depth; }
 
+    /// How many sections of a word a section holds so far.
+    struct Child {
+        int id;
+        /// Told apart by the word only when the id is -1.
+        std::string word;
+        int count;
+    };
     struct Frame {
         std::string word;
         /// The header id; -1 when the word has none.
@@ -54,17 +62,18 @@ public:
         /// Position among the sections of the same word in the parent.
         int index;
         unsigned long long offset;
-        /// How many sections of each word the section holds so far.
-        std::vector<std::pair<std::string, int>> children;
+        std::vector<Child> children;
     };
     void Push(std::string_view word, int id, unsigned long long offset);
-    void Pop() { m_frames.pop_back(); }
-    [[nodiscard]] const std::vector<Frame>& Frames() const { return m_frames; }
+    void Pop() { --m_depth; }
+    /// The file itself (never written in a place), then the open sections, outermost first.
+    [[nodiscard]] std::span<const Frame> Frames() const { return {m_frames.data(), m_depth + 1}; }
 
 private:
     static std::string Component(const Frame& frame, std::size_t depth);
-    /// The file itself is the first frame and is never written.
+    /// The frames of the sections opened so far; those past m_depth are kept for reuse.
     std::vector<Frame> m_frames;
+    std::size_t m_depth = 0;
 };
 
 struct SectionEvent {

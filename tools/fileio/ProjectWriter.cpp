@@ -20,8 +20,7 @@ void ProjectWriter::SkippedSection(const SectionEvent& section, const SectionPat
 
 void ProjectWriter::Field(const FieldEvent& field, const SectionPath& path) {
     if (field.value == nullptr) {
-        if (field.spec == nullptr)
-            CarryOver(field.offset, field.valueEnd, field.offset, path.Place(field.label.text));
+        CarryOver(field.offset, field.valueEnd, field.offset, path.Place(field.label.text));
         return;
     }
     if (m_out.IsAscii()) {

@@ -4,10 +4,10 @@
 // Every section and field is written with the stream's own writers, one token to a line in
 // the text form, so the text a file gives is canonical: the same file in either form gives
 // the same bytes. What the walk did not read is carried over only where the forms allow: an
-// unknown field or section of a text file is copied as it stands into text; it cannot be
-// written in the binary form (its id and the kind of its value are unknown) and is left out
-// with an error. A text value that the text form cannot carry (empty, or holding white space)
-// is written all the same, with an error.
+// unknown field or section, or a value that does not read as its kind, of a text file is
+// copied as it stands into text; it cannot be written in the binary form (an unknown word
+// has no id, its value no kind) and is left out with an error. A text value that the text form
+// cannot carry (empty, or holding white space) is written all the same, with an error.
 #pragma once
 
 #include "ProjectReader.h"

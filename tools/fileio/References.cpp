@@ -90,12 +90,12 @@ void ReferenceCollector::Field(const FieldEvent& field, const SectionPath& path)
 bool ReferenceSearch::AddMapping(std::string_view mapping, std::string& why) {
     const std::size_t equals = mapping.find('=');
     if (equals == std::string_view::npos || equals == 0 || equals + 1 == mapping.size()) {
-        why = "'" + std::string(mapping) + "' is not FROM=TO";
+        why = Concat({"'", mapping, "' is not FROM=TO"});
         return false;
     }
     const std::string to = AbsolutePath(std::string(mapping.substr(equals + 1)));
     if (!DirExists(String(to))) {
-        why = "'" + to + "' is not a folder";
+        why = Concat({"'", to, "' is not a folder"});
         return false;
     }
     // Both folders in the native form with one trailing separator, so that the shorter

@@ -20,6 +20,13 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
                       [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
+std::string Concat(std::initializer_list<std::string_view> pieces) {
+    std::string text;
+    for (std::string_view piece : pieces)
+        text.append(piece);
+    return text;
+}
+
 std::size_t Utf8SequenceLength(std::string_view text) {
     if (text.empty())
         return 0;

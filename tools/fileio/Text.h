@@ -1,6 +1,7 @@
 // Text.h - small text helpers shared by the tool's sources.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,9 @@ namespace fileio::tool {
 /// Equal when the ASCII letters are compared without regard to case (the rule of the suite's
 /// words and of String's comparison); other bytes compare as they are.
 [[nodiscard]] bool EqualsIgnoringCase(std::string_view a, std::string_view b);
+
+/// The pieces joined into one text.
+[[nodiscard]] std::string Concat(std::initializer_list<std::string_view> pieces);
 
 /// The text with every byte that a terminal could take as a command escaped as "\xNN": the
 /// control bytes (below 0x20, and 0x7F), the C1 control characters and every byte that is
