@@ -463,7 +463,9 @@ int RunDump(const CommandLine& line, Output& output) {
         text.Open(FM_STORING);
         ProjectWriter writer(in, text);
         Walk(in, writer, output, file);
-        output.Data(Bytes(text, 0, text.GetLength()));
+        // The canonical text is data for a file; on a terminal its bytes are made printable.
+        const std::string_view bytes = Bytes(text, 0, text.GetLength());
+        output.Data(output.OutIsTerminal() ? Printable(bytes, true) : std::string(bytes));
         problems = writer.Problems();
     }
     TellProblems(output, file.shown, problems);

@@ -258,14 +258,16 @@ bool ParseCommandLine(const CommandSpec& command, const std::vector<std::string>
     return true;
 }
 
-/// Tells a usage error, and with --json gives the one document all the same.
-int UsageError(Output& output, const char* command, const std::string& why, bool json) {
+/// Tells a usage error, and with --json gives the one document all the same (its command
+/// as it was typed).
+int UsageError(Output& output, const char* command, const std::string& why, bool json,
+               const std::string& typed = {}) {
     const std::string where = command != nullptr ? std::string(command) + ": " : std::string();
     output.Error(where + Printable(why) + " (see 'fileio " +
                  (command != nullptr ? std::string(command) + " " : std::string()) + "--help')");
     if (json) {
         JsonWriter document(output.Out());
-        BeginDocument(document, command != nullptr ? command : "");
+        BeginDocument(document, command != nullptr ? command : typed.c_str());
         document.Key("error");
         document.String(why);
         document.EndObject();
@@ -294,8 +296,8 @@ int Main(const std::vector<std::string>& args) {
     const std::string& name = IsHelp(args[0]) ? args[1] : args[0];
     const CommandSpec* command = FindCommand(name);
     if (command == nullptr)
-        return UsageError(output, nullptr, "unknown command '" + name + "'",
-                          HasFlag(args, "--json"));
+        return UsageError(output, nullptr, Concat({"unknown command '", name, "'"}),
+                          HasFlag(args, "--json"), name);
     CommandLine line;
     std::string why;
     if (IsHelp(args[0])) {

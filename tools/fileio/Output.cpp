@@ -42,7 +42,8 @@ int DelayFromEnvironment() {
 } // namespace
 
 Output::Output(std::FILE* out, std::FILE* err, bool quiet, bool json)
-    : m_out(out), m_err(err), m_quiet(quiet), m_colourOut(ColoursWanted() && IsTerminal(out)),
+    : m_out(out), m_err(err), m_quiet(quiet), m_outTerminal(IsTerminal(out)),
+      m_colourOut(ColoursWanted() && m_outTerminal),
       m_colourErr(ColoursWanted() && IsTerminal(err)),
       m_progress(!quiet && !json && IsTerminal(err)), m_progressDelayMs(DelayFromEnvironment()) {}
 

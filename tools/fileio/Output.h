@@ -40,6 +40,8 @@ public:
     [[nodiscard]] std::FILE* Out() const { return m_out; }
     [[nodiscard]] std::FILE* Err() const { return m_err; }
     [[nodiscard]] bool Quiet() const { return m_quiet; }
+    /// Standard output is a terminal (text from a file is then shown printable).
+    [[nodiscard]] bool OutIsTerminal() const { return m_outTerminal; }
     [[nodiscard]] bool ShowsProgress() const { return m_progress; }
     [[nodiscard]] int ProgressDelayMs() const { return m_progressDelayMs; }
     /// Standard output could not take everything written to it.
@@ -49,6 +51,7 @@ private:
     std::FILE* m_out;
     std::FILE* m_err;
     bool m_quiet;
+    bool m_outTerminal;
     bool m_colourOut;
     bool m_colourErr;
     bool m_progress;

@@ -51,10 +51,13 @@ public:
             RunBinary();
         else
             RunText();
-        while (m_path.Depth() > 0 && !m_stopped) {
-            const auto& frame = m_path.Frames().back();
-            Error(frame.offset, m_path.Place(), "not closed: the data end");
-            CloseInnermost(frame.offset);
+        // Every section opened is closed for the visitor, so that what it builds is whole;
+        // after a token the walk could not read past, the sections left open are no news.
+        while (m_path.Depth() > 0) {
+            const unsigned long long offset = m_path.Frames().back().offset;
+            if (!m_stopped)
+                Error(offset, m_path.Place(), "not closed: the data end");
+            CloseInnermost(offset);
         }
         if (m_counts.sections == 0 && !m_stopped)
             Error(m_length, "", "no section: not a file of the suite");
@@ -332,6 +335,8 @@ private:
     // ---- problems and progress -----------------------------------------------------------------
 
     void Error(unsigned long long at, std::string place, std::string message) {
+        if (m_stopped)
+            return;
         m_visitor.Report({at, std::move(place), std::move(message), Severity::Error});
         if (m_visitor.Errors() >= kMaxErrors)
             Stop(m_in.GetPos(), "", "too many problems: the rest of the file is not read");

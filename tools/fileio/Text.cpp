@@ -62,13 +62,13 @@ std::size_t Utf8SequenceLength(std::string_view text) {
     return length;
 }
 
-std::string Printable(std::string_view text) {
+std::string Printable(std::string_view text, bool keepLines) {
     constexpr char kHex[] = "0123456789abcdef";
     std::string out;
     out.reserve(text.size());
     for (std::size_t i = 0; i < text.size();) {
         const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (c >= 0x20 && c < 0x7F) {
+        if ((c >= 0x20 && c < 0x7F) || (keepLines && (c == '\n' || c == '\t'))) {
             out += static_cast<char>(c);
             ++i;
             continue;

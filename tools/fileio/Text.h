@@ -18,8 +18,9 @@ namespace fileio::tool {
 /// control bytes (below 0x20, and 0x7F), the C1 control characters and every byte that is
 /// not part of a valid UTF-8 sequence. Valid UTF-8 and backslashes stay as they are, so a
 /// Windows path reads as it is written. For text from a file (a field's word, a path)
-/// printed to a terminal.
-[[nodiscard]] std::string Printable(std::string_view text);
+/// printed to a terminal. With `keepLines`, line feeds and tabs stay as they are too (for
+/// whole texts shown as lines).
+[[nodiscard]] std::string Printable(std::string_view text, bool keepLines = false);
 
 /// The length of the valid UTF-8 sequence of two or more bytes at the start of `text`, or 0
 /// when it does not start with one (an ASCII byte, a stray continuation byte, an overlong
