@@ -161,7 +161,9 @@ private:
             problem = CheckValueText(spec->kind, rest, extent);
         FieldEvent event{m_label, spec, at, valueBegin, valueBegin + extent.end, nullptr};
         if (spec == nullptr) {
-            Note(at, m_path.Place(m_label.text), "unknown field: its value is skipped");
+            Note(
+                at, [&] { return m_path.Place(m_label.text); },
+                "unknown field: its value is skipped");
         } else if (!problem.empty()) {
             Error(at, m_path.Place(m_label.text), problem);
         } else {
@@ -287,7 +289,7 @@ private:
             m_visitor.Section(SectionEvent{word, id, at, at}, m_path);
             return;
         }
-        const std::string place = m_path.Place(word);
+        const auto place = [&] { return m_path.Place(word); };
         const unsigned long long after = m_in.GetPos();
         if (m_in.SkipHeader(header)) {
             Note(at, place, "unknown section: skipped");
@@ -296,7 +298,7 @@ private:
         }
         // Without its end the section cannot be skipped: it is read like a known one.
         m_in.Seek(static_cast<long long>(after), SM_BEGIN);
-        Error(at, place, "unknown section without an end");
+        Error(at, place(), "unknown section without an end");
         m_path.Push(word, id, at);
         m_visitor.Section(SectionEvent{word, id, at, at}, m_path);
     }
@@ -349,8 +351,14 @@ private:
         m_stopped = true;
     }
 
-    void Note(unsigned long long at, std::string place, std::string message) {
-        m_visitor.Report({at, std::move(place), std::move(message), Severity::Note});
+    /// A note, its place made only when it is told (`place` gives it).
+    template <class Place> void Note(unsigned long long at, Place place, const char* message) {
+        if (++m_notes > kMaxNotes) {
+            if (m_notes == kMaxNotes + 1)
+                m_visitor.Report({at, "", "more notes are left out", Severity::Note});
+            return;
+        }
+        m_visitor.Report({at, place(), message, Severity::Note});
     }
 
     void Meter(unsigned long long at) {
@@ -378,6 +386,7 @@ private:
     char m_open = '<';
     char m_close = '>';
     unsigned m_steps = 0;
+    int m_notes = 0;
     bool m_stopped = false;
 };
 
@@ -447,17 +456,27 @@ WalkCounts WalkProject(MemoryStream& in, ProjectVisitor& visitor, WorkMeter* met
 
 namespace {
 
-/// A text file whose first word opens a section in angle brackets is of the angle
-/// generation even when white space comes before it (the opener looks at the first byte only).
+/// A text file is of the angle generation when its first line that starts with a bracket
+/// starts with "<", even when that is not its first byte (the opener looks at the first
+/// byte only): white space or a field may come first.
 void SettleGeneration(MemoryStream& stream) {
     if (stream.IsBinary() || stream.GetVersion() >= kAngleVersion)
         return;
     const unsigned char* data = stream.GetData();
-    unsigned long long at = 0;
-    while (at < stream.GetLength() && IsWhite(data[at]))
-        ++at;
-    if (at < stream.GetLength() && data[at] == '<')
-        stream.SetVersion(kAngleVersion);
+    const unsigned long long length = stream.GetLength();
+    bool lineStart = true;
+    for (unsigned long long at = 0; at < length; ++at) {
+        const unsigned char c = data[at];
+        if (lineStart && (c == '<' || c == '[')) {
+            if (c == '<')
+                stream.SetVersion(kAngleVersion);
+            return;
+        }
+        if (c == '\n' || c == '\r')
+            lineStart = true;
+        else if (c != ' ' && c != '\t')
+            lineStart = false;
+    }
 }
 
 constexpr FileMode kLoadMode = FM_LOADING | FM_VARN | FM_DONTASK | FM_DONTPROGRESS;

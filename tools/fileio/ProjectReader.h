@@ -135,6 +135,8 @@ struct WalkCounts {
 
 /// The most errors a walk reports; it stops after them.
 inline constexpr int kMaxErrors = 100;
+/// The most notes a walk reports; it goes on without telling the others.
+inline constexpr int kMaxNotes = 100;
 
 /// Reads `in` (opened for loading, at its start) to its end, telling `visitor` what it finds.
 WalkCounts WalkProject(MemoryStream& in, ProjectVisitor& visitor, WorkMeter* meter = nullptr);
