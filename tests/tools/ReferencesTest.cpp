@@ -208,10 +208,12 @@ TEST_F(ReferencesTest, RewritingChangesTheValuesAndNothingElseInBothForms) {
 
 TEST_F(ReferencesTest, CaseVariantsOfOneNameAreAllFound) {
     const std::string lower = m_work.Files().WriteFile("twice/name.txt", "a");
-    std::vector<std::string> expected{lower};
+    const std::string asked = m_work.Files().Join("TWICE/Name.TXT");
+    // Where the file system ignores case, the path asked for is the file.
+    std::vector<std::string> expected{CaseSensitive() ? lower : asked};
     if (CaseSensitive())
         expected.insert(expected.begin(), m_work.Files().WriteFile("twice/NAME.txt", "b"));
-    EXPECT_EQ(FindIgnoringCase(m_work.Files().Join("TWICE/Name.TXT")), expected);
+    EXPECT_EQ(FindIgnoringCase(asked), expected);
     EXPECT_TRUE(FindIgnoringCase(m_work.Files().Join("twice/other.txt")).empty());
     EXPECT_TRUE(FindIgnoringCase("relative/name.txt").empty());
 }
