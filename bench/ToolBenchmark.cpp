@@ -4,12 +4,15 @@
 //
 // check walks the project with the tool's own code (the same functions the program runs):
 // every token, every value checked in its text and read with its typed reader. dump also
-// writes the canonical text into a memory block (standard output is left out). The goal:
-// check within 1.3x of ReadProject's time, as the tool adds little on top of the library.
+// writes the canonical text into a memory block (standard output is left out), so it is
+// also compared with the library's own reading of the form plus writing of the text form
+// (BM_StreamWrite/text writes the same project into a block it holds), for the text form
+// whose project it writes. The goal: check
+// within 1.3x of ReadProject's time, as the tool adds little on top of the library.
 //
 // Counters: MB/s of the project's bytes. At the end each tool case's time is given as a
-// ratio to ReadProject's time on the same form (from the medians when the cases are
-// repeated: --benchmark_repetitions=N).
+// ratio to ReadProject's time on the same form, and dump's also to reading plus writing (from
+// the medians when the cases are repeated: --benchmark_repetitions=N).
 
 #include "BenchProject.h"
 #include "ProjectReader.h"
@@ -72,6 +75,19 @@ void BM_StreamRead(benchmark::State& state, bool binary) {
     Report(state, project.size());
 }
 
+/// The other half of dump's work: the library writing the text form of the project.
+void BM_StreamWrite(benchmark::State& state, bool binary) {
+    MemoryStream stream;
+    stream.Open(binary ? FM_BINARY : FM_STORING);
+    stream.SetVersion(13.0f);
+    for (auto _ : state) {
+        stream.Assign(nullptr, 0);
+        WriteProject(stream, ProjectBytes());
+        benchmark::DoNotOptimize(stream.GetData());
+    }
+    Report(state, Project(binary).size());
+}
+
 void BM_ToolCheck(benchmark::State& state, bool binary) {
     OpenedProject project(binary);
     {
@@ -103,6 +119,7 @@ void BM_ToolDump(benchmark::State& state, bool binary) {
 }
 
 BENCHMARK_CAPTURE(BM_StreamRead, text, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_StreamWrite, text, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_ToolCheck, text, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_ToolDump, text, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_StreamRead, binary, true)->Unit(benchmark::kMillisecond);
@@ -125,21 +142,32 @@ public:
     }
     void Finalize() override {
         ConsoleReporter::Finalize();
-        for (const char* form : {"text", "binary"}) {
-            const auto base = m_rates.find(std::string("BM_StreamRead/") + form);
-            if (base == m_rates.end())
-                continue;
-            for (const char* tool : {"BM_ToolCheck/", "BM_ToolDump/"}) {
-                const auto rate = m_rates.find(tool + std::string(form));
-                if (rate != m_rates.end() && rate->second > 0)
-                    std::printf("%s%s: %.2fx the stream's reading time (%.0f vs %.0f MB/s)\n", tool,
-                                form, base->second / rate->second, rate->second / 1e6,
-                                base->second / 1e6);
-            }
+        const double write = Rate("BM_StreamWrite/text");
+        for (const std::string form : {"text", "binary"}) {
+            const double read = Rate("BM_StreamRead/" + form);
+            const double check = Rate("BM_ToolCheck/" + form);
+            const double dump = Rate("BM_ToolDump/" + form);
+            if (read > 0 && check > 0)
+                std::printf("check/%s: %.2fx the stream's reading time (%.0f vs %.0f MB/s)\n",
+                            form.c_str(), read / check, check / 1e6, read / 1e6);
+            if (read > 0 && dump > 0)
+                std::printf("dump/%s: %.2fx the stream's reading time (%.0f vs %.0f MB/s)\n",
+                            form.c_str(), read / dump, dump / 1e6, read / 1e6);
+            // Reading the text and writing it again: the times per byte of the one project add
+            // up (the binary project's text is another size, so it has no such baseline).
+            if (form == "text" && read > 0 && write > 0 && dump > 0)
+                std::printf("dump/%s: %.2fx the stream's reading plus text writing time\n",
+                            form.c_str(), (1 / dump) / (1 / read + 1 / write));
         }
     }
 
 private:
+    /// Bytes per second of a case; 0 when it did not run.
+    [[nodiscard]] double Rate(const std::string& name) const {
+        const auto rate = m_rates.find(name);
+        return rate == m_rates.end() ? 0 : rate->second;
+    }
+
     std::map<std::string, double> m_rates;
 };
 
