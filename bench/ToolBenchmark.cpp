@@ -10,6 +10,11 @@
 // whose project it writes. The goal: check
 // within 1.3x of ReadProject's time, as the tool adds little on top of the library.
 //
+// --write_project=PATH writes the generated project to PATH in the text form and to
+// PATH.bin in the binary form instead, for timing the program itself:
+//     ToolBenchmark --size_mb=50 --write_project=build/large.prj
+//     time fileio check build/large.prj build/large.prj.bin
+//
 // Counters: MB/s of the project's bytes. At the end each tool case's time is given as a
 // ratio to ReadProject's time on the same form, and dump's also to reading plus writing (from
 // the medians when the cases are repeated: --benchmark_repetitions=N).
@@ -23,6 +28,7 @@
 #include <cstdio>
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -171,13 +177,45 @@ private:
     std::map<std::string, double> m_rates;
 };
 
+/// The value of --write_project=PATH, taken out of the command line; empty when not given.
+std::string TakeWriteOption(int& argc, char** argv) {
+    constexpr std::string_view kOption = "--write_project=";
+    std::string path;
+    int kept = 0;
+    for (int i = 0; i < argc; ++i) {
+        const std::string_view arg(argv[i]);
+        if (arg.substr(0, kOption.size()) == kOption)
+            path = arg.substr(kOption.size());
+        else
+            argv[kept++] = argv[i];
+    }
+    argc = kept;
+    return path;
+}
+
+/// Writes both forms of the generated project; false when a file cannot be written.
+bool WriteProjectFiles(const std::string& path) {
+    for (const bool binary : {false, true}) {
+        const std::string& bytes = ProjectFile(binary);
+        std::FILE* file = std::fopen((binary ? path + ".bin" : path).c_str(), "wb");
+        const bool written =
+            file != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+        if (file == nullptr || std::fclose(file) != 0 || !written)
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
-// --size_mb=N is taken out of the command line before Google Benchmark reads it.
+// --size_mb=N and --write_project=PATH are taken out of the command line before Google
+// Benchmark reads it.
 int main(int argc, char** argv) {
     // A host always has other strings alive (see StreamBenchmark.cpp).
     const String resident("resident");
     TakeSizeOption(argc, argv);
+    if (const std::string path = TakeWriteOption(argc, argv); !path.empty())
+        return WriteProjectFiles(path) ? 0 : 1;
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

@@ -1,6 +1,7 @@
 // Main.cpp - the command line: the commands, their options and help, and the run.
 
 #include "Commands.h"
+#include "Fields.h"
 #include "Session.h"
 #include "Terminal.h"
 #include "Text.h"
@@ -93,9 +94,9 @@ constexpr const char* kDepsHelp =
     R"(usage: fileio deps [--map FROM=TO]... [--search DIR]... [--json] FILE...
 
 Lists every file a project refers to: the fields that name a model, an image, a sound
-or a linked file (FileName, MatchName, Image, BumpMap, Sound, LinkedModel, ...). For
-each: what the project stores, the absolute path it resolves to against the project's
-folder, and whether the file is there; when it is not, how the search would find it.
+or a linked file (listed below). For each: what the project stores, the absolute path it
+resolves to against the project's folder, and whether the file is there; when it is
+not, how the search would find it.
 
 Stored forms: a plain universal path (Maps/skin.png, or an absolute one such as
 C:/Users/ann/Robot/Maps/skin.png; either separator is read), or a match name, the same
@@ -156,6 +157,29 @@ struct CommandSpec {
     const char* help;
     int (*run)(const CommandLine&, Output&);
 };
+
+/// The line width the generated part of the help is wrapped at.
+constexpr std::size_t kHelpWidth = 84;
+
+/// The help of a command; the ones that search add the fields they read as references.
+std::string HelpOf(const CommandSpec& command) {
+    std::string help = command.help;
+    if ((command.options & kSearchOptions) == 0)
+        return help;
+    help += "\nThe fields whose values name files:\n";
+    std::size_t column = 0;
+    for (const FieldSpec& field : KnownFields()) {
+        if (!field.reference)
+            continue;
+        if (column + 1 + std::strlen(field.word) > kHelpWidth) {
+            help += '\n';
+            column = 0;
+        }
+        help.append(column == 0 ? "  " : " ").append(field.word);
+        column = help.size() - help.rfind('\n') - 1;
+    }
+    return help + '\n';
+}
 
 constexpr CommandSpec kCommands[] = {
     {"info", 1, kAnyCount, 0, kInfoHelp, &RunInfo},
@@ -306,7 +330,7 @@ int Main(const std::vector<std::string>& args) {
         return UsageError(output, command->name, why, HasFlag(args, "--json"));
     }
     if (line.help) {
-        output.Data(command->help);
+        output.Data(HelpOf(*command));
         return kExitOk;
     }
     int status = kExitOk;

@@ -3,6 +3,7 @@
 #include "Output.h"
 
 #include "Terminal.h"
+#include "Text.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -67,7 +68,7 @@ void Output::Note(std::string_view message) {
 std::string Output::Paint(std::string_view text, Colour colour, bool errors) const {
     if (!(errors ? m_colourErr : m_colourOut))
         return std::string(text);
-    return kColourCodes[static_cast<int>(colour)] + std::string(text) + kColourReset;
+    return Concat({kColourCodes[static_cast<int>(colour)], text, kColourReset});
 }
 
 bool Output::Failed() const {
@@ -96,15 +97,15 @@ void ProgressBar::Advance(unsigned long long done, unsigned long long total) {
     m_drawn = true;
     const int percent = total == 0 ? 100 : static_cast<int>(done * 100 / total);
     const int filled = percent * kBarWidth / 100;
-    const std::string bar = " [" + std::string(static_cast<std::size_t>(filled), '#') +
-                            std::string(static_cast<std::size_t>(kBarWidth - filled), '.') + "] " +
-                            std::to_string(percent) + "%";
+    const std::string bar = Concat({" [", std::string(static_cast<std::size_t>(filled), '#'),
+                                    std::string(static_cast<std::size_t>(kBarWidth - filled), '.'),
+                                    "] ", std::to_string(percent), "%"});
     int columns = TerminalColumns(m_output.Err());
     if (columns <= 0)
         columns = kDefaultColumns;
     const std::size_t room =
         static_cast<std::size_t>(std::max(0, columns - 1 - static_cast<int>(bar.size())));
-    const std::string line = kWipeLine + m_label.substr(0, room) + bar;
+    const std::string line = Concat({kWipeLine, std::string_view(m_label).substr(0, room), bar});
     std::fputs(line.c_str(), m_output.Err());
     std::fflush(m_output.Err());
 }

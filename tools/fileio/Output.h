@@ -39,7 +39,6 @@ public:
 
     [[nodiscard]] std::FILE* Out() const { return m_out; }
     [[nodiscard]] std::FILE* Err() const { return m_err; }
-    [[nodiscard]] bool Quiet() const { return m_quiet; }
     /// Standard output is a terminal (text from a file is then shown printable).
     [[nodiscard]] bool OutIsTerminal() const { return m_outTerminal; }
     [[nodiscard]] bool ShowsProgress() const { return m_progress; }
