@@ -1,5 +1,6 @@
 # Install rules: the shared library, the public headers, a CMake package config
-# (find_package(FileIO CONFIG) gives FileIO::FileIO) and a pkg-config file.
+# (find_package(FileIO CONFIG) gives FileIO::FileIO), a pkg-config file, and the fileio
+# command-line tool.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS FileIO EXPORT FileIOTargets
@@ -7,6 +8,7 @@ install(TARGETS FileIO EXPORT FileIOTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/fileio DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS fileio RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 set(FILEIO_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/FileIO)
 install(EXPORT FileIOTargets NAMESPACE FileIO:: DESTINATION ${FILEIO_CMAKE_DIR})

@@ -1,0 +1,5 @@
+<LIGHTFILE>
+Name=Key
+Color=1 0.949999988 0.899999976
+Intensity=1.25
+</LIGHTFILE>

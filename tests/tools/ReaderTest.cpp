@@ -1,0 +1,326 @@
+// ReaderTest.cpp - the walk behind check, dump and the reference commands: the problems it
+// reports (offset, place, message) for each kind of fault in both forms, the same tree from
+// both forms of a project, and no crash or endless loop on any prefix of the bundled sample
+// or on damaged copies of it.
+
+#include "ProjectReader.h"
+#include "ProjectWriter.h"
+#include "ToolTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace fileio::tool;
+
+/// Every event of a walk as a line, and the problems.
+class Recorder : public ProjectVisitor {
+public:
+    void Section(const SectionEvent& section, const SectionPath& path) override {
+        lines.push_back("open " + std::to_string(path.Depth()) + " " + path.Last() + " @" +
+                        std::to_string(section.offset));
+    }
+    void EndSection(const SectionEvent&, const SectionPath& path) override {
+        lines.push_back("close " + std::to_string(path.Depth()) + " " + path.Last());
+    }
+    void SkippedSection(const SectionEvent& section, const SectionPath& path) override {
+        lines.push_back("skip " + path.Place(section.word));
+    }
+    void Field(const FieldEvent& field, const SectionPath& path) override {
+        lines.push_back(path.Place(field.label.text) + " = " +
+                        (field.value != nullptr ? ValueText(*field.value) : "(not read)"));
+    }
+    std::vector<std::string> ProblemLines() const {
+        std::vector<std::string> out;
+        for (const Problem& p : Problems())
+            out.push_back(std::to_string(p.offset) + " " + p.place + ": " +
+                          (p.severity == Severity::Note ? "note: " : "") + p.message);
+        return out;
+    }
+    std::vector<std::string> lines;
+};
+
+Recorder Walk(const std::string& bytes, WalkCounts* counts = nullptr) {
+    MemoryStream stream;
+    OpenProject(bytes.data(), bytes.size(), stream);
+    Recorder recorder;
+    const WalkCounts walked = WalkProject(stream, recorder);
+    if (counts != nullptr)
+        *counts = walked;
+    return recorder;
+}
+
+std::string ReadAll(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
+}
+
+const std::string kSampleText = fileio::test::kSamples + "/Documents/Robot/robot.prj";
+const std::string kSampleBinary = fileio::test::kSamples + "/Documents/Robot/robot-binary.prj";
+
+/// A little binary file: "B", then tokens and values as the library writes them.
+class BinaryFile {
+public:
+    BinaryFile() { m_stream.Open(FM_VARN | FM_BINARY); }
+    template <class T> BinaryFile& operator<<(const T& value) {
+        m_stream << value;
+        return *this;
+    }
+    BinaryFile& Word(unsigned word) {
+        m_stream.Write(&word, sizeof word);
+        return *this;
+    }
+    [[nodiscard]] std::string Bytes() const {
+        return std::string(reinterpret_cast<const char*>(m_stream.GetData()), m_stream.GetLength());
+    }
+
+private:
+    MemoryStream m_stream;
+};
+
+const int kModel = GetHeaderIDFromText("MODELFILE");
+const int kMesh = GetHeaderIDFromText("MESH");
+
+struct ProblemCase {
+    const char* name;
+    std::string bytes;
+    std::vector<std::string> problems;
+};
+
+TEST(ReaderTest, EachFaultIsReportedWithItsOffsetAndPlace) {
+    const ProblemCase cases[] = {
+        {"the issue's example",
+         "<MODELFILE>\n<MESH>\n</MESH>\n<MESH>\nColor=1 2\n</MESH>\n</MODELFILE>\n",
+         {"34 MODELFILE/MESH[1]/Color: 2 of 3 values"}},
+        {"top-level sections count from their second",
+         "<MODELFILE>\n</MODELFILE>\n<MODELFILE>\nOpacity=x\n</MODELFILE>\n",
+         {"37 MODELFILE[1]/Opacity: 'x' is not a number"}},
+        {"a field outside any section",
+         "Opacity=x\n<MODELFILE>\n</MODELFILE>\n",
+         {"0 Opacity: 'x' is not a number"}},
+        {"an end that closes an outer section",
+         "<MODELFILE>\n<MESH>\n</MODELFILE>\n",
+         {"12 MODELFILE/MESH[0]: not closed before </MODELFILE>"}},
+        {"an end of nothing",
+         "<MODELFILE>\n</MODELFILE>\n</MESH>\n",
+         {"25 : </MESH> closes no open section"}},
+        {"no section at all", "\n\n", {"2 : no section: not a file of the suite"}},
+        {"a line that is neither",
+         "<MODELFILE>\nhello\n</MODELFILE>\n",
+         {"12 MODELFILE: not a section or a field: 'hello'"}},
+        {"an unknown field and section are notes",
+         "<MODELFILE>\nWibble=1 2\n<GADGET>\nx=1\n</GADGET>\n</MODELFILE>\n",
+         {"12 MODELFILE/Wibble: note: unknown field: its value is skipped",
+          "23 MODELFILE/GADGET: note: unknown section: skipped"}},
+        {"an unknown section without an end",
+         "<MODELFILE>\n<GADGET>\n</MODELFILE>\n",
+         {"12 MODELFILE/GADGET: unknown section without an end",
+          "12 MODELFILE/GADGET[0]: not closed before </MODELFILE>"}},
+        {"the square generation",
+         "[MODELFILE]\nOpacity=x\n[ENDMODELFILE]\n",
+         {"12 MODELFILE/Opacity: 'x' is not a number"}},
+        {"a binary value cut short",
+         BinaryFile().operator<<(Header(kModel)).operator<<(Label("Color")).Bytes() + "ab",
+         {"5 MODELFILE/Color: the data end inside the value: 2 of 12 bytes"}},
+        {"a binary text longer than the data",
+         BinaryFile().operator<<(Header(kModel)).operator<<(Label("Name")).Bytes() +
+             std::string("\x09\x00"
+                         "abc",
+                         5),
+         {"5 MODELFILE/Name: the data end inside the value: 5 of 11 bytes"}},
+        {"an unknown binary field stops the walk",
+         BinaryFile()
+             .
+             operator<<(Header(kModel))
+             .
+             operator<<(Label("Width"))
+             .
+             operator<<(2.5f)
+             .
+             operator<<(EndHeader(kModel))
+             .Bytes(),
+         {"5 MODELFILE/Width: unknown field (id 1322): the binary form does not tell the size "
+          "of its value, so the rest of the file cannot be read"}},
+        {"a word that is no token",
+         BinaryFile().operator<<(Header(kModel)).Word(7).Bytes(),
+         {"5 MODELFILE: 0x00000007 is not a section or a field token"}},
+        {"the all-ones word",
+         BinaryFile().Word(0xFFFFFFFFu).Bytes(),
+         {"1 : 0xffffffff is not a section or a field token"}},
+        {"a token cut short",
+         BinaryFile().operator<<(Header(kModel)).Bytes() + "\x50\x01",
+         {"5 MODELFILE: the data end inside a token: 2 of 4 bytes"}},
+        {"a truth value that is neither 0 nor 1",
+         BinaryFile().operator<<(Header(kModel)).operator<<(Label("Active")).Bytes() + "\x07" +
+             BinaryFile().operator<<(EndHeader(kModel)).Bytes().substr(1),
+         {"5 MODELFILE/Active: a truth value of 7, 0 or 1 expected"}},
+        {"an unknown binary section is skipped to its end",
+         BinaryFile()
+             .
+             operator<<(Header(kModel))
+             .Word(0x80000000u | 374)
+             .Word(0xA0000000u | 374)
+             .
+             operator<<(EndHeader(kModel))
+             .Bytes(),
+         {"5 MODELFILE/#374: note: unknown section: skipped"}},
+    };
+    for (const ProblemCase& c : cases)
+        EXPECT_EQ(Walk(c.bytes).ProblemLines(), c.problems) << c.name;
+}
+
+TEST(ReaderTest, TooManyErrorsStopTheWalk) {
+    std::string bytes = "<MODELFILE>\n";
+    for (int i = 0; i < 3 * kMaxErrors; ++i)
+        bytes += "Opacity=x\n";
+    WalkCounts counts;
+    const Recorder walked = Walk(bytes + "</MODELFILE>\n", &counts);
+    EXPECT_FALSE(counts.complete);
+    ASSERT_EQ(walked.Errors(), kMaxErrors + 1);
+    EXPECT_EQ(walked.Problems().back().message,
+              "too many problems: the rest of the file is not read");
+    EXPECT_EQ(walked.lines.back(), "close 1 MODELFILE") << "the visitor still sees a whole tree";
+}
+
+TEST(ReaderTest, NotesStopBeingToldAfterTheFirstHundred) {
+    std::string bytes = "<MODELFILE>\n";
+    for (int i = 0; i < 3 * kMaxNotes; ++i)
+        bytes += "Wibble=" + std::to_string(i) + "\n";
+    WalkCounts counts;
+    const Recorder walked = Walk(bytes + "</MODELFILE>\n", &counts);
+    EXPECT_TRUE(counts.complete);
+    EXPECT_EQ(counts.fields, 3u * kMaxNotes);
+    EXPECT_EQ(walked.Errors(), 0);
+    ASSERT_EQ(walked.Problems().size(), static_cast<std::size_t>(kMaxNotes) + 1);
+    EXPECT_EQ(walked.Problems().back().message, "more notes are left out");
+}
+
+TEST(ReaderTest, BothFormsOfTheSampleGiveTheSameTree) {
+    WalkCounts text, binary;
+    const Recorder fromText = Walk(ReadAll(kSampleText), &text);
+    const Recorder fromBinary = Walk(ReadAll(kSampleBinary), &binary);
+    EXPECT_TRUE(fromText.Problems().empty());
+    EXPECT_TRUE(fromBinary.Problems().empty());
+    EXPECT_EQ(text.sections, 38u);
+    EXPECT_EQ(text.fields, 117u);
+    EXPECT_EQ(binary.sections, text.sections);
+    EXPECT_EQ(binary.fields, text.fields);
+    // The offsets differ between the forms; the places and values do not.
+    const auto withoutOffsets = [](std::vector<std::string> lines) {
+        for (std::string& line : lines)
+            line = line.substr(0, line.find(" @"));
+        return lines;
+    };
+    EXPECT_EQ(withoutOffsets(fromBinary.lines), withoutOffsets(fromText.lines));
+}
+
+/// The canonical text of a file, written by the walk.
+std::string CanonicalText(const std::string& bytes) {
+    MemoryStream in;
+    OpenProject(bytes.data(), bytes.size(), in);
+    MemoryStream out;
+    out.Open(FM_STORING);
+    ProjectWriter writer(in, out);
+    WalkProject(in, writer);
+    return std::string(reinterpret_cast<const char*>(out.GetData()), out.GetLength());
+}
+
+TEST(ReaderTest, TheSampleIsItsOwnCanonicalTextFromEitherForm) {
+    const std::string text = ReadAll(kSampleText);
+    EXPECT_EQ(CanonicalText(text), text);
+    EXPECT_EQ(CanonicalText(ReadAll(kSampleBinary)), text);
+}
+
+/// Where the top-level sections of a good file end: from just after each one's end token to
+/// the next token (the white space between them in text).
+class TopLevelEnds : public ProjectVisitor {
+public:
+    TopLevelEnds(const std::string& bytes, bool binary) : m_bytes(bytes), m_binary(binary) {}
+    void EndSection(const SectionEvent& section, const SectionPath& path) override {
+        if (path.Depth() != 1)
+            return;
+        const std::size_t end =
+            section.end + (m_binary ? 4 : std::string("</").size() + section.word.size() + 1);
+        std::size_t next = end;
+        while (!m_binary && next < m_bytes.size() &&
+               std::isspace(static_cast<unsigned char>(m_bytes[next])))
+            ++next;
+        ranges.emplace_back(end, next);
+    }
+    std::vector<std::pair<std::size_t, std::size_t>> ranges;
+
+private:
+    const std::string& m_bytes;
+    bool m_binary;
+};
+
+TEST(ReaderTest, EveryPrefixOfTheSampleIsBadUnlessItEndsBetweenTopLevelSections) {
+    for (const std::string& path : {kSampleText, kSampleBinary}) {
+        const std::string bytes = ReadAll(path);
+        const bool binary = bytes[0] == 'B';
+        MemoryStream whole;
+        OpenProject(bytes.data(), bytes.size(), whole);
+        TopLevelEnds ends(bytes, binary);
+        WalkProject(whole, ends);
+        ASSERT_EQ(ends.ranges.size(), 3u) << "FILEINFO, LIBRARY, CHORFILE";
+        ASSERT_EQ(ends.ranges.back().second, bytes.size());
+        for (std::size_t length = 0; length <= bytes.size(); ++length) {
+            const bool between = std::any_of(ends.ranges.begin(), ends.ranges.end(), [&](auto r) {
+                return length >= r.first && length <= r.second;
+            });
+            WalkCounts counts;
+            const Recorder walked = Walk(bytes.substr(0, length), &counts);
+            EXPECT_EQ(walked.Errors() == 0, between) << path << " cut to " << length << " bytes";
+        }
+    }
+}
+
+TEST(ReaderTest, DamagedCopiesOfTheSampleNeverCrashOrLoop) {
+    std::mt19937 random(20240611);
+    for (const std::string& path : {kSampleText, kSampleBinary}) {
+        const std::string bytes = ReadAll(path);
+        for (int round = 0; round < 500; ++round) {
+            std::string damaged = bytes;
+            const int changes = 1 + static_cast<int>(random() % 8);
+            for (int i = 0; i < changes; ++i)
+                damaged[random() % damaged.size()] = static_cast<char>(random() % 256);
+            const Recorder walked = Walk(damaged);
+            EXPECT_LE(walked.Errors(), kMaxErrors + 1);
+            CanonicalText(damaged);
+        }
+    }
+}
+
+TEST(ReaderTest, HostileShapesAreBounded) {
+    std::string deep;
+    for (int i = 0; i < 20000; ++i)
+        deep += "<MESH>\n";
+    WalkCounts counts;
+    EXPECT_EQ(Walk(deep, &counts).Errors(), kMaxErrors + 1);
+    EXPECT_EQ(counts.sections, 20000u);
+
+    const std::string longWord = "<" + std::string(1000, 'M') + ">\n</MODELFILE>\n";
+    EXPECT_GE(Walk(longWord).Errors(), 1);
+
+    const std::string noLineEnds = "<MODELFILE>Opacity=1</MODELFILE>";
+    EXPECT_EQ(Walk(noLineEnds).ProblemLines(),
+              (std::vector<std::string>{"11 MODELFILE/Opacity: '1</MODELFILE>' is not a number",
+                                        "0 MODELFILE: not closed: the data end"}));
+
+    std::string bigIds = "B";
+    for (unsigned id : {0x9FFFFFFFu, 0xDFFFFFFFu, 0x5FFFFFFFu})
+        bigIds.append(reinterpret_cast<const char*>(&id), sizeof id);
+    EXPECT_GE(Walk(bigIds).Errors(), 1);
+}
+
+} // namespace

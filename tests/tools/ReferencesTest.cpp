@@ -1,0 +1,221 @@
+// ReferencesTest.cpp - where a project's references resolve to and how the search finds the
+// missing ones: the stored place, other letter case, the folder aliases learnt from --map
+// (Windows paths onto this machine's folders and back, the derived shorter alias), the
+// search paths, the name search and its ambiguity; the stored text of a found file in both
+// forms; and the rewrite of the values in a file of either form.
+
+#include "References.h"
+#include "ProjectReader.h"
+#include "ToolTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace fileio::tool;
+using fileio::test::WorkFolder;
+
+/// A work folder laid out as a moved project, and the process-wide search state emptied
+/// before and after each test.
+class ReferencesTest : public testing::Test {
+protected:
+    void SetUp() override {
+        Forget();
+        for (const char* file :
+             {"Documents/Robot/Maps/skin.png", "Documents/Robot/Sounds/step.wav",
+              "Documents/Shared/Maps/sky.png", "search/top.wav", "search/deep/er/hidden.mdl",
+              "search/a/dup.png", "search/b/dup.png"})
+            m_work.Files().WriteFile(file, "data");
+        m_project = m_work.Files().WriteFile("Documents/Robot/robot.prj", "");
+        SetBasePath(String(m_project));
+    }
+    void TearDown() override { Forget(); }
+
+    static void Forget() {
+        FileStream::FreePathAliases();
+        FileStream::FreeFileAliases();
+        FreeAllSearchPaths();
+        FreeBasePaths();
+    }
+
+    /// A reference to `stored` resolved by `search`, its paths relative to the work folder.
+    Resolution Resolve(ReferenceSearch& search, const std::string& stored) {
+        Resolution resolution = search.Resolve(Reference{"P/Image", "Image", stored, 0, 0, 0});
+        const auto relative = [&](std::string& path) {
+            path = WorkFolder::Slashed(path);
+            const std::string work = WorkFolder::Slashed(m_work.Path()) + "/";
+            if (path.rfind(work, 0) == 0)
+                path = path.substr(work.size());
+        };
+        relative(resolution.resolved);
+        relative(resolution.found);
+        for (std::string& candidate : resolution.candidates)
+            relative(candidate);
+        return resolution;
+    }
+
+    /// Learns a mapping. (Its TO is absolute: resolving a reference makes the project's
+    /// folder the current one, as the tool learns its mappings before it resolves.)
+    void Map(const std::string& mapping) {
+        std::string why;
+        ASSERT_TRUE(ReferenceSearch::AddMapping(mapping, why)) << why;
+    }
+
+    /// Whether the file system here tells names apart by case.
+    bool CaseSensitive() const {
+        return !FileExists(String(m_work.Files().Join("DOCUMENTS/ROBOT/MAPS/SKIN.PNG")));
+    }
+
+    WorkFolder m_work;
+    std::string m_project;
+};
+
+TEST_F(ReferencesTest, AFileAtItsStoredPlaceExists) {
+    ReferenceSearch search;
+    for (const std::string stored :
+         {"Maps/skin.png", "\"Maps/skin.png\"", "Maps\\skin.png", "../Shared/Maps/sky.png"}) {
+        const Resolution r = Resolve(search, stored);
+        EXPECT_EQ(r.how, Found::Exists) << stored;
+        EXPECT_EQ(r.found, r.resolved) << stored;
+    }
+    EXPECT_EQ(Resolve(search, "Maps/skin.png").resolved, "Documents/Robot/Maps/skin.png");
+}
+
+TEST_F(ReferencesTest, OtherLetterCaseFindsTheFileOnEveryPlatform) {
+    ReferenceSearch search;
+    const Resolution r = Resolve(search, "MAPS/Skin.PNG");
+    EXPECT_EQ(r.how, CaseSensitive() ? Found::Case : Found::Exists);
+    EXPECT_EQ(r.found,
+              CaseSensitive() ? "Documents/Robot/Maps/skin.png" : "Documents/Robot/MAPS/Skin.PNG");
+}
+
+TEST_F(ReferencesTest, AWindowsFolderMapsOntoThisMachinesFolder) {
+    ReferenceSearch search;
+    const std::string stored = "C:/Users/ann/Robot/Maps/skin.png";
+    EXPECT_EQ(Resolve(search, stored).how, Found::Missing);
+    Map("C:\\Users\\ann\\Robot=" + m_work.Files().Join("Documents/Robot"));
+    const Resolution r = Resolve(search, stored);
+    EXPECT_EQ(r.how, Found::Alias);
+    EXPECT_EQ(r.found, "Documents/Robot/Maps/skin.png");
+    EXPECT_EQ(Resolve(search, "C:\\Users\\ann\\Robot\\Sounds\\step.wav").found,
+              "Documents/Robot/Sounds/step.wav");
+    // The folder's own letter case in the file is not the mapping's.
+    EXPECT_EQ(Resolve(search, "c:/users/ANN/robot/Maps/skin.png").how, Found::Alias);
+    // Below the mapped folder the names may differ in case too.
+    EXPECT_EQ(Resolve(search, "C:/Users/ann/Robot/maps/SKIN.png").found,
+              CaseSensitive() ? "Documents/Robot/Maps/skin.png" : "Documents/Robot/maps/SKIN.png");
+}
+
+TEST_F(ReferencesTest, APosixFolderMapsOntoThisMachinesFolder) {
+    ReferenceSearch search;
+    Map("/home/ann/Robot=" + m_work.Files().Join("Documents/Robot"));
+    const Resolution r = Resolve(search, "/home/ann/Robot/Sounds/step.wav");
+    EXPECT_EQ(r.how, Found::Alias);
+    EXPECT_EQ(r.found, "Documents/Robot/Sounds/step.wav");
+}
+
+TEST_F(ReferencesTest, TheMappingAlsoTeachesTheFolderAboveItsCommonEnding) {
+    ReferenceSearch search;
+    Map("C:/Users/ann/Documents/Robot=" + m_work.Files().Join("Documents/Robot"));
+    const Resolution r = Resolve(search, "C:/Users/ann/Documents/Shared/Maps/sky.png");
+    EXPECT_EQ(r.how, Found::Alias);
+    EXPECT_EQ(r.found, "Documents/Shared/Maps/sky.png");
+}
+
+TEST_F(ReferencesTest, TheSearchFoldersAreLookedInThenBelow) {
+    ReferenceSearch search;
+    search.SetSearchFolders({m_work.Files().Join("search")});
+    const Resolution top = Resolve(search, "C:/elsewhere/top.wav");
+    EXPECT_EQ(top.how, Found::SearchPath);
+    EXPECT_EQ(top.found, "search/top.wav");
+    const Resolution deep = Resolve(search, "D:/elsewhere/HIDDEN.mdl");
+    EXPECT_EQ(deep.how, Found::NameSearch);
+    EXPECT_EQ(deep.found, "search/deep/er/hidden.mdl");
+    const Resolution twice = Resolve(search, "/elsewhere/dup.png");
+    EXPECT_EQ(twice.how, Found::Ambiguous);
+    EXPECT_TRUE(twice.found.empty()) << "an ambiguous name is never picked";
+    EXPECT_EQ(twice.candidates, (std::vector<std::string>{"search/a/dup.png", "search/b/dup.png"}));
+    EXPECT_EQ(Resolve(search, "C:/elsewhere/none.png").how, Found::Missing);
+}
+
+TEST_F(ReferencesTest, AMappingThatIsNotFromToIsRefused) {
+    std::string why;
+    EXPECT_FALSE(ReferenceSearch::AddMapping("no-equals", why));
+    EXPECT_EQ(why, "'no-equals' is not FROM=TO");
+    EXPECT_FALSE(ReferenceSearch::AddMapping("=Documents", why));
+    EXPECT_FALSE(ReferenceSearch::AddMapping("C:/x=", why));
+    EXPECT_FALSE(ReferenceSearch::AddMapping("C:/x=Documents/none", why));
+    EXPECT_NE(why.find("is not a folder"), std::string::npos);
+}
+
+TEST_F(ReferencesTest, AFoundFileIsStoredRelativeToTheProjectInTheReferencesForm) {
+    const std::string skin = m_work.Files().Join("Documents/Robot/Maps/skin.png");
+    const std::string sky = m_work.Files().Join("Documents/Shared/Maps/sky.png");
+    const auto stored = [](const std::string& text, const std::string& file) {
+        return ReferenceSearch::StoredText(Reference{"", "", text, 0, 0, 0}, file);
+    };
+    EXPECT_EQ(stored("C:/old/skin.png", skin), "Maps/skin.png");
+    EXPECT_EQ(stored("\"C:/old/skin.png\"", skin), "\"Maps/skin.png\"");
+    EXPECT_EQ(stored("C:/old/sky.png", sky), "../Shared/Maps/sky.png");
+}
+
+/// Walks a file and rewrites every reference to `text`; returns the new bytes.
+std::string RewriteAll(const std::string& bytes, const std::string& text,
+                       std::string* why = nullptr) {
+    MemoryStream in;
+    OpenProject(bytes.data(), bytes.size(), in);
+    ReferenceCollector collector;
+    WalkProject(in, collector);
+    std::vector<Rewrite> rewrites;
+    for (const Reference& reference : collector.References())
+        rewrites.push_back(Rewrite{&reference, text});
+    std::string rewritten;
+    std::string reason;
+    const bool done = RewriteReferences(in, rewrites, rewritten, reason);
+    if (why != nullptr)
+        *why = reason;
+    return done ? rewritten : std::string();
+}
+
+TEST_F(ReferencesTest, RewritingChangesTheValuesAndNothingElseInBothForms) {
+    const std::string text = "<MODELFILE>\nName=A&#38;B\nImage=C:/old/skin.png   \n"
+                             "Wibble=kept as it is\nSound=\"C:/old/step.wav\"\n</MODELFILE>\n";
+    EXPECT_EQ(RewriteAll(text, "Maps/a&b.png"),
+              "<MODELFILE>\nName=A&#38;B\nImage=Maps/a&#38;b.png   \n"
+              "Wibble=kept as it is\nSound=Maps/a&#38;b.png\n</MODELFILE>\n");
+
+    MemoryStream binary;
+    binary.Open(FM_VARN | FM_BINARY);
+    binary << Header(GetHeaderIDFromText("MODELFILE")) << Label("Image") << String("C:/x.png")
+           << Label("Opacity") << 0.5f << EndHeader(GetHeaderIDFromText("MODELFILE"));
+    const std::string bytes(reinterpret_cast<const char*>(binary.GetData()), binary.GetLength());
+    const std::string rewritten = RewriteAll(bytes, "Maps/skin.png");
+    MemoryStream expected;
+    expected.Open(FM_VARN | FM_BINARY);
+    expected << Header(GetHeaderIDFromText("MODELFILE")) << Label("Image")
+             << String("Maps/skin.png") << Label("Opacity") << 0.5f
+             << EndHeader(GetHeaderIDFromText("MODELFILE"));
+    EXPECT_EQ(rewritten,
+              std::string(reinterpret_cast<const char*>(expected.GetData()), expected.GetLength()));
+
+    std::string why;
+    EXPECT_EQ(RewriteAll(bytes, std::string(70000, 'x'), &why), "");
+    EXPECT_EQ(why, "MODELFILE/Image: the path is too long for the binary form");
+}
+
+TEST_F(ReferencesTest, CaseVariantsOfOneNameAreAllFound) {
+    const std::string lower = m_work.Files().WriteFile("twice/name.txt", "a");
+    const std::string asked = m_work.Files().Join("TWICE/Name.TXT");
+    // Where the file system ignores case, the path asked for is the file.
+    std::vector<std::string> expected{CaseSensitive() ? lower : asked};
+    if (CaseSensitive())
+        expected.insert(expected.begin(), m_work.Files().WriteFile("twice/NAME.txt", "b"));
+    EXPECT_EQ(FindIgnoringCase(asked), expected);
+    EXPECT_TRUE(FindIgnoringCase(m_work.Files().Join("twice/other.txt")).empty());
+    EXPECT_TRUE(FindIgnoringCase("relative/name.txt").empty());
+}
+
+} // namespace

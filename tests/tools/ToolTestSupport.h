@@ -1,0 +1,111 @@
+// ToolTestSupport.h - running the fileio program from the tool's tests: a work folder that is
+// the current folder while a test runs, the program's output with the work folder's path
+// and the separators made the same on every platform, and the files the tests start from.
+#pragma once
+
+#include "platform/Platform.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace fileio::test {
+
+/// Where the tests' data tree and the bundled samples are.
+inline const std::string kToolData = FILEIO_TOOL_DATA;
+inline const std::string kSamples = FILEIO_SAMPLES;
+
+/// How long one run of the program may take.
+constexpr int kToolTimeoutMs = 60'000;
+
+/// What a run of the program gave.
+struct ToolRun {
+    int exitCode = -1;
+    std::string out;
+    std::string err;
+};
+
+/// The fileio program, beside the test program.
+inline std::string ToolPath() {
+    const std::string base =
+        platform::System().applicationFolder() + platform::NativeSeparator() + "fileio";
+    return platform::Files().exists((base + ".exe").c_str()) ? base + ".exe" : base;
+}
+
+/// Runs the program with `args` (no standard input; its outputs captured).
+inline ToolRun RunTool(const std::vector<std::string>& args) {
+    std::vector<std::string> argv{ToolPath()};
+    argv.insert(argv.end(), args.begin(), args.end());
+    platform::ProcessOutcome outcome;
+    ToolRun run;
+    if (!platform::Processes().run(argv, kToolTimeoutMs, outcome) || outcome.timedOut) {
+        ADD_FAILURE() << "the tool did not run to its end: " << outcome.why;
+        return run;
+    }
+    run.exitCode = outcome.exitCode;
+    run.out = std::move(outcome.output);
+    run.err = std::move(outcome.errors);
+    return run;
+}
+
+/// A temporary folder that is the current folder for the life of the object (the program
+/// is given paths relative to it, as a person types them).
+class WorkFolder {
+public:
+    WorkFolder() : m_previous(std::filesystem::current_path()) {
+        std::filesystem::current_path(m_folder.Path());
+        m_path = std::filesystem::current_path().string();
+    }
+    ~WorkFolder() {
+        std::error_code ignored;
+        std::filesystem::current_path(m_previous, ignored);
+    }
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+
+    [[nodiscard]] const TempFolder& Files() const { return m_folder; }
+    /// The folder as the program sees it.
+    [[nodiscard]] const std::string& Path() const { return m_path; }
+
+    /// Copies a folder of files (the data tree, the samples) into the work folder.
+    void CopyIn(const std::string& from, std::string_view to) const {
+        std::filesystem::copy(from, m_folder.Join(to),
+                              std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::overwrite_existing);
+    }
+
+    /// The text with the work folder written "<work>" and every "\" as "/" (but for the
+    /// tool's escapes of unprintable bytes, "\xNN"), so that the output of both platforms
+    /// compares with one expected text.
+    [[nodiscard]] std::string Normalised(std::string text) const {
+        for (const std::string& form : {m_path, Slashed(m_path)}) {
+            for (std::size_t at = text.find(form); at != std::string::npos;
+                 at = text.find(form, at))
+                text.replace(at, form.size(), "<work>");
+        }
+        return Slashed(text);
+    }
+
+    static std::string Slashed(std::string text) {
+        const auto isHex = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const bool escape = i + 3 < text.size() && text[i + 1] == 'x' && isHex(text[i + 2]) &&
+                                isHex(text[i + 3]);
+            if (text[i] == '\\' && !escape)
+                text[i] = '/';
+        }
+        return text;
+    }
+
+private:
+    TempFolder m_folder{"fileio-tool"};
+    std::filesystem::path m_previous;
+    std::string m_path;
+};
+
+} // namespace fileio::test
