@@ -1,4 +1,4 @@
-// main.cpp - the fileio command-line tool (see Main.cpp, or run `fileio --help`).
+// main.cpp - the fileio command-line tool (see CommandLine.cpp, or run `fileio --help`).
 
 #include "Commands.h"
 

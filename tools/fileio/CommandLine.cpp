@@ -1,4 +1,4 @@
-// Main.cpp - the command line: the commands, their options and help, and the run.
+// CommandLine.cpp - the command line: the commands, their options and help, and the run.
 
 #include "Commands.h"
 #include "Fields.h"
