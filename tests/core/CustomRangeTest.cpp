@@ -87,14 +87,13 @@ TEST(CustomRangeTest, EnumerationRunsOverAllItemsInOrder) {
     EXPECT_EQ(total, 6);
 
     // Asking at a position directly; past the end and negative positions fail.
-    struct Row {
+    const struct {
         int index;
         bool found;
         long long ticks;
-    };
-    const Row rows[] = {{0, true, 20 * kFrame}, {3, true, 3 * kFrame}, {5, true, kFrame},
-                        {6, false, 0},          {1000, false, 0},      {-1, false, 0}};
-    for (const Row& row : rows) {
+    } rows[] = {{0, true, 20 * kFrame}, {3, true, 3 * kFrame}, {5, true, kFrame},
+                {6, false, 0},          {1000, false, 0},      {-1, false, 0}};
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.index);
         int index = row.index;
         Time time(-7LL);
@@ -172,18 +171,17 @@ TEST(CustomRangeTest, HostileItemsNeverLoopForEver) {
 }
 
 TEST(CustomRangeTest, AppendTruncatesTheStepAndSetReplaces) {
-    struct Row {
+    const struct {
         float step;
         int expected;
-    };
-    const Row rows[] = {{1.0f, 1},
-                        {2.9f, 2},
-                        {-2.9f, -2},
-                        {0.99f, 0},
-                        {3e9f, 0},
-                        {-3e9f, 0},
-                        {2147483520.0f, 2147483520}};
-    for (const Row& row : rows) {
+    } rows[] = {{1.0f, 1},
+                {2.9f, 2},
+                {-2.9f, -2},
+                {0.99f, 0},
+                {3e9f, 0},
+                {-3e9f, 0},
+                {2147483520.0f, 2147483520}};
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.step);
         CustomRange range;
         range.Append(Frame(1), Frame(2), 1);

@@ -44,11 +44,9 @@ void ExpectItems(const CustomRange& range, const std::vector<Item>& expected, in
 }
 
 TEST(CustomRangeNormaliseTest, FreeTextBecomesCommaSeparatedItems) {
-    struct Row {
-        const char* text;
-        const char* normalised;
-    };
-    const Row rows[] = {
+    const struct {
+        const char *text, *normalised;
+    } rows[] = {
         {"1 - 10 s 2; 15 20", "1-10s2,15,20"},
         {"1 2", "1,2"},
         {"1   2", "1,2"},
@@ -86,21 +84,20 @@ TEST(CustomRangeNormaliseTest, FreeTextBecomesCommaSeparatedItems) {
         {"1:30 2", "1:30,2"},
         {"1-10ss2", "1-10ss2"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         EXPECT_EQ(fileio::detail::NormaliseRangeText(row.text), row.normalised);
     }
 }
 
 TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
-    struct Row {
+    const struct {
         const char* text;
         int fps;
         TimeUnit unit;
         std::vector<Item> items;
         const char* canonical;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"5", 24, FRAMES, {{5, 5, 1}}, "5"},
         {"1-10, 15, 20-40 s2",
          24,
@@ -133,7 +130,7 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
         {"250", 30, SMPTE, {{110, 110, 1}}, "00:03:20"},
         {"1:0:0 - 1:1:0", 25, SMPTE, {{1500, 1525, 1}}, "01:00:00-01:01:00"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         CustomRange range;
         range.Set(String(row.text), row.fps, row.unit);

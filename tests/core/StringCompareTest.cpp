@@ -9,115 +9,80 @@ namespace {
 
 using StringComparison = StringPoolTest;
 
-enum class Kind { Null, EmptyBuffer, Text };
+const char* const kNull = nullptr;   // a null string
+const char* const kEmptyBuffer = ""; // String('\0'), a non-null empty buffer
 
-String Make(Kind kind, const char* text = "") {
-    switch (kind) {
-    case Kind::Null:
-        return String();
-    case Kind::EmptyBuffer:
-        return String('\0');
-    case Kind::Text:
-        return String(text);
-    }
-    return String();
+String Make(const char* text) {
+    return text == nullptr ? String() : text == kEmptyBuffer ? String('\0') : String(text);
 }
 
-std::string Describe(Kind kind, const char* text) {
-    switch (kind) {
-    case Kind::Null:
-        return "null";
-    case Kind::EmptyBuffer:
-        return "empty buffer";
-    case Kind::Text:
-        return '"' + std::string(text) + '"';
-    }
-    return {};
-}
-
-// Every operator on every pair of states. Null orders before everything, an empty buffer
-// is text "" (so it orders before any other text), and text compares with both bytes
-// lowered, as unsigned values.
+// Every operator on every pair of states, from the order the row gives (-1, 0, 1). Null
+// orders before everything, an empty buffer is text "" (before any other text), and text
+// compares with both bytes lowered, as unsigned values.
 TEST_F(StringComparison, OperatorTable) {
-    struct Row {
-        Kind leftKind;
-        const char* left;
-        Kind rightKind;
-        const char* right;
-        bool eq, lt, le, gt, ge;
-    };
-    const Kind N = Kind::Null, E = Kind::EmptyBuffer, T = Kind::Text;
-    const Row rows[] = {
-        //                       ==     <      <=     >      >=
-        {N, "", N, "", true, false, true, false, true},
-        {N, "", E, "", false, true, true, false, false},
-        {E, "", N, "", false, false, false, true, true},
-        {E, "", E, "", true, false, true, false, true},
-        {N, "", T, "a", false, true, true, false, false},
-        {T, "a", N, "", false, false, false, true, true},
-        {E, "", T, "a", false, true, true, false, false},
-        {T, "a", E, "", false, false, false, true, true},
-        {T, "abc", T, "ABC", true, false, true, false, true},
-        {T, "abc", T, "abd", false, true, true, false, false},
-        {T, "ABD", T, "abc", false, false, false, true, true},
-        {T, "ab", T, "abc", false, true, true, false, false},
-        {T, "abc", T, "AB", false, false, false, true, true},
-        // '_' (0x5F) lies between the capitals and the small letters: letters are lowered
-        // before comparing, so "_" orders before "A".
-        {T, "_", T, "A", false, true, true, false, false},
-        {T, "[", T, "a", false, true, true, false, false},
+    const struct {
+        const char *left, *right;
+        int order;
+    } rows[] = {
+        {kNull, kNull, 0},
+        {kNull, kEmptyBuffer, -1},
+        {kEmptyBuffer, kNull, 1},
+        {kEmptyBuffer, kEmptyBuffer, 0},
+        {kNull, "a", -1},
+        {"a", kEmptyBuffer, 1},
+        {kEmptyBuffer, "a", -1},
+        {"abc", "ABC", 0},
+        {"abc", "abd", -1},
+        {"ABD", "abc", 1},
+        {"ab", "abc", -1},
+        {"abc", "AB", 1},
+        // '_' (0x5F) and '[' lie between the capitals and the small letters: letters are
+        // lowered before comparing, so they order before "A".
+        {"_", "A", -1},
+        {"[", "a", -1},
         // Bytes of 0x80 and above compare as unsigned values, after every ASCII letter,
         // and are not folded.
-        {T, "\x80", T, "z", false, false, false, true, true},
-        {T, "\xC9", T, "\xE9", false, true, true, false, false},
+        {"\x80", "z", 1},
+        {"\xC9", "\xE9", -1},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(Describe(row.leftKind, row.left) + " vs " +
-                     Describe(row.rightKind, row.right));
-        const String a = Make(row.leftKind, row.left);
-        const String b = Make(row.rightKind, row.right);
-        EXPECT_EQ(a == b, row.eq);
-        EXPECT_EQ(a != b, !row.eq);
-        EXPECT_EQ(a < b, row.lt);
-        EXPECT_EQ(a <= b, row.le);
-        EXPECT_EQ(a > b, row.gt);
-        EXPECT_EQ(a >= b, row.ge);
+    for (const auto& row : rows) {
+        const String a = Make(row.left);
+        const String b = Make(row.right);
+        SCOPED_TRACE(TextOf(a) + " vs " + TextOf(b));
+        EXPECT_EQ(a == b, row.order == 0);
+        EXPECT_EQ(a != b, row.order != 0);
+        EXPECT_EQ(a < b, row.order < 0);
+        EXPECT_EQ(a <= b, row.order <= 0);
+        EXPECT_EQ(a > b, row.order > 0);
+        EXPECT_EQ(a >= b, row.order >= 0);
     }
+    EXPECT_TRUE("ABC" == String("abc")); // a C text converts, "" to null
+    EXPECT_TRUE(String() == "");
 }
 
-TEST_F(StringComparison, DocumentedEdgeCases) {
-    EXPECT_FALSE(String("") == String('\0'));
-    EXPECT_TRUE(String("") < String('\0'));
-    EXPECT_TRUE(String("abc") == String("ABC"));
-    EXPECT_TRUE(String("abc") == "ABC"); // a C text converts
-    EXPECT_TRUE("ABC" == String("abc"));
-    EXPECT_TRUE(String() == ""); // "" is null too
-}
-
+// Compare: two empty strings are never equal, lengths must match, no folding above ASCII.
 TEST_F(StringComparison, CompareIsStricter) {
-    struct Row {
-        String a;
-        String b;
-        bool ignoringCase;
-        bool respectingCase;
+    const struct {
+        const char *a, *b;
+        bool ignoringCase, respectingCase;
+    } rows[] = {
+        {"abc", "ABC", true, false},
+        {"abc", "abc", true, true},
+        {"abc", "abd", false, false},
+        {"abc", "ab", false, false},
+        {"ab", "abc", false, false},
+        {kNull, kNull, false, false},
+        {kEmptyBuffer, kEmptyBuffer, false, false},
+        {"a", kEmptyBuffer, false, false},
+        {"\xC9", "\xE9", false, false},
+        {"A_1", "a_1", true, false},
     };
-    const Row rows[] = {
-        {String("abc"), String("ABC"), true, false},
-        {String("abc"), String("abc"), true, true},
-        {String("abc"), String("abd"), false, false},
-        {String("abc"), String("ab"), false, false}, // lengths differ
-        {String("ab"), String("abc"), false, false},
-        {String(), String(), false, false}, // two empty strings are not equal
-        {String('\0'), String('\0'), false, false},
-        {String(), String("a"), false, false},
-        {String("a"), String('\0'), false, false},
-        {String("\xC9"), String("\xE9"), false, false}, // no folding above ASCII
-        {String("A_1"), String("a_1"), true, false},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(TextOf(row.a) + " / " + TextOf(row.b));
-        EXPECT_EQ(row.a.Compare(row.b, false), row.ignoringCase);
-        EXPECT_EQ(row.a.Compare(row.b, true), row.respectingCase);
+    for (const auto& row : rows) {
+        const String a = Make(row.a);
+        const String b = Make(row.b);
+        SCOPED_TRACE(TextOf(a) + " / " + TextOf(b));
+        EXPECT_EQ(a.Compare(b, false), row.ignoringCase);
+        EXPECT_EQ(a.Compare(b, true), row.respectingCase);
     }
 }
 

@@ -24,46 +24,35 @@ using StringConversion = StringPoolTest;
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
 TEST_F(StringConversion, DoublesFromText) {
-    struct Row {
+    const struct {
         const char* text;
         std::uint64_t bits;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"0.5", BitsOf(0.5)},
         {" \t\n\v\f\r12", BitsOf(12.0)}, // every C white-space character is skipped
         {"+3", BitsOf(3.0)},
-        {"-3", BitsOf(-3.0)},
         {"12abc", BitsOf(12.0)}, // partial numbers count
         {"1e", BitsOf(1.0)},     // an exponent without digits is not read
         {"1e+", BitsOf(1.0)},
         {"1E5", BitsOf(1e5)},
-        {"1.5e-3x", BitsOf(1.5e-3)},
         {".5", BitsOf(0.5)},
         {"5.", BitsOf(5.0)},
-        {"007", BitsOf(7.0)},
         {"1,5", BitsOf(1.0)}, // a comma is never a decimal point
-        {".", BitsOf(0.0)},   // no number at all: +0
-        {"-.", BitsOf(0.0)},
-        {"", BitsOf(0.0)},
-        {"-", BitsOf(0.0)},
+        {"-.", BitsOf(0.0)},  // no number at all: +0
         {"abc", BitsOf(0.0)},
         {"+-1", BitsOf(0.0)},
-        {"--1", BitsOf(0.0)},
         {"- 1", BitsOf(0.0)},
         {"-0", BitsOf(-0.0)},
         {"0x1.8p3", BitsOf(12.0)}, // hexadecimal
         {"0X1P-2", BitsOf(0.25)},
-        {"-0x10", BitsOf(-16.0)},
         {"0x.8", BitsOf(0.5)},
         {"0x1p", BitsOf(1.0)},
         {"0x", BitsOf(0.0)}, // the "0" before the x is the number
         {"-0x", BitsOf(-0.0)},
-        {"0xg", BitsOf(0.0)},
         {"0x1p-1074", BitsOf(std::numeric_limits<double>::denorm_min())},
         {"0x1p-1075", BitsOf(0.0)}, // a tie with 0: to even
         {"0x1.8p-1075", BitsOf(std::numeric_limits<double>::denorm_min())},
         {"0x1p1024", BitsOf(kInf)},
-        {"inf", BitsOf(kInf)},
         {"-Infinity", BitsOf(-kInf)},
         {"INFINITE", BitsOf(kInf)}, // not "INFINITY": only "INF" is read
         {"in", BitsOf(0.0)},
@@ -77,11 +66,8 @@ TEST_F(StringConversion, DoublesFromText) {
         {"nan(0xFFFFFFFFFFFFFFFFFFFF)", 0x7FFFFFFFFFFFFFFF}, // overflow: all payload bits
         {"nan(snan)", 0x7FF4000000000000},
         {"-nan(ind)", 0xFFF8000000000000},
-        {"1e400", BitsOf(kInf)}, // overflow
-        {"-1e400", BitsOf(-kInf)},
-        {"1e-400", BitsOf(0.0)}, // underflow to a zero of the text's sign
-        {"-1e-400", BitsOf(-0.0)},
-        {"3e-324", BitsOf(std::numeric_limits<double>::denorm_min())},
+        {"1e400", BitsOf(kInf)},   // overflow
+        {"-1e-400", BitsOf(-0.0)}, // underflow to a zero of the text's sign
         {"2.4703282292062328e-324", BitsOf(std::numeric_limits<double>::denorm_min())},
         {"2.4703282292062327e-324", BitsOf(0.0)}, // just below half the smallest value
         {"2.2250738585072011e-308", 0x000FFFFFFFFFFFFF},
@@ -90,10 +76,9 @@ TEST_F(StringConversion, DoublesFromText) {
         {"1e99999999999999999999", BitsOf(kInf)},
         {"1e-99999999999999999999", BitsOf(0.0)},
         {"0e99999999999999999999", BitsOf(0.0)},
-        {"0.1", BitsOf(0.1)},
         {"9007199254740993", BitsOf(9007199254740992.0)}, // a tie: to even
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         EXPECT_EQ(BitsOf(String(row.text).Str_atod()), row.bits);
     }
@@ -106,12 +91,10 @@ TEST_F(StringConversion, DoublesFromText) {
 }
 
 TEST_F(StringConversion, FloatsFromText) {
-    struct Row {
+    const struct {
         const char* text;
         std::uint32_t bits;
-    };
-    const Row rows[] = {
-        {"0.1", BitsOf(0.1f)},
+    } rows[] = {
         {"3.4028235e38", BitsOf(FLT_MAX)},
         {"3.4028235677973366e38", BitsOf(FLT_MAX)}, // just below the halfway point
         {"3.4028236e38", BitsOf(std::numeric_limits<float>::infinity())},
@@ -127,7 +110,6 @@ TEST_F(StringConversion, FloatsFromText) {
         {"nan(0xFFFFFF)", 0x7FFFFFFF}, // only the bits below the quiet bit
         {"-nan(snan)", 0xFFA00000},
         {"16777217", 0x4B800000}, // a tie: to even (16777216)
-        {"  -2.5e+1junk", BitsOf(-25.0f)},
         // Short texts whose nearest double is exactly halfway between two floats, though
         // the texts are not: rounded to a double first and then to a float, they would
         // become the tie and round to even, the wrong way half the time.
@@ -142,92 +124,55 @@ TEST_F(StringConversion, FloatsFromText) {
         {"8388608.5", 0x4B000000},    // a true tie: to even, down
         {"8388609.5", 0x4B000002},    // and up
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         EXPECT_EQ(BitsOf(String(row.text).Str_atof()), row.bits);
     }
 }
 
-TEST_F(StringConversion, ThirtyTwoBitIntegers) {
-    struct Row {
+// Decimal only, as the C runtime's strtol family reads in the "C" locale. The 64-bit
+// readers clamp (signed) or negate modulo 2^64 (unsigned); the 32-bit ones read as a runtime
+// with a 32-bit long does on every platform: Str_atoi and Str_atol clamp, and Str_atoul
+// clamps a magnitude above 2^32 - 1 and otherwise negates modulo 2^32.
+TEST_F(StringConversion, Integers) {
+    const struct {
         const char* text;
-        int expected;
+        int atoi;
+        unsigned long long atoul;
+        long long atoll;
+        unsigned long long atoull;
+    } rows[] = {
+        {"2147483647", INT32_MAX, 2147483647u, 2147483647, 2147483647u},
+        {"2147483648", INT32_MAX, 2147483648u, 2147483648, 2147483648u},
+        {"-2147483649", INT32_MIN, 2147483647u, -2147483649, 18446744071562067967u},
+        {"4294967296", INT32_MAX, 4294967295u, 4294967296, 4294967296u},
+        {"-4294967295", INT32_MIN, 1u, -4294967295, 18446744069414584321u},
+        {"-4294967296", INT32_MIN, 4294967295u, -4294967296, 18446744069414584320u},
+        {"-1", -1, 4294967295u, -1, UINT64_MAX},
+        {"9223372036854775808", INT32_MAX, 4294967295u, INT64_MAX, 9223372036854775808u},
+        {"-9223372036854775809", INT32_MIN, 4294967295u, INT64_MIN, 9223372036854775807u},
+        {"18446744073709551616", INT32_MAX, 4294967295u, INT64_MAX, UINT64_MAX},
+        {"-18446744073709551615", INT32_MIN, 4294967295u, INT64_MIN, 1u},
+        {"-18446744073709551616", INT32_MIN, 4294967295u, INT64_MIN, UINT64_MAX},
+        {" -12x", -12, 4294967284u, -12, 18446744073709551604u},
+        {"\t-17 18", -17, 4294967279u, -17, 18446744073709551599u},
+        {"\v+42", 42, 42u, 42, 42u},
+        {"000000000000000000000000000012", 12, 12u, 12, 12u},
+        {"12.9", 12, 12u, 12, 12u},
+        {"0x10", 0, 0u, 0, 0u},
+        {"- 5", 0, 0u, 0, 0u},
+        {"+-5", 0, 0u, 0, 0u},
     };
-    const Row rows[] = {
-        {"0", 0},
-        {"2147483647", INT32_MAX},
-        {"2147483648", INT32_MAX}, // clamped as a 32-bit strtol clamps
-        {"-2147483648", INT32_MIN},
-        {"-2147483649", INT32_MIN},
-        {"99999999999999999999999", INT32_MAX},
-        {"-99999999999999999999999", INT32_MIN},
-        {" -12x", -12},
-        {"+7", 7},
-        {"\v42", 42},
-        {"0x10", 0}, // decimal only
-        {"1e3", 1},
-        {"12.9", 12},
-        {"000000000000000000000000000012", 12},
-        {"", 0},
-        {"abc", 0},
-        {"- 5", 0},
-        {"+-5", 0},
-    };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         const String s(row.text);
-        EXPECT_EQ(s.Str_atoi(), row.expected);
-        EXPECT_EQ(s.Str_atol(), static_cast<long>(row.expected)); // 32 bits on every platform
+        EXPECT_EQ(s.Str_atoi(), row.atoi);
+        EXPECT_EQ(s.Str_atol(), static_cast<long>(row.atoi));
+        EXPECT_EQ(static_cast<unsigned long long>(s.Str_atoul()), row.atoul);
+        EXPECT_EQ(s.Str_atoll(), row.atoll);
+        EXPECT_EQ(s.Str_atoull(), row.atoull);
     }
     EXPECT_EQ(String().Str_atoi(), 0);
-}
-
-TEST_F(StringConversion, UnsignedIntegers) {
-    struct Row {
-        const char* text;
-        unsigned long long thirtyTwo;
-        unsigned long long sixtyFour;
-    };
-    const Row rows[] = {
-        {"4294967295", 4294967295u, 4294967295u},
-        {"4294967296", 4294967295u, 4294967296u},
-        {"-1", 4294967295u, UINT64_MAX}, // "-" negates modulo 2^n
-        {"-4294967295", 1u, 18446744069414584321u},
-        {"-4294967296", 4294967295u, 18446744069414584320u}, // magnitude too big for 32 bits
-        {"-0", 0u, 0u},
-        {"18446744073709551615", 4294967295u, UINT64_MAX},
-        {"18446744073709551616", 4294967295u, UINT64_MAX},
-        {"-18446744073709551615", 4294967295u, 1u},
-        {"-18446744073709551616", 4294967295u, UINT64_MAX},
-        {"  +12abc", 12u, 12u},
-        {"x1", 0u, 0u},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.text);
-        const String s(row.text);
-        EXPECT_EQ(static_cast<unsigned long long>(s.Str_atoul()), row.thirtyTwo);
-        EXPECT_EQ(s.Str_atoull(), row.sixtyFour);
-    }
-}
-
-TEST_F(StringConversion, SixtyFourBitIntegers) {
-    struct Row {
-        const char* text;
-        long long expected;
-    };
-    const Row rows[] = {
-        {"9223372036854775807", INT64_MAX},
-        {"9223372036854775808", INT64_MAX},
-        {"-9223372036854775808", INT64_MIN},
-        {"-9223372036854775809", INT64_MIN},
-        {"-99999999999999999999999999", INT64_MIN},
-        {"2147483648", 2147483648LL},
-        {"\t-17 18", -17},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.text);
-        EXPECT_EQ(String(row.text).Str_atoll(), row.expected);
-    }
 }
 
 // Hostile texts: long runs, high bytes, NUL-embedded buffers. Nothing may read past the
@@ -293,12 +238,10 @@ TEST_F(StringConversion, NumberTextsIgnoreTheLocale) {
     EXPECT_EQ(TextOf(String(0.5)), "0.5");
     EXPECT_EQ(TextOf(String(0.1f)), "0.100000001");
     EXPECT_EQ(TextOf(String(1.25, 2)), "1.25");
-    EXPECT_EQ(TextOf(String(Vector2{1.5f, -2.25f})), "1.5 -2.25");
     EXPECT_EQ(TextOf(String(1234567)), "1234567");
     EXPECT_EQ(String("0.5").Str_atod(), 0.5);
     EXPECT_EQ(String("0.5").Str_atof(), 0.5f);
     EXPECT_EQ(String("0,5").Str_atod(), 0.0);
-    EXPECT_EQ(String("1.5e3").Str_atod(), 1500.0);
 }
 
 #if defined(__GLIBC__)

@@ -31,28 +31,57 @@ std::uint32_t NaNKind(float value) {
     return BitsOf(value) & 0xFFC00000;
 }
 
-TEST_F(StringNumberText, Integers) {
-    struct Row {
+// Integers in full without grouping; "%.9g" for floats, "%.17g" for doubles (where the form
+// turns scientific, ties, the zeros of a fraction kept before an exponent, subnormals and
+// the extremes); vectors and colours as their floats joined by blanks.
+TEST_F(StringNumberText, ExactTexts) {
+    const struct {
         String value;
         const char* expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {String(0), "0"},
-        {String(-1), "-1"},
         {String(static_cast<short>(-32768)), "-32768"},
-        {String(static_cast<short>(32767)), "32767"},
         {String(static_cast<unsigned short>(65535)), "65535"},
         {String(INT32_MIN), "-2147483648"},
-        {String(INT32_MAX), "2147483647"},
         {String(4294967295u), "4294967295"},
         {String(static_cast<long long>(INT64_MIN)), "-9223372036854775808"},
         {String(static_cast<long long>(INT64_MAX)), "9223372036854775807"},
         {String(static_cast<unsigned long long>(UINT64_MAX)), "18446744073709551615"},
         {String(1000000), "1000000"}, // no grouping
-        {String(static_cast<long>(-42)), "-42"},
-        {String(static_cast<unsigned long>(42)), "42"},
+        {String(0.1f), "0.100000001"},
+        {String(-0.0f), "-0"},
+        {String(0.0001f), "9.99999975e-05"}, // exponent -5: scientific
+        {String(0.001f), "0.00100000005"},   // exponent -3: fixed
+        {String(1e8f), "100000000"},         // exponent 8: still fixed
+        {String(1e9f), "1e+09"},             // exponent 9: scientific
+        {String(1.5e10f), "1.50000005e+10"},
+        {String(1e-10f), "1.00000001e-10"},
+        {String(0x1p-13f), "0.000122070312"}, // 0.0001220703125: a tie, kept even
+        {String(0x3p-13f), "0.000366210938"}, // 0.0003662109375: a tie, rounded up to even
+        {String(-FLT_MAX), "-3.40282347e+38"},
+        {String(std::numeric_limits<float>::denorm_min()), "1.40129846e-45"},
+        {String(0.1), "0.10000000000000001"},
+        {String(-0.0), "-0"},
+        {String(1e-5), "1.0000000000000001e-05"},
+        {String(1e-4), "0.0001"},
+        {String(1e16), "10000000000000000"}, // exponent 16: still fixed
+        {String(1e17), "1e+17"},             // exponent 17: scientific
+        {String(1e23), "9.9999999999999992e+22"},
+        {String(0x1p-25), "2.9802322387695312e-08"}, // ...3125 cut at a tie: kept even
+        {String(0x3p-25), "8.9406967163085938e-08"}, // ...9375: a tie, rounded up to even
+        {String(-DBL_MAX), "-1.7976931348623157e+308"},
+        {String(0x1p-1050), "8.289046058458095e-317"}, // subnormal; its 17th digit, 0, dropped
+        {String(std::numeric_limits<double>::denorm_min()), "4.9406564584124654e-324"},
+        {String(Vector2{1.0f, 0.5f}), "1 0.5"},
+        {String(Vector{0.0f, 1.0f, 2.5f}), "0 1 2.5"},
+        {String(RGBFloat{0.1f, -0.0f, 1e10f}), "0.100000001 -0 1e+10"},
+        {String(RotateEuler{90.0f, -45.0f, 180.0f}), "90 -45 180"},
+        {String(Vector4{0.0f, 0.0f, 0.0f, 1.0f}), "0 0 0 1"},
+        {String(Quaternion{-FLT_MAX, FLT_MAX, -FLT_MIN, 1.5e-7f}),
+         "-3.40282347e+38 3.40282347e+38 -1.17549435e-38 1.50000005e-07"},
+        {String(RGBAFloat{1.0f, 0.25f, 0.125f, 0.0625f}), "1 0.25 0.125 0.0625"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.expected);
         EXPECT_EQ(TextOf(row.value), row.expected);
     }
@@ -61,88 +90,11 @@ TEST_F(StringNumberText, Integers) {
     EXPECT_EQ(TextOf(String(std::numeric_limits<long>::min())), longMin);
 }
 
-TEST_F(StringNumberText, FloatsWithNineDigits) {
-    struct Row {
-        float value;
-        const char* expected;
-    };
-    const Row rows[] = {
-        {0.1f, "0.100000001"},
-        {1.0f, "1"},
-        {-0.0f, "-0"},
-        {0.0f, "0"},
-        {0.5f, "0.5"},
-        {1e10f, "1e+10"},
-        {123456789.0f, "123456792"},
-        {1.5e-7f, "1.50000005e-07"},
-        {1e-10f, "1.00000001e-10"},
-        {0.0001f, "9.99999975e-05"}, // exponent -5: scientific
-        {0.001f, "0.00100000005"},   // exponent -3: fixed
-        {1e8f, "100000000"},         // exponent 8: still fixed
-        {1e9f, "1e+09"},             // exponent 9: scientific
-        {4294967296.0f, "4.2949673e+09"},
-        {16777217.0f, "16777216"},
-        {1.0f / 3.0f, "0.333333343"},
-        {0.3f, "0.300000012"},
-        {-65504.0f, "-65504"},
-        {0x1p-13f, "0.000122070312"}, // 0.0001220703125: a tie, kept even
-        {0x3p-13f, "0.000366210938"}, // 0.0003662109375: a tie, rounded up to even
-        {FLT_MAX, "3.40282347e+38"},
-        {-FLT_MAX, "-3.40282347e+38"},
-        {FLT_MIN, "1.17549435e-38"},
-        {0x1p-127f, "5.87747175e-39"}, // subnormal
-        {std::numeric_limits<float>::denorm_min(), "1.40129846e-45"},
-        {-std::numeric_limits<float>::denorm_min(), "-1.40129846e-45"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.expected);
-        EXPECT_EQ(TextOf(String(row.value)), row.expected);
-    }
-}
-
-TEST_F(StringNumberText, DoublesWithSeventeenDigits) {
-    struct Row {
-        double value;
-        const char* expected;
-    };
-    const Row rows[] = {
-        {0.1, "0.10000000000000001"},
-        {0.5, "0.5"},
-        {1.0, "1"},
-        {-0.0, "-0"},
-        {1e-5, "1.0000000000000001e-05"},
-        {1e-4, "0.0001"},
-        {0.3, "0.29999999999999999"},
-        {0.1 + 0.2, "0.30000000000000004"},
-        {2.0 / 3.0, "0.66666666666666663"},
-        {1e16, "10000000000000000"}, // exponent 16: still fixed
-        {1e17, "1e+17"},             // exponent 17: scientific
-        {1e22, "1e+22"},
-        {1e23, "9.9999999999999992e+22"},
-        {1e-300, "1e-300"},
-        {123456789012345678.0, "1.2345678901234568e+17"},
-        {9007199254740993.0, "9007199254740992"},
-        {0x1p-25, "2.9802322387695312e-08"}, // ...3125 cut at a tie: kept even
-        {0x3p-25, "8.9406967163085938e-08"}, // ...9375: a tie, rounded up to even
-        {DBL_MAX, "1.7976931348623157e+308"},
-        {-DBL_MAX, "-1.7976931348623157e+308"},
-        {DBL_MIN, "2.2250738585072014e-308"},
-        {0x1p-1050, "8.289046058458095e-317"}, // subnormal; its 17th digit, a 0, is dropped
-        {std::numeric_limits<double>::denorm_min(), "4.9406564584124654e-324"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.expected);
-        EXPECT_EQ(TextOf(String(row.value)), row.expected);
-    }
-}
-
 TEST_F(StringNumberText, FixedDecimals) {
-    struct Row {
+    const struct {
         String value;
         const char* expected;
-    };
-    const Row rows[] = {
-        {String(2.0, 2), "2"},
+    } rows[] = {
         {String(1.5, 2), "1.5"},
         {String(100.0, 0), "100"}, // no point: the zeros stay
         {String(1e20, 2), "100000000000000000000"},
@@ -150,7 +102,6 @@ TEST_F(StringNumberText, FixedDecimals) {
         {String(0.375, 2), "0.38"},  // a tie: to even, upwards
         {String(2.5, 0), "2"},
         {String(3.5, 0), "4"},
-        {String(0.5, 0), "0"},
         {String(-0.001, 2), "-0"},                // "-0.00" loses its zeros and its point
         {String(0.1f, 12), "0.100000001"},        // floats stop at 9 decimals
         {String(0.1, 20), "0.10000000000000001"}, // doubles at 17
@@ -158,9 +109,8 @@ TEST_F(StringNumberText, FixedDecimals) {
         {String(1e-10f, 9), "0"},
         {String(2.0005f, 3), "2"}, // 2.0004999... rounds to 2.000
         {String(-7.25, 1), "-7.2"},
-        {String(1.0, 17), "1"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.expected);
         EXPECT_EQ(TextOf(row.value), row.expected);
     }
@@ -176,12 +126,11 @@ TEST_F(StringNumberText, FixedDecimals) {
 
 // The special values are spelled the same way in every form, for both widths.
 TEST_F(StringNumberText, InfinityAndEveryNaNKind) {
-    struct Row {
+    const struct {
         std::uint64_t doubleBits;
         std::uint32_t floatBits;
         const char* expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {0x7FF0000000000000, 0x7F800000, "inf"},
         {0xFFF0000000000000, 0xFF800000, "-inf"},
         {0x7FF8000000000000, 0x7FC00000, "nan"},       // quiet
@@ -193,7 +142,7 @@ TEST_F(StringNumberText, InfinityAndEveryNaNKind) {
         {0x7FF4000000000000, 0x7FA00000, "nan(snan)"},
         {0xFFF7FFFFFFFFFFFF, 0xFFBFFFFF, "-nan(snan)"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.expected);
         const double d = DoubleFromBits(row.doubleBits);
         const float f = FloatFromBits(row.floatBits);
@@ -202,27 +151,6 @@ TEST_F(StringNumberText, InfinityAndEveryNaNKind) {
         EXPECT_EQ(TextOf(String(d, 3)), row.expected);
         EXPECT_EQ(TextOf(String(f, 3)), row.expected);
         EXPECT_EQ(TextOf(String(Vector2{f, 1.0f})), std::string(row.expected) + " 1");
-    }
-}
-
-TEST_F(StringNumberText, VectorsAndColours) {
-    struct Row {
-        String value;
-        const char* expected;
-    };
-    const Row rows[] = {
-        {String(Vector2{1.0f, 0.5f}), "1 0.5"},
-        {String(Vector{0.0f, 1.0f, 2.5f}), "0 1 2.5"},
-        {String(RGBFloat{0.1f, -0.0f, 1e10f}), "0.100000001 -0 1e+10"},
-        {String(RotateEuler{90.0f, -45.0f, 180.0f}), "90 -45 180"},
-        {String(Vector4{0.0f, 0.0f, 0.0f, 1.0f}), "0 0 0 1"},
-        {String(Quaternion{-FLT_MAX, FLT_MAX, -FLT_MIN, 1.5e-7f}),
-         "-3.40282347e+38 3.40282347e+38 -1.17549435e-38 1.50000005e-07"},
-        {String(RGBAFloat{1.0f, 0.25f, 0.125f, 0.0625f}), "1 0.25 0.125 0.0625"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.expected);
-        EXPECT_EQ(TextOf(row.value), row.expected);
     }
 }
 
@@ -250,27 +178,27 @@ TEST_F(StringNumberText, RoundTripsOfRandomBitPatterns) {
     }
 }
 
+// The special values and the edges of both widths read back to the same bits; a
+// signalling NaN reads back signalling (its payload is not written).
 TEST_F(StringNumberText, RoundTripsOfSpecialValues) {
-    const std::uint64_t doubles[] = {
-        0x7FF0000000000000, 0xFFF0000000000000, 0x7FF8000000000000, 0xFFF8000000000000,
-        0x0000000000000001, 0x000FFFFFFFFFFFFF, 0x0010000000000000, 0x7FEFFFFFFFFFFFFF,
-        0x8000000000000000, 0x0000000000000000,
+    const struct {
+        std::uint64_t doubleBits, doubleBack;
+        std::uint32_t floatBits, floatBack;
+    } rows[] = {
+        {0x7FF0000000000000, 0x7FF0000000000000, 0x7F800000, 0x7F800000},
+        {0xFFF8000000000000, 0xFFF8000000000000, 0xFFC00000, 0xFFC00000},
+        {0x0000000000000001, 0x0000000000000001, 0x00000001, 0x00000001},
+        {0x000FFFFFFFFFFFFF, 0x000FFFFFFFFFFFFF, 0x007FFFFF, 0x007FFFFF},
+        {0x0010000000000000, 0x0010000000000000, 0x00800000, 0x00800000},
+        {0x7FEFFFFFFFFFFFFF, 0x7FEFFFFFFFFFFFFF, 0x7F7FFFFF, 0x7F7FFFFF},
+        {0x8000000000000000, 0x8000000000000000, 0x80000000, 0x80000000},
+        {0x7FF0000000000001, 0x7FF4000000000000, 0xFF800001, 0xFFA00000},
     };
-    for (std::uint64_t bits : doubles) {
-        SCOPED_TRACE(bits);
-        EXPECT_EQ(BitsOf(String(DoubleFromBits(bits)).Str_atod()), bits);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.doubleBits);
+        EXPECT_EQ(BitsOf(String(DoubleFromBits(row.doubleBits)).Str_atod()), row.doubleBack);
+        EXPECT_EQ(BitsOf(String(FloatFromBits(row.floatBits)).Str_atof()), row.floatBack);
     }
-    const std::uint32_t floats[] = {
-        0x7F800000, 0xFF800000, 0x7FC00000, 0xFFC00000, 0x00000001,
-        0x007FFFFF, 0x00800000, 0x7F7FFFFF, 0x80000000, 0x00000000,
-    };
-    for (std::uint32_t bits : floats) {
-        SCOPED_TRACE(bits);
-        EXPECT_EQ(BitsOf(String(FloatFromBits(bits)).Str_atof()), bits);
-    }
-    // A signalling NaN reads back signalling (its payload is not written).
-    EXPECT_EQ(BitsOf(String(DoubleFromBits(0x7FF0000000000001)).Str_atod()), 0x7FF4000000000000u);
-    EXPECT_EQ(BitsOf(String(FloatFromBits(0xFF800001)).Str_atof()), 0xFFA00000u);
 }
 
 #if defined(__GLIBC__)

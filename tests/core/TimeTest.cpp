@@ -50,12 +50,11 @@ long long ExactFrameTicks(long long n, long long numerator, long long denominato
 }
 
 TEST(Time, ConstructionFromSecondsGivesTicksAt135000PerSecond) {
-    struct Case {
+    const struct {
         const char* name;
         Time time;
         long long ticks;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"default", Time(), 0},
         {"int seconds", Time(2), 270000},
         {"negative int seconds", Time(-3), -405000},
@@ -82,7 +81,7 @@ TEST(Time, ConstructionFromSecondsGivesTicksAt135000PerSecond) {
         {"float product in single precision", Time(100000.1f), 13500013568LL},
         {"the same value in double precision", Time(static_cast<double>(100000.1f)), 13500013711LL},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(c.time.GetTicks(), c.ticks);
     }
@@ -127,12 +126,11 @@ TEST(Time, AssignmentFollowsTheConstructors) {
 }
 
 TEST(Time, SpecialValues) {
-    struct Case {
+    const struct {
         const char* name;
         Time time;
         long long ticks;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"MINSTEP", Time(Time::MINSTEP), 1},
         {"MAX", Time(Time::MAX), kMax},
         {"TAGGED", Time(Time::TAGGED), -1},
@@ -140,7 +138,7 @@ TEST(Time, SpecialValues) {
         {"value 4", Time(static_cast<Time::TimeType>(4)), 0},
         {"value -1", Time(static_cast<Time::TimeType>(-1)), 0},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(c.time.GetTicks(), c.ticks);
     }
@@ -213,16 +211,15 @@ TEST(Time, SetCellCountsFromOne) {
 }
 
 TEST(Time, StepFramesAddsRoundedFrameCounts) {
-    struct Case {
+    const struct {
         double n, fps;
         long long ticks;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {3, 30, 13500},         {2.5, 24, 14062}, // 14062.5 ticks, a tie, to even
         {0.5, 30, 2250},        {-2, 25, -10800}, {10, 29.97, 45045}, // 45045.045...
         {1000, 59.94, 2252252},                                       // 2252252.25...
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.n << " frames at " << c.fps);
         Time forward(100LL);
         forward.StepFrames(c.n, c.fps);
@@ -254,12 +251,11 @@ TEST(Time, SecondsFramesAndCellsReadBack) {
 }
 
 TEST(Time, GetFrameIntRoundsHalfUpAndNegativeTimesTowardZero) {
-    struct Case {
+    const struct {
         long long ticks;
         double fps;
         int frame;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {7650, 30, 2},                          // 1.7 frames
         {-7650, 30, -1},                        // -1.7 frames: one closer to zero than rounding
         {5850, 30, 1},                          // 1.3 frames
@@ -271,7 +267,7 @@ TEST(Time, GetFrameIntRoundsHalfUpAndNegativeTimesTowardZero) {
         {-4505, 29.97, 0},                      // -1.0001 + 0.5 truncates to 0
         {9010, 29.97, 2},  {kMax, 30, INT_MIN}, // outside the int range
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.ticks << " ticks at " << c.fps);
         EXPECT_EQ(Time(c.ticks).GetFrameInt(c.fps), c.frame);
     }
@@ -302,11 +298,10 @@ TEST(Time, AbsoluteValueKeepsMin) {
 }
 
 TEST(Time, SnapToFrameRoundsHalvesAwayFromZero) {
-    struct Case {
+    const struct {
         double fps;
         long long ticks, snapped;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {30, 0, 0},
         {30, 2250, 4500},
         {30, -2250, -4500},
@@ -333,7 +328,7 @@ TEST(Time, SnapToFrameRoundsHalvesAwayFromZero) {
         {25, 8100, 10800},
         {25, -8099, -5400},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.ticks << " ticks at " << c.fps);
         Time t(c.ticks);
         t.SnapToFrame(c.fps);
@@ -342,11 +337,10 @@ TEST(Time, SnapToFrameRoundsHalvesAwayFromZero) {
 }
 
 TEST(Time, FloorCeilAndMoveToFrame) {
-    struct Case {
+    const struct {
         double fps;
         long long ticks, floor, ceil;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {30, 0, 0, 0},
         {30, 4500, 4500, 4500},
         {30, 4501, 4500, 9000},
@@ -359,7 +353,7 @@ TEST(Time, FloorCeilAndMoveToFrame) {
         {29.97, 4506, 4505, 9010},
         {24, -5626, -5625, 0},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.ticks << " ticks at " << c.fps);
         Time floor(c.ticks);
         floor.FloorToFrame(c.fps);
@@ -410,12 +404,11 @@ TEST(Time, FrameOperationsAtAZeroFrameLengthChangeNothing) {
 }
 
 TEST(Time, IntegerArithmeticWraps) {
-    struct Case {
+    const struct {
         const char* name;
         Time result;
         long long ticks;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"sum", Time(5LL) + Time(7LL), 12},
         {"difference", Time(5LL) - Time(7LL), -2},
         {"MAX + 1 wraps", Time(Time::MAX) + Time(1LL), kMin},
@@ -426,7 +419,7 @@ TEST(Time, IntegerArithmeticWraps) {
         {"product wraps", Time(Time::MAX) * Time(2LL), -2},
         {"seconds add as ticks", Time(1) + Time(0.5), 202500},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(c.result.GetTicks(), c.ticks);
     }
@@ -448,12 +441,11 @@ TEST(Time, IntegerArithmeticWraps) {
 }
 
 TEST(Time, MultiplicationAndDivisionByNumbersRound) {
-    struct Case {
+    const struct {
         const char* name;
         Time result;
         long long ticks;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"1 x 0.5 ties to 0", Time(1LL) * 0.5, 0},
         {"3 x 0.5 ties to 2", Time(3LL) * 0.5, 2},
         {"5 x 0.5 ties to 2", Time(5LL) * 0.5, 2},
@@ -470,7 +462,7 @@ TEST(Time, MultiplicationAndDivisionByNumbersRound) {
         {"divisor 1e-30 divides", Time(1LL) / 1e-30, kMin}, // 1e30 ticks: beyond the range
         {"seconds by 2", Time(1) / 2.0, 67500},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(c.result.GetTicks(), c.ticks);
     }
@@ -490,14 +482,13 @@ TEST(Time, DivisionAndRemainderByTimes) {
     EXPECT_EQ(Time(3LL) / Time(0LL), 0.0f);
     EXPECT_EQ(Time(kMax) / Time(1LL), 9223372036854775808.0f);
 
-    struct Case {
+    const struct {
         long long dividend, divisor, quotient, remainder;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {7, 3, 2, 1},       {-7, 3, -2, -1},     {7, -3, -2, 1},     {-7, -3, 2, -1}, {6, 3, 2, 0},
         {100, 0, 100, 100}, {kMin, -1, kMin, 0}, {kMax, kMax, 1, 0}, {0, 5, 0, 0},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.dividend << " by " << c.divisor);
         Time quotient(c.dividend);
         quotient /= Time(c.divisor);
