@@ -65,18 +65,16 @@ TEST_F(StringComparison, CompareIsStricter) {
     const struct {
         const char *a, *b;
         bool ignoringCase, respectingCase;
-    } rows[] = {
-        {"abc", "ABC", true, false},
-        {"abc", "abc", true, true},
-        {"abc", "abd", false, false},
-        {"abc", "ab", false, false},
-        {"ab", "abc", false, false},
-        {kNull, kNull, false, false},
-        {kEmptyBuffer, kEmptyBuffer, false, false},
-        {"a", kEmptyBuffer, false, false},
-        {"\xC9", "\xE9", false, false},
-        {"A_1", "a_1", true, false},
-    };
+    } rows[] = {{"abc", "ABC", true, false},
+                {"abc", "abc", true, true},
+                {"abc", "abd", false, false},
+                {"abc", "ab", false, false},
+                {"ab", "abc", false, false},
+                {kNull, kNull, false, false},
+                {kEmptyBuffer, kEmptyBuffer, false, false},
+                {"a", kEmptyBuffer, false, false},
+                {"\xC9", "\xE9", false, false},
+                {"A_1", "a_1", true, false}};
     for (const auto& row : rows) {
         const String a = Make(row.a);
         const String b = Make(row.b);

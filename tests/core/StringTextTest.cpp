@@ -18,26 +18,24 @@ TEST_F(StringSearch, FindAndReverseFind) {
     const struct {
         const char *text, *pattern;
         int start, found, foundBackward;
-    } rows[] = {
-        {"Scene.PRJ", "p", 0, 6, -1},
-        {"Scene.PRJ", "e", 3, 4, 2},
-        {"Scene.PRJ", "e", 5, -1, 4},
-        {"Scene.PRJ", "s", -7, 0, 0},
-        {"Scene.PRJ", "J", 8, 8, 8},
-        {"Scene.PRJ", "J", 9, -1, 8},
-        {"Scene.PRJ", ".prj", 0, 5, -1},
-        {"a\xE9", "\xC9", 0, -1, -1},
-        {"a\xE9", "\xE9", 0, 1, -1},
-        {"abcabc", "BC", 2, 4, 1},
-        {"abcabc", "abcabc", 0, 0, 0},
-        {"abcabc", "abcabcd", 0, -1, -1},
-        {"aaaa", "aa", 1, 1, 1},
-        {"abc", "c", 4, -1, 2},
-        {"C:\\a\\b\\c.prj", "\\", -1, 2, 6},
-        {"C:\\a\\b\\c.prj", "\\", 1, 2, -1},
-        {"C:\\a\\b\\c.prj", "\\", 1000, -1, 6},
-        {"abc", "", 0, -1, -1},
-    };
+    } rows[] = {{"Scene.PRJ", "p", 0, 6, -1},
+                {"Scene.PRJ", "e", 3, 4, 2},
+                {"Scene.PRJ", "e", 5, -1, 4},
+                {"Scene.PRJ", "s", -7, 0, 0},
+                {"Scene.PRJ", "J", 8, 8, 8},
+                {"Scene.PRJ", "J", 9, -1, 8},
+                {"Scene.PRJ", ".prj", 0, 5, -1},
+                {"a\xE9", "\xC9", 0, -1, -1},
+                {"a\xE9", "\xE9", 0, 1, -1},
+                {"abcabc", "BC", 2, 4, 1},
+                {"abcabc", "abcabc", 0, 0, 0},
+                {"abcabc", "abcabcd", 0, -1, -1},
+                {"aaaa", "aa", 1, 1, 1},
+                {"abc", "c", 4, -1, 2},
+                {"C:\\a\\b\\c.prj", "\\", -1, 2, 6},
+                {"C:\\a\\b\\c.prj", "\\", 1, 2, -1},
+                {"C:\\a\\b\\c.prj", "\\", 1000, -1, 6},
+                {"abc", "", 0, -1, -1}};
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.text) + " / " + row.pattern + " from " +
                      std::to_string(row.start));
