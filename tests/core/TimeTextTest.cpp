@@ -11,7 +11,6 @@
 
 #include <cfloat>
 #include <climits>
-#include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -81,27 +80,6 @@ TEST(TimeText, ToStringFollowsTheUnitsFormats) {
             Text(Time(c.ticks).ToString(c.fps, static_cast<TimeUnit>(c.unit), c.zeroBasedCells)),
             c.text);
     }
-}
-
-TEST(TimeText, TheLocaleDoesNotChangeTheTexts) {
-    // A locale with a decimal comma, when the system has one; the texts must not change.
-    const char* previous = std::setlocale(LC_ALL, nullptr);
-    const std::string saved = previous ? previous : "C";
-    bool switched = false;
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "German_Germany.1252"})
-        if (std::setlocale(LC_ALL, name) != nullptr) {
-            switched = true;
-            break;
-        }
-    const std::string smpte = Text(Time(68850LL).ToString(30, SMPTE, false));
-    const std::string frames = Text(Time(8438LL).ToString(24, FRAMES, false));
-    const long long ticks = String("1:30.5").ToTime(30, SMPTE, false).GetTicks();
-    std::setlocale(LC_ALL, saved.c_str());
-    EXPECT_EQ(smpte, "00:00:15.3");
-    EXPECT_EQ(frames, "1.5");
-    EXPECT_EQ(ticks, 272250);
-    if (!switched)
-        GTEST_SKIP() << "no locale with a decimal comma is installed; checked in the C locale only";
 }
 
 TEST(TimeText, FrameFieldFormatMatchesPrintf) {
