@@ -121,18 +121,15 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
     }
 }
 
-// Set replaces the list; multiline text separates items by lines, and reads back.
-TEST(CustomRangeTextTest, SetReplacesTheListAndMultilineReadsBack) {
+// Set replaces the list; multiline text separates items by lines (and reads back, below).
+TEST(CustomRangeTextTest, SetReplacesTheListAndMultilineSeparatesByLines) {
     CustomRange range;
     range.Set(String("1-5, 8"), 24, FRAMES);
     range.Set(String("1 - 10 s 2; 15 20"), 24, FRAMES);
     EXPECT_EQ(range.ToString(24, FRAMES, true).View(), "1-10 s2,\r\n15,\r\n20");
-    CustomRange again;
-    again.Set(range.ToString(24, FRAMES, true), 24, FRAMES);
-    ExpectItems(again, {{1, 10, 2}, {15, 15, 1}, {20, 20, 1}}, 24);
-    again.Set(String(), 24, FRAMES);
-    EXPECT_TRUE(again.IsEmpty());
-    EXPECT_TRUE(again.ToString(0, SMPTE, true).IsEmpty());
+    range.Set(String(), 24, FRAMES);
+    EXPECT_TRUE(range.IsEmpty());
+    EXPECT_TRUE(range.ToString(24, FRAMES, true).IsEmpty());
 }
 
 TEST(CustomRangeTextTest, KeptTextIsReusedOnlyAtRateZeroInSmpte) {

@@ -354,14 +354,8 @@ TEST_F(StringConversion, HostileTexts) {
     EXPECT_EQ(String(("-" + manyDigits).c_str()).Str_atoll(), INT64_MIN);
     const std::string manySpaces(100000, ' ');
     EXPECT_EQ(String((manySpaces + "5").c_str()).Str_atoi(), 5);
-    EXPECT_EQ(String("\xFF\x80"
-                     "5")
-                  .Str_atoi(),
-              0);
-    EXPECT_EQ(String("\xA0"
-                     "5")
-                  .Str_atod(),
-              0.0); // a no-break space is not white space here
+    EXPECT_EQ(String(std::string("\xFF\x80") + "5").Str_atoi(), 0);
+    EXPECT_EQ(String(std::string("\xA0") + "5").Str_atod(), 0.0); // no-break space: not blank
     const char withNul[] = {'4', '\0', '2'};
     EXPECT_EQ(String(withNul, 3).Str_atoi(), 4);
     EXPECT_EQ(BitsOf(String(("nan(" + std::string(100000, 'a') + ")").c_str()).Str_atod()),
