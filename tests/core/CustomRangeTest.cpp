@@ -137,6 +137,10 @@ TEST(CustomRangeTest, HostileItemsNeverLoopForEver) {
         EXPECT_EQ(Enumerate(range, fps, &count), std::vector<long long>{2 * kFrame});
         EXPECT_EQ(count, 1);
     }
+    // At 135000 fps a frame is exactly one tick, the shortest step that still moves.
+    CustomRange ticks;
+    ticks.Append(Time(0LL), Time(2LL), 1);
+    EXPECT_EQ(Enumerate(ticks, 135000, nullptr), (std::vector<long long>{0, 1, 2}));
 
     // The largest step at 1 fps over the whole positive range: every position is found
     // and the last one stays inside the range.

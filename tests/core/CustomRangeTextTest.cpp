@@ -60,6 +60,7 @@ TEST(CustomRangeNormaliseTest, FreeTextBecomesCommaSeparatedItems) {
         {"1-10 S", "1-10S"},
         {"1 - , 5", "1-5"},
         {"-5", "5"},
+        {"1;-5", "1,5"}, // also right after a separator
         {"1-2-3", "1-2,3"},
         {"5s", "5"},
         {"10 s2", "10,2"},
