@@ -170,23 +170,27 @@ TEST_F(RetainedRegionsTest, OnlyClearedRegionsWithinTheCapAreKept) {
     fileio::detail::PlatformFreeZeroed(nullptr);
 }
 
-// More released blocks than slots: the oldest go back to the system, the newest stay and
-// are taken newest first.
+// More released regions than slots: the oldest go back to the system, the newest stay and
+// are taken newest first. A region that would pass the byte cap pushes older ones out too.
 TEST_F(RetainedRegionsTest, TheNewestReleasesAreKept) {
+    constexpr unsigned long long kSmall = 1000;
     std::vector<void*> regions;
     for (int i = 0; i < kRetainedRegionSlots + 2; ++i)
-        regions.push_back(PlatformAlloc(kBlock));
+        regions.push_back(PlatformAlloc(kSmall));
     for (void* p : regions)
         fileio::detail::PlatformFreeZeroed(p);
     EXPECT_EQ(RetainedRegionCount(), kRetainedRegionSlots);
     for (int i = kRetainedRegionSlots + 1; i >= 2; --i) {
-        void* p = PlatformAlloc(kBlock);
+        void* p = PlatformAlloc(kSmall);
         EXPECT_EQ(p, regions[i]) << "release " << i;
-        regions[i] = p;
+        PlatformFree(p);
     }
     EXPECT_EQ(RetainedRegionCount(), 0);
-    for (int i = 2; i < kRetainedRegionSlots + 2; ++i)
-        PlatformFree(regions[i]);
+
+    fileio::detail::PlatformFreeZeroed(PlatformAlloc(kSmall));
+    fileio::detail::PlatformFreeZeroed(PlatformAlloc(kRetainedBytesCap / 8 - 8)); // the cap
+    EXPECT_EQ(RetainedRegionCount(), 1);
+    EXPECT_EQ(RetainedBytes(), kRetainedBytesCap);
 }
 
 // Under AddressSanitizer a kept block is poisoned: a stale pointer into a block the pool has
