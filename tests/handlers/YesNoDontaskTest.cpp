@@ -99,6 +99,18 @@ TEST_F(YesNoDontaskTest, ReplaysStoredSettingsAsTheyRead) {
     EXPECT_TRUE(dialogs.calls.empty());
 }
 
+// A provider that leaves the check box alone has not been told "don't ask again".
+TEST_F(YesNoDontaskTest, AnUntouchedCheckBoxIsNotTicked) {
+    class AnswersYes : public DialogProvider {
+    public:
+        bool AskYesNoDontask(const String&, const String&, bool, bool&) override { return true; }
+    };
+    AnswersYes host;
+    ScopedDialogProvider installed(&host);
+    EXPECT_EQ(Ask(YesNoDontask::No), YesNoDontask::Yes);
+    EXPECT_TRUE(profile.values.empty());
+}
+
 // The platform's own provider labels the buttons and the check box from the resources.
 TEST_F(YesNoDontaskTest, ThePlatformsDialogShowsItsTexts) {
     ScriptedDialogProvider platform(ScriptedDialogProvider::Layer::PlatformOnly);

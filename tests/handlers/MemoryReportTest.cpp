@@ -1,4 +1,5 @@
-// Tests of the pool-memory report, the swapping line and the total-memory message.
+// Tests of the pool-memory report, the swapping line and the total-memory message: the
+// memory layer keeps the figures, this layer formats them and posts them to the handlers.
 //
 // Expected figures follow the allocation rules: a block pool's figure grows by n + 16
 // rounded up to 8 for each allocation of n bytes; a scratch pool's figure is the chunks it
