@@ -118,27 +118,24 @@ TEST(SwappingTest, EverySettingLogsTheSameLine) {
     EXPECT_EQ(log.lines, std::vector<std::string>(3, "Swapping Set"));
 }
 
+// The caption and the total, through the message handler, or else in a plain OK box (type 0).
 TEST(PrintMemoryMessageTest, ShowsTheCaptionAndTheTotal) {
     const String keepStringBlock("the string pool keeps a block while the test runs");
+    RecordingMessages messages;
     {
-        RecordingMessages messages;
         ScopedMessageHandler installed(&messages);
-        const std::string total = std::to_string(TotalRAM());
         PrintMemoryMessage(String("Scene"));
-        ASSERT_EQ(messages.messages.size(), 1u);
-        EXPECT_EQ(messages.messages[0].caption, "FileIO");
-        EXPECT_EQ(messages.messages[0].text, "Scene: Total Memory:" + total);
     }
-    {
-        // Type 0: a plain OK box.
-        ScriptedDialogProvider dialogs;
-        const std::string total = std::to_string(TotalRAM());
-        PrintMemoryMessage(String());
-        const std::vector<ScriptedDialogProvider::Call> boxes = dialogs.Of("box");
-        ASSERT_EQ(boxes.size(), 1u);
-        EXPECT_EQ(boxes[0].value, 0u);
-        EXPECT_EQ(boxes[0].text, ": Total Memory:" + total);
-    }
+    ScriptedDialogProvider dialogs;
+    PrintMemoryMessage(String());
+    const std::string total = std::to_string(TotalRAM());
+    ASSERT_EQ(messages.messages.size(), 1u);
+    EXPECT_EQ(messages.messages[0].caption + "|" + messages.messages[0].text,
+              "FileIO|Scene: Total Memory:" + total);
+    const std::vector<ScriptedDialogProvider::Call> boxes = dialogs.Of("box");
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].value, 0u);
+    EXPECT_EQ(boxes[0].text, ": Total Memory:" + total);
 }
 
 } // namespace
