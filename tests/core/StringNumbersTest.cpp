@@ -41,9 +41,10 @@ std::uint32_t NaNKind(float value) {
     return BitsOf(value) & 0xFFC00000;
 }
 
-// Integers in full without grouping; "%.9g" for floats, "%.17g" for doubles (where the form
-// turns scientific, ties, the zeros of a fraction kept before an exponent, subnormals and
-// the extremes); vectors and colours as their floats joined by blanks.
+// Integers in full without grouping; "%.9g" for floats, "%.17g" for doubles (the runtime
+// comparison below checks random values; here what it seldom meets: -0, ties, the zeros of
+// a fraction kept before an exponent, a subnormal); vectors and colours as their floats
+// joined by blanks.
 TEST_F(StringNumberText, ExactTexts) {
     const struct {
         String value;
@@ -60,24 +61,13 @@ TEST_F(StringNumberText, ExactTexts) {
         {String(1000000), "1000000"}, // no grouping
         {String(0.1f), "0.100000001"},
         {String(-0.0f), "-0"},
-        {String(0.0001f), "9.99999975e-05"}, // exponent -5: scientific
-        {String(0.001f), "0.00100000005"},   // exponent -3: fixed
-        {String(1e8f), "100000000"},         // exponent 8: still fixed
-        {String(1e9f), "1e+09"},             // exponent 9: scientific
         {String(1.5e10f), "1.50000005e+10"},
         {String(1e-10f), "1.00000001e-10"},
         {String(0x1p-13f), "0.000122070312"}, // 0.0001220703125: a tie, kept even
-        {String(-FLT_MAX), "-3.40282347e+38"},
         {String(0.1), "0.10000000000000001"},
         {String(-0.0), "-0"},
-        {String(1e-5), "1.0000000000000001e-05"},
-        {String(1e-4), "0.0001"},
-        {String(1e16), "10000000000000000"},         // exponent 16: still fixed
-        {String(1e17), "1e+17"},                     // exponent 17: scientific
-        {String(0x1p-25), "2.9802322387695312e-08"}, // ...3125 cut at a tie: kept even
-        {String(-DBL_MAX), "-1.7976931348623157e+308"},
+        {String(0x1p-25), "2.9802322387695312e-08"},   // ...3125 cut at a tie: kept even
         {String(0x1p-1050), "8.289046058458095e-317"}, // subnormal; its 17th digit, 0, dropped
-        {String(std::numeric_limits<double>::denorm_min()), "4.9406564584124654e-324"},
         {String(Vector2{1.0f, 0.5f}), "1 0.5"},
         {String(Vector{0.0f, 1.0f, 2.5f}), "0 1 2.5"},
         {String(RGBFloat{0.1f, -0.0f, 1e10f}), "0.100000001 -0 1e+10"},
