@@ -10,144 +10,82 @@ namespace {
 
 using StringSearch = StringPoolTest;
 
-TEST_F(StringSearch, FindCharacter) {
-    struct Row {
-        const char* text;
-        char c;
-        int start;
-        int expected;
-    };
-    const Row rows[] = {
-        {"Scene.PRJ", 'p', 0, 6}, // letters match ignoring case
-        {"Scene.PRJ", 'e', 0, 2},
-        {"Scene.PRJ", 'e', 3, 4},
-        {"Scene.PRJ", 'e', 5, -1},
-        {"Scene.PRJ", 's', -7, 0}, // a negative start counts as 0
-        {"Scene.PRJ", 'J', 8, 8},
-        {"Scene.PRJ", 'J', 9, -1}, // start at the end
-        {"Scene.PRJ", 'J', 1000, -1},
-        {"abc", '\0', 0, -1}, // NUL is never found
-        {"", 'a', 0, -1},
-        {"a\xE9", '\xC9', 0, -1}, // no folding above ASCII
-        {"a\xE9", '\xE9', 0, 1},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(std::string(row.text) + " / " + row.c + " from " + std::to_string(row.start));
-        EXPECT_EQ(String(row.text).Find(row.c, row.start), row.expected);
-    }
-    EXPECT_EQ(String().Find('a'), -1);
-}
-
-TEST_F(StringSearch, FindText) {
-    struct Row {
-        const char* text;
-        const char* pattern;
-        int start;
-        int expected;
-    };
-    const Row rows[] = {
-        {"Scene.PRJ", ".prj", 0, 5}, {"abcabc", "BC", 0, 1},     {"abcabc", "bc", 2, 4},
-        {"abcabc", "bc", 5, -1},     {"abcabc", "abcabc", 0, 0}, {"abcabc", "abcabcd", 0, -1},
-        {"abc", "", 0, -1}, // an empty pattern is never found
-        {"aaa", "aa", 1, 1},         {"abc", "c", -3, 2},        {"abc", "c", 4, -1},
-    };
-    for (const Row& row : rows) {
+// Find and ReverseFind, by character (for one-character patterns) and by text: letters match
+// ignoring case, bytes above ASCII exactly; a forward start below 0 counts as 0, a backward
+// start below 0 or past the end means from the end, and a backward match may begin at the
+// start itself. NUL and the empty pattern are never found.
+TEST_F(StringSearch, FindAndReverseFind) {
+    const struct {
+        const char *text, *pattern;
+        int start, found, foundBackward;
+    } rows[] = {{"Scene.PRJ", "p", 0, 6, -1},
+                {"Scene.PRJ", "e", 3, 4, 2},
+                {"Scene.PRJ", "e", 5, -1, 4},
+                {"Scene.PRJ", "s", -7, 0, 0},
+                {"Scene.PRJ", "J", 8, 8, 8},
+                {"Scene.PRJ", "J", 9, -1, 8},
+                {"Scene.PRJ", ".prj", 0, 5, -1},
+                {"a\xE9", "\xC9", 0, -1, -1},
+                {"a\xE9", "\xE9", 0, 1, -1},
+                {"abcabc", "BC", 2, 4, 1},
+                {"abcabc", "abcabc", 0, 0, 0},
+                {"abcabc", "abcabcd", 0, -1, -1},
+                {"aaaa", "aa", 1, 1, 1},
+                {"abc", "c", 4, -1, 2},
+                {"C:\\a\\b\\c.prj", "\\", -1, 2, 6},
+                {"C:\\a\\b\\c.prj", "\\", 1, 2, -1},
+                {"C:\\a\\b\\c.prj", "\\", 1000, -1, 6},
+                {"abc", "", 0, -1, -1}};
+    for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.text) + " / " + row.pattern + " from " +
                      std::to_string(row.start));
-        EXPECT_EQ(String(row.text).Find(String(row.pattern), row.start), row.expected);
-    }
-    EXPECT_EQ(String().Find(String("a")), -1);
-    EXPECT_EQ(String("a").Find(String()), -1);
-}
-
-TEST_F(StringSearch, ReverseFind) {
-    struct Row {
-        const char* text;
-        const char* pattern;
-        int start;
-        int expected;
-    };
-    const Row rows[] = {
-        {"C:\\a\\b\\c.prj", "\\", -1, 6},
-        {"C:\\a\\b\\c.prj", "\\", 5, 4},
-        {"C:\\a\\b\\c.prj", "\\", 4, 4}, // a match may begin at start itself
-        {"C:\\a\\b\\c.prj", "\\", 3, 2},
-        {"C:\\a\\b\\c.prj", "\\", 1, -1},
-        {"C:\\a\\b\\c.prj", "\\", 1000, 6}, // past the end: from the end
-        {"abcABC", "abc", -1, 3},
-        {"abcABC", "ABC", 2, 0},
-        {"abcABC", "bc", 5, 4}, // the match begins at 4 <= 5
-        {"abc", "", -1, -1},
-        {"ab", "abc", -1, -1},
-        {"aaaa", "aa", -1, 2},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(std::string(row.text) + " / " + row.pattern + " from " +
-                     std::to_string(row.start));
-        EXPECT_EQ(String(row.text).ReverseFind(String(row.pattern), row.start), row.expected);
+        const String text(row.text);
+        EXPECT_EQ(text.Find(String(row.pattern), row.start), row.found);
+        EXPECT_EQ(text.ReverseFind(String(row.pattern), row.start), row.foundBackward);
         if (std::string(row.pattern).size() == 1) {
-            EXPECT_EQ(String(row.text).ReverseFind(row.pattern[0], row.start), row.expected);
+            EXPECT_EQ(text.Find(row.pattern[0], row.start), row.found);
+            EXPECT_EQ(text.ReverseFind(row.pattern[0], row.start), row.foundBackward);
         }
     }
-    EXPECT_EQ(String("aBa").ReverseFind('A'), 2);
+    EXPECT_EQ(String("abc").Find('\0'), -1);
     EXPECT_EQ(String("abc").ReverseFind('\0'), -1);
-    EXPECT_EQ(String().ReverseFind('a'), -1);
+    EXPECT_EQ(String().Find('a'), -1);
+    EXPECT_EQ(String().ReverseFind(String("a")), -1);
 }
 
 using StringParts = StringPoolTest;
 
 TEST_F(StringParts, LeftRightMid) {
     const String s("abcdef");
-    struct Row {
+    const struct {
         String value;
         const char* expected;
+    } rows[] = {
+        {s.Left(2), "ab"},        {s.Left(100), "abcdef"},      {s.Left(0), "<null>"},
+        {s.Right(2), "ef"},       {s.Right(100), "abcdef"},     {s.Right(0), "<null>"},
+        {s.Mid(2, 3), "cde"},     {s.Mid(4, 100), "ef"},        {s.Mid(-2, 2), "ab"},
+        {s.Mid(6), "<null>"},     {s.Mid(100, 2), "<null>"},    {s.Mid(1, 0), "<null>"},
+        {s.Mid(0, -5), "abcdef"}, {String().Left(3), "<null>"},
     };
-    const Row rows[] = {
-        {s.Left(2), "ab"},
-        {s.Left(6), "abcdef"},
-        {s.Left(100), "abcdef"},
-        {s.Left(0), "<null>"},
-        {s.Left(-3), "<null>"},
-        {s.Right(2), "ef"},
-        {s.Right(100), "abcdef"},
-        {s.Right(0), "<null>"},
-        {s.Right(-1), "<null>"},
-        {s.Mid(2, 3), "cde"},
-        {s.Mid(4), "ef"},
-        {s.Mid(4, 100), "ef"},
-        {s.Mid(-2, 2), "ab"},
-        {s.Mid(6), "<null>"},
-        {s.Mid(100, 2), "<null>"},
-        {s.Mid(1, 0), "<null>"},
-        {s.Mid(0, -5), "abcdef"},
-        {String().Left(3), "<null>"},
-        {String().Right(3), "<null>"},
-        {String().Mid(1, 3), "<null>"},
-    };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.expected);
         EXPECT_EQ(TextOf(row.value), row.expected);
     }
 }
 
 TEST_F(StringParts, Tokenize) {
-    struct Row {
-        const char* text;
-        const char* delimiters;
+    const struct {
+        const char *text, *delimiters;
         std::vector<std::string> tokens;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"C:/a//b", ":/", {"C", "a", "b"}},
         {"//server/share/", ":/", {"server", "share"}},
-        {"one two  three ", " ", {"one", "two", "three"}},
         {"a,b;c", ",;", {"a", "b", "c"}},
         {"abc", "", {"abc"}}, // no delimiters: the whole text
-        {"abc", "x", {"abc"}},
         {":::", ":", {}},
-        {"", ":", {}},
         {"aXbxc", "x", {"aXb", "c"}}, // delimiters match exactly
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         const String text(row.text);
         const String delimiters(row.delimiters);
@@ -166,38 +104,28 @@ TEST_F(StringParts, Tokenize) {
     int position = -4;
     EXPECT_EQ(String("abc").Tokenize(String(" "), position).Get(), nullptr);
     EXPECT_EQ(position, -1);
-    position = 50;
-    EXPECT_EQ(String("abc").Tokenize(String(" "), position).Get(), nullptr);
-    EXPECT_EQ(position, -1);
     position = 1; // a token may start inside a word
     EXPECT_EQ(TextOf(String("ab cd").Tokenize(String(" "), position)), "b");
     EXPECT_EQ(position, 3);
-    EXPECT_EQ(TextOf(String("ab cd").Tokenize(String(" "), position)), "cd");
-    EXPECT_EQ(position, 5);
 }
 
 using StringEditing = StringPoolTest;
 
 TEST_F(StringEditing, Replace) {
-    struct Row {
-        const char* text;
-        const char* from;
-        const char* to;
+    const struct {
+        const char *text, *from, *to;
         int count;
         std::string expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"a\\b\\c", "\\", "/", 2, "a/b/c"},
         {"Hello hello", "HELLO", "bye", 2, "bye bye"}, // ignoring case
         {"aaaa", "aa", "b", 2, "bb"},                  // left to right, no overlap
         {"abc", "b", "", 1, "ac"},
         {"abc", "abc", "", 1, "<null>"}, // no text left: null
-        {"abc", "x", "y", 0, "abc"},
         {"abc", "", "y", 0, "abc"},
         {"ab", "ab", "abab", 1, "abab"}, // the replacement is not searched again
-        {"&", "&", "&#38;", 1, "&#38;"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.text) + " : " + row.from + " -> " + row.to);
         String s(row.text);
         EXPECT_EQ(s.Replace(String(row.from), String(row.to)), row.count);
@@ -215,20 +143,15 @@ TEST_F(StringEditing, Replace) {
 }
 
 TEST_F(StringEditing, Trim) {
-    struct Row {
-        const char* text;
-        const char* left;
-        const char* right;
-        const char* both;
-    };
-    const Row rows[] = {
+    const struct {
+        const char *text, *left, *right, *both;
+    } rows[] = {
         {"  a b  ", "a b  ", "  a b", "a b"},
         {"\t\n\v\f\rx\r\n", "x\r\n", "\t\n\v\f\rx", "x"},
-        {"none", "none", "none", "none"},
         {"   ", "<null>", "<null>", "<null>"},
         {"\xA0x\xA0", "\xA0x\xA0", "\xA0x\xA0", "\xA0x\xA0"}, // only C white space
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         String left(row.text), right(row.text), both(row.text);
         EXPECT_EQ(TextOf(left.TrimLeft()), row.left);
@@ -239,7 +162,6 @@ TEST_F(StringEditing, Trim) {
     EXPECT_EQ(TextOf(String(chars).TrimLeft(String("-"))), "=x=--");
     EXPECT_EQ(TextOf(String(chars).TrimRight(String("-="))), "--=x");
     EXPECT_EQ(TextOf(String(chars).Trim(String("=-"))), "x");
-    EXPECT_EQ(TextOf(String(chars).Trim(String("X"))), "--=x=--"); // matched exactly
     EXPECT_EQ(TextOf(String(chars).Trim(String())), "--=x=--");
     String null;
     EXPECT_EQ(null.Trim().Get(), nullptr);
@@ -247,7 +169,7 @@ TEST_F(StringEditing, Trim) {
     EXPECT_NE(empty.Trim().Get(), nullptr) << "nothing to trim: the buffer stays";
 }
 
-TEST_F(StringEditing, Case) {
+TEST_F(StringEditing, CaseAndQuote) {
     String s("Mixed Case 123 _\xE9\xC9");
     s.MakeUpper();
     EXPECT_EQ(TextOf(s), "MIXED CASE 123 _\xE9\xC9");
@@ -255,32 +177,30 @@ TEST_F(StringEditing, Case) {
     EXPECT_EQ(TextOf(s), "mixed case 123 _\xE9\xC9");
     String null;
     EXPECT_EQ(null.MakeUpper().MakeLower().Get(), nullptr);
+    EXPECT_EQ(TextOf(String("C:\\a b").Quote()), "\"C:\\a b\"");
+    EXPECT_EQ(TextOf(null.Quote()), "\"\"");
 }
 
 using StringEscapes = StringPoolTest;
 
 TEST_F(StringEscapes, ContractXMLEscapes) {
-    struct Row {
+    const struct {
         const char* text;
         int count;
         const char* expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"A&#38;B", 1, "A&B"},
         {"&amp;&lt;&gt;&quot;&apos;", 5, "&<>\"'"},
         {"&#65;&#x42;&#X63;&#00000065;", 4, "ABcA"}, // up to 8 digits
-        {"&#233;", 1, "\xE9"},
-        {"&amp;amp;", 1, "&amp;"},           // one pass: the result is not read again
-        {"&#0;", 0, "&#0;"},                 // a NUL would cut the text: kept
-        {"&#256;", 0, "&#256;"},             // not a byte
-        {"&#000000065;", 0, "&#000000065;"}, // more than 8 digits
+        {"&amp;amp;", 1, "&amp;"},                   // one pass: the result is not read again
+        {"&#0;", 0, "&#0;"},                         // a NUL would cut the text: kept
+        {"&#256;", 0, "&#256;"},                     // not a byte
+        {"&#000000065;", 0, "&#000000065;"},         // more than 8 digits
         {"&#;&#x;&#12a;&#-1;", 0, "&#;&#x;&#12a;&#-1;"},
         {"&AMP;&unknown;&amp", 0, "&AMP;&unknown;&amp"},
-        {"&#38", 0, "&#38"},
-        {"no escapes", 0, "no escapes"},
         {"&&amp;&", 1, "&&&"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         String s(row.text);
         EXPECT_EQ(s.ContractXMLEscapes(), row.count);
@@ -292,18 +212,16 @@ TEST_F(StringEscapes, ContractXMLEscapes) {
 }
 
 TEST_F(StringEscapes, ExpandAndContractAreInverses) {
-    struct Row {
+    const struct {
         const char* text;
         int count;
         const char* expanded;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"a<b> & \"c\" 'd'", 7, "a&lt;b&gt; &amp; &quot;c&quot; &apos;d&apos;"},
         {"&amp;", 1, "&amp;amp;"},
-        {"plain", 0, "plain"},
         {"\xE9\x01", 0, "\xE9\x01"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         String s(row.text);
         EXPECT_EQ(s.ExpandXMLEscapes(), row.count);
@@ -316,36 +234,27 @@ TEST_F(StringEscapes, ExpandAndContractAreInverses) {
     EXPECT_EQ(null.Get(), nullptr);
 }
 
-TEST_F(StringEscapes, Quote) {
-    EXPECT_EQ(TextOf(String("C:\\a b").Quote()), "\"C:\\a b\"");
-    EXPECT_EQ(TextOf(String().Quote()), "\"\"");
-}
-
 using StringDisplay = StringPoolTest;
 
 TEST_F(StringDisplay, GetAbbreviated) {
-    struct Row {
+    const struct {
         const char* text;
         int maxLength;
         const char* expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"C:\\Projects\\Robot\\Parts\\scene.prj", 25, "C:\\Projects\\...\\scene.prj"},
         {"C:\\Projects\\Robot\\Parts\\scene.prj", 31, "C:\\Projects\\Robot\\...\\scene.prj"},
         {"C:\\Projects\\Robot\\Parts\\scene.prj", 24, "C:\\...\\scene.prj"},
-        {"C:\\Projects\\Robot\\Parts\\scene.prj", 33, "C:\\Projects\\Robot\\Parts\\scene.prj"},
         {"C:\\Projects\\Robot\\Parts\\scene.prj", 15, "...ts\\scene.prj"}, // not even C:\ fits
         {"\\\\server\\share\\deep\\folder\\file.mdl", 30, "\\\\server\\share\\...\\file.mdl"},
-        {"/home/user/projects/robot/scene.prj", 26, "/home/user/.../scene.prj"},
         {"C:/mixed\\seps/x/name", 16, "C:/.../name"}, // either separator
         {"averyveryverylongfilename.txt", 12, "...ename.txt"},
         {"C:\\toolongname.prj", 10, "...ame.prj"}, // one folder: nothing to drop
         {"abcdef", 3, "abc"},
         {"abcdef", 0, "<null>"},
-        {"abcdef", -4, "<null>"},
         {"short", 5, "short"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.text) + " at " + std::to_string(row.maxLength));
         const String abbreviated = String(row.text).GetAbbreviated(row.maxLength);
         EXPECT_EQ(TextOf(abbreviated), row.expected);
@@ -357,16 +266,13 @@ TEST_F(StringDisplay, GetAbbreviated) {
 using StringNumberedNames = StringPoolTest;
 
 TEST_F(StringNumberedNames, Suffix) {
-    struct Row {
+    const struct {
         const char* text;
         int suffix;
-        const char* stem;
-        const char* next;
-    };
-    const Row rows[] = {
+        const char *stem, *next;
+    } rows[] = {
         {"Bone12", 12, "Bone", "Bone13"},
         {"Bone", -1, "Bone", "Bone1"},
-        {"Bone0", 0, "Bone", "Bone1"},
         {"Bone007", 7, "Bone", "Bone008"}, // the width is kept
         {"Bone99", 99, "Bone", "Bone100"},
         {"12", 12, "<null>", "13"},
@@ -375,7 +281,7 @@ TEST_F(StringNumberedNames, Suffix) {
         {"x999999999", 999999999, "x", "x1000000000"},
         {"", -1, "<null>", "1"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         const String name(row.text);
         EXPECT_EQ(name.GetNumberSuffix(), row.suffix);
@@ -387,15 +293,13 @@ TEST_F(StringNumberedNames, Suffix) {
 TEST_F(StringNumberedNames, NextFreeName) {
     const std::vector<String> taken = {String("Bone"), String("Bone1"), String("bone2"),
                                        String("Bone4"), String("Arm9")};
-    struct Row {
-        const char* name;
-        const char* expected;
-    };
-    const Row rows[] = {
+    const struct {
+        const char *name, *expected;
+    } rows[] = {
         {"Bone", "Bone3"}, // "Bone1" and "bone2" (case ignored) are taken
         {"Bone3", "Bone5"}, {"Bone12", "Bone13"}, {"Arm8", "Arm10"}, {"Leg", "Leg1"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(TextOf(String(row.name).GetNextFreeName(taken)), row.expected);
     }

@@ -1,5 +1,5 @@
-// HandlerSlotsTest.cpp - the handler slots, the base classes' default behaviour, posting to
-// the log, the scoped installers, and the debug-trace log handler.
+// HandlerSlotsTest.cpp - the handler slots and their scoped installers, the base classes'
+// defaults, posting to the log, the debug-trace log handler and the log file's name.
 
 #include "fileio/handlers/FileHandler.h"
 #include "fileio/handlers/LogHandler.h"
@@ -19,136 +19,97 @@
 namespace {
 
 using fileio::test::RecordingLog;
+namespace platform = fileio::platform;
 
 class SilentStatus : public StatusHandler {
 public:
     void SetStatusText(const String&) override {}
 };
 
-// Every setter stores the new handler and returns the previous one.
-TEST(HandlerSlotsTest, SettersReturnThePreviousHandler) {
+// A setter returns the handler it replaces; scopes nest and put the previous one back.
+template <class Handler> void ExpectSlot(Handler* (*set)(Handler*), Handler& a, Handler& b) {
+    EXPECT_EQ(set(&a), nullptr);
+    EXPECT_EQ(set(&b), &a);
+    EXPECT_EQ(set(nullptr), &b);
+    {
+        ScopedHandler<Handler> outer(set, &a);
+        {
+            ScopedHandler<Handler> inner(set, &b);
+            EXPECT_EQ(set(&b), &b);
+        }
+        EXPECT_EQ(set(&a), &a);
+    }
+    EXPECT_EQ(set(nullptr), nullptr);
+}
+
+TEST(HandlerSlotsTest, SettersReturnThePreviousHandlerAndScopesRestoreIt) {
     FileHandler file1, file2;
-    EXPECT_EQ(GetFileHandler(), nullptr);
-    EXPECT_EQ(SetFileHandler(&file1), nullptr);
-    EXPECT_EQ(GetFileHandler(), &file1);
-    EXPECT_EQ(SetFileHandler(&file2), &file1);
-    EXPECT_EQ(SetFileHandler(nullptr), &file2);
-    EXPECT_EQ(GetFileHandler(), nullptr);
-
+    ExpectSlot(&SetFileHandler, file1, file2);
     MessageHandler message1, message2;
-    EXPECT_EQ(GetMessageHandler(), nullptr);
-    EXPECT_EQ(SetMessageHandler(&message1), nullptr);
-    EXPECT_EQ(SetMessageHandler(&message2), &message1);
-    EXPECT_EQ(GetMessageHandler(), &message2);
-    EXPECT_EQ(SetMessageHandler(nullptr), &message2);
-
+    ExpectSlot(&SetMessageHandler, message1, message2);
     LogHandler log1, log2;
-    EXPECT_EQ(GetLogHandler(), nullptr);
-    EXPECT_EQ(SetLogHandler(&log1), nullptr);
-    EXPECT_EQ(SetLogHandler(&log2), &log1);
-    EXPECT_EQ(GetLogHandler(), &log2);
-    EXPECT_EQ(SetLogHandler(nullptr), &log2);
-
+    ExpectSlot(&SetLogHandler, log1, log2);
     SilentStatus status1, status2;
-    EXPECT_EQ(StatusMessage::SetHandler(&status1), nullptr);
-    EXPECT_EQ(StatusMessage::SetHandler(&status2), &status1);
-    EXPECT_EQ(StatusMessage::SetHandler(nullptr), &status2);
+    ExpectSlot<StatusHandler>(&StatusMessage::SetHandler, status1, status2);
+    ScopedFileHandler a(&file1);
+    ScopedMessageHandler b(&message1);
+    ScopedLogHandler c(&log1);
+    EXPECT_EQ(GetFileHandler(), &file1);
+    EXPECT_EQ(GetMessageHandler(), &message1);
+    EXPECT_EQ(GetLogHandler(), &log1);
 }
 
 TEST(HandlerSlotsTest, BaseClassesHaveTheirDefaults) {
     FileHandler file;
     EXPECT_TRUE(file.IsPrompt());
     EXPECT_TRUE(file.IsContinueLoading());
-    file.MissingFile("a.mdl"); // does nothing
-
-    MessageHandler message;
-    message.MessageRequest("caption", "text"); // does nothing
-    LogHandler log;
-    log.LogMessage("line"); // does nothing
-
     SilentStatus status;
-    status.StepProgress();
-    status.SetProgress(5);
-    status.UninitializeProgressControl();
     EXPECT_TRUE(status.InitializeProgressControl("text", 1, 0, 100));
     EXPECT_FALSE(status.IsProgressControlActive());
     EXPECT_EQ(status.GetCurrentType(), 0);
 }
 
 TEST(HandlerSlotsTest, PostReachesTheInstalledLogHandlerOnly) {
-    EXPECT_FALSE(LogHandler::IsActive());
     LogHandler::Post("dropped: no handler");
+    EXPECT_FALSE(LogHandler::IsActive());
     RecordingLog log;
-    LogHandler* previous = SetLogHandler(&log);
-    EXPECT_TRUE(LogHandler::IsActive());
-    LogHandler::Post("first");
-    LogHandler::Post(String());
-    LogHandler::Post("third line");
-    EXPECT_EQ(log.lines, (std::vector<std::string>{"first", "", "third line"}));
-    EXPECT_EQ(SetLogHandler(nullptr), &log);
+    {
+        ScopedLogHandler installed(&log);
+        EXPECT_TRUE(LogHandler::IsActive());
+        LogHandler::Post("first");
+        LogHandler::Post(String());
+    }
     EXPECT_FALSE(LogHandler::IsActive());
     LogHandler::Post("dropped again");
-    EXPECT_EQ(log.lines.size(), 3u);
-    SetLogHandler(previous);
+    EXPECT_EQ(log.lines, (std::vector<std::string>{"first", ""}));
 }
 
-TEST(HandlerSlotsTest, ScopedInstallersPutThePreviousHandlerBack) {
-    RecordingLog outer, inner;
-    ASSERT_EQ(GetLogHandler(), nullptr);
-    {
-        ScopedLogHandler first(&outer);
-        EXPECT_EQ(GetLogHandler(), &outer);
-        {
-            ScopedLogHandler second(&inner);
-            EXPECT_EQ(GetLogHandler(), &inner);
-            LogHandler::Post("to inner");
-        }
-        EXPECT_EQ(GetLogHandler(), &outer);
-        {
-            ScopedLogHandler none(nullptr);
-            EXPECT_FALSE(LogHandler::IsActive());
-        }
-        LogHandler::Post("to outer");
-    }
-    EXPECT_EQ(GetLogHandler(), nullptr);
-    EXPECT_EQ(inner.lines, std::vector<std::string>{"to inner"});
-    EXPECT_EQ(outer.lines, std::vector<std::string>{"to outer"});
-
-    FileHandler file;
-    MessageHandler message;
-    SilentStatus status;
-    {
-        ScopedFileHandler a(&file);
-        ScopedMessageHandler b(&message);
-        ScopedStatusHandler c(&status);
-        EXPECT_EQ(GetFileHandler(), &file);
-        EXPECT_EQ(GetMessageHandler(), &message);
-        EXPECT_EQ(StatusMessage::SetHandler(&status), &status);
-    }
-    EXPECT_EQ(GetFileHandler(), nullptr);
-    EXPECT_EQ(GetMessageHandler(), nullptr);
-    EXPECT_EQ(StatusMessage::SetHandler(nullptr), nullptr);
-}
-
-// The debug-trace handler writes each line followed by "\n" in a diagnostic build, and
-// nothing in a release build.
+// Each line followed by "\n" in a diagnostic build, nothing in a release build.
 TEST(HandlerSlotsTest, OutputDebugLogHandlerWritesLinesToTheDebugTrace) {
     static std::vector<std::string> traced;
-    traced.clear();
-    fileio::platform::ScopedServices<fileio::platform::SystemServices> saved(
-        fileio::platform::System());
-    fileio::platform::System().debugTrace = [](const char* text) { traced.emplace_back(text); };
-
+    platform::ScopedServices<platform::SystemServices> saved(platform::System());
+    platform::System().debugTrace = [](const char* text) { traced.emplace_back(text); };
     OutputDebugLogHandler trace;
     ScopedLogHandler installed(&trace);
-    LogHandler::Post("Swapping Set");
     LogHandler::Post("100% done");
     LogHandler::Post(String());
 #ifdef NDEBUG
     EXPECT_TRUE(traced.empty());
 #else
-    EXPECT_EQ(traced, (std::vector<std::string>{"Swapping Set\n", "100% done\n", "\n"}));
+    EXPECT_EQ(traced, (std::vector<std::string>{"100% done\n", "\n"}));
 #endif
+}
+
+// The application folder and "tollan.log", computed once per process: no other test of
+// this program asks for the name, so the first call is made here.
+TEST(HandlerSlotsTest, LogFileNameIsFixedAtTheFirstCall) {
+    platform::ScopedServices<platform::SystemServices> saved(platform::System());
+    platform::System().applicationFolder = [] { return std::string("/opt/varn/bin"); };
+    const String first = String::GetLogFileName();
+    EXPECT_EQ(first.View(),
+              "/opt/varn/bin" + std::string(1, platform::NativeSeparator()) + "tollan.log");
+    platform::System().applicationFolder = [] { return std::string("C:\\Other"); };
+    EXPECT_EQ(String::GetLogFileName().View(), first.View());
 }
 
 } // namespace

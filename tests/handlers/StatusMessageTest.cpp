@@ -48,59 +48,33 @@ protected:
     ScopedStatusHandler installed{&status};
 };
 
-// A then B nested: the handler sees A, B, A (when B ends) and the text before A (when A
-// ends). Between the end of B and the end of A the current text is empty.
-TEST_F(StatusMessageTest, NestedMessagesPutTheEarlierTextBack) {
+// Nested messages: each end puts the earlier text back and then empties the current text,
+// so a message made after that saves the empty text; a kept message puts its own text back.
+// Each text is current while the handler receives it.
+TEST_F(StatusMessageTest, EachEndingMessagePutsItsSavedTextBack) {
     {
-        StatusMessage before("Before");
-        status.calls.clear();
+        StatusMessage before(4356u); // the id form: "Loading [ %1 ]"
         {
             StatusMessage a("A");
-            EXPECT_EQ(Current(), "A");
             {
                 StatusMessage b("B");
                 EXPECT_EQ(Current(), "B");
             }
             EXPECT_EQ(Current(), "");
-        }
-        EXPECT_EQ(status.calls,
-                  (std::vector<std::string>{"text:A", "text:B", "text:A", "text:Before"}));
-        EXPECT_EQ(Current(), "");
-    }
-    EXPECT_EQ(status.calls.back(), "text:"); // the text before "Before" was empty
-    EXPECT_EQ(status.seenDuringCall.back(), "");
-    EXPECT_FALSE(StatusMessage::IsDisplaying());
-}
-
-// A kept message puts its own text back when it ends, not the earlier one. Since an
-// ending message empties the current text, a message made after it saves the empty text.
-TEST_F(StatusMessageTest, AKeptMessageShowsItsOwnTextOnceMore) {
-    {
-        StatusMessage before("Before");
-        {
-            StatusMessage a("A");
             {
                 StatusMessage kept("Saved", true);
-                EXPECT_EQ(Current(), "Saved");
+                EXPECT_TRUE(StatusMessage::IsDisplaying());
             }
-            EXPECT_EQ(Current(), "");
-            { StatusMessage b("B"); }
+            { StatusMessage c("C"); }
         }
     }
-    EXPECT_EQ(status.calls,
-              (std::vector<std::string>{"text:Before", "text:A", "text:Saved", "text:Saved",
-                                        "text:B", "text:", "text:Before", "text:"}));
-    // Each text was current while the handler received it.
+    EXPECT_FALSE(StatusMessage::IsDisplaying());
+    EXPECT_EQ(status.calls, (std::vector<std::string>{
+                                "text:Loading [ %1 ]", "text:A", "text:B", "text:A", "text:Saved",
+                                "text:Saved", "text:C", "text:", "text:Loading [ %1 ]", "text:"}));
     EXPECT_EQ(status.seenDuringCall,
-              (std::vector<std::string>{"Before", "A", "Saved", "Saved", "B", "", "Before", ""}));
-}
-
-TEST_F(StatusMessageTest, TheIdFormTakesTheResourceText) {
-    {
-        StatusMessage loading(4356u);
-        EXPECT_EQ(Current(), "Loading [ %1 ]");
-    }
-    EXPECT_EQ(status.calls.front(), "text:Loading [ %1 ]");
+              (std::vector<std::string>{"Loading [ %1 ]", "A", "B", "A", "Saved", "Saved", "C", "",
+                                        "Loading [ %1 ]", ""}));
 }
 
 // Hidden texts still follow the messages; Display shows the current text again.
@@ -109,10 +83,7 @@ TEST_F(StatusMessageTest, InvisibleMessagesStillFollowTheCurrentText) {
     {
         StatusMessage a("A");
         StatusMessage::Display();
-        {
-            StatusMessage b("B");
-            EXPECT_EQ(Current(), "B");
-        }
+        EXPECT_EQ(Current(), "A");
     }
     EXPECT_TRUE(status.calls.empty());
     StatusMessage::SetVisible(true);
@@ -121,12 +92,11 @@ TEST_F(StatusMessageTest, InvisibleMessagesStillFollowTheCurrentText) {
     EXPECT_EQ(status.calls, (std::vector<std::string>{"text:Shown", "text:Shown"}));
 }
 
+// Messages and display requests count together; a request less at 0 stays at 0.
 TEST_F(StatusMessageTest, CountsMessagesAndDisplayRequests) {
-    EXPECT_FALSE(StatusMessage::IsDisplaying());
-    StatusMessage::SetDisplaying(false); // at 0 it stays 0
+    StatusMessage::SetDisplaying(false);
     EXPECT_FALSE(StatusMessage::IsDisplaying());
     StatusMessage::SetDisplaying(true);
-    EXPECT_TRUE(StatusMessage::IsDisplaying());
     {
         StatusMessage a("A");
         StatusMessage::SetDisplaying(false);
@@ -151,28 +121,25 @@ TEST_F(StatusMessageTest, ProgressCallsAreForwarded) {
     StatusMessage::UninitializeProgressControl();
     status.initAnswer = false;
     EXPECT_FALSE(StatusMessage::InitializeProgressControl("again", 0, 1, 2));
-    EXPECT_EQ(status.calls, (std::vector<std::string>{"init:Loading [ a.mdl ]/2/0/100", "set:40",
-                                                      "step", "uninit", "init:again/0/1/2"}));
     StatusMessage::Display();
-    EXPECT_EQ(status.calls.back(), "text:again");
+    EXPECT_EQ(status.calls,
+              (std::vector<std::string>{"init:Loading [ a.mdl ]/2/0/100", "set:40", "step",
+                                        "uninit", "init:again/0/1/2", "text:again"}));
+    { StatusMessage reset(""); } // leaves the current text empty again
 }
 
 TEST(StatusMessageWithoutHandlerTest, ForwardsDoNothing) {
     ASSERT_EQ(StatusMessage::SetHandler(nullptr), nullptr);
-    const std::string before = Current();
     EXPECT_FALSE(StatusMessage::InitializeProgressControl("text", 1, 0, 100));
-    EXPECT_EQ(Current(), before); // untouched without a handler
+    EXPECT_EQ(Current(), ""); // untouched without a handler
     StatusMessage::SetProgress(1);
     StatusMessage::StepProgress();
     StatusMessage::UninitializeProgressControl();
     StatusMessage::Display();
     EXPECT_FALSE(StatusMessage::IsProgressControlActive());
     EXPECT_EQ(StatusMessage::GetCurrentType(), 0);
-    {
-        StatusMessage a("A");
-        EXPECT_EQ(Current(), "A");
-    }
-    EXPECT_EQ(Current(), "");
+    StatusMessage a("A");
+    EXPECT_EQ(Current(), "A");
 }
 
 } // namespace

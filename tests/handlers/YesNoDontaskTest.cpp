@@ -33,15 +33,22 @@ protected:
     ScopedHandler<ApplicationProfile> installed{&SetApplicationProfile, &profile};
 };
 
+// While key + "Ask" reads as on (its default text is "ON") the provider is asked, with the
+// caption, the text and the OK-only switch; an unticked box stores nothing.
 TEST_F(YesNoDontaskTest, AsksWhileTheAskSwitchIsOnAndStoresNothingUnticked) {
     ScriptedDialogProvider dialogs;
     dialogs.answerYes = true;
     EXPECT_EQ(Ask(YesNoDontask::AnswerGiven), YesNoDontask::Yes);
     dialogs.answerYes = false;
-    EXPECT_EQ(Ask(YesNoDontask::AnswerGiven), YesNoDontask::No);
-    EXPECT_EQ(dialogs.Of("dontask").size(), 2u);
+    EXPECT_EQ(Ask(YesNoDontask::Yes, true), YesNoDontask::No);
     EXPECT_TRUE(profile.values.empty());
-    // It read key + "Ask" from the section, with "ON" as the default text.
+    ASSERT_EQ(dialogs.Kinds(), (std::vector<std::string>{"dontask", "dontask"}));
+    for (const auto& call : dialogs.calls) {
+        EXPECT_EQ(call.caption, "Caption");
+        EXPECT_EQ(call.text, "Replace the file?");
+    }
+    EXPECT_FALSE(dialogs.calls[0].okOnly);
+    EXPECT_TRUE(dialogs.calls[1].okOnly);
     ASSERT_FALSE(profile.calls.empty());
     EXPECT_EQ(profile.calls[0].section, "Questions");
     EXPECT_EQ(profile.calls[0].entry, "ReplaceAsk");
@@ -50,20 +57,19 @@ TEST_F(YesNoDontaskTest, AsksWhileTheAskSwitchIsOnAndStoresNothingUnticked) {
 
 // What a ticked box stores as the answer to replay, for each remember value and answer.
 TEST_F(YesNoDontaskTest, ATickedBoxStoresTheAnswerToReplay) {
-    struct Row {
-        YesNoDontask::Answer remember;
+    using A = YesNoDontask;
+    const struct Row {
+        A::Answer remember;
         bool pressedYes;
-        YesNoDontask::Answer given;
         const char* stored;
-    };
-    const Row rows[] = {
-        {YesNoDontask::AnswerGiven, true, YesNoDontask::Yes, "ON"},
-        {YesNoDontask::AnswerGiven, false, YesNoDontask::No, "OFF"},
-        {YesNoDontask::Yes, false, YesNoDontask::No, "ON"},
-        {YesNoDontask::Yes, true, YesNoDontask::Yes, "ON"},
-        {YesNoDontask::No, true, YesNoDontask::Yes, "OFF"},
-        {YesNoDontask::No, false, YesNoDontask::No, "OFF"},
-        {static_cast<YesNoDontask::Answer>(7), true, YesNoDontask::Yes, "OFF"},
+    } rows[] = {
+        {A::AnswerGiven, true, "ON"},
+        {A::AnswerGiven, false, "OFF"},
+        {A::Yes, false, "ON"},
+        {A::Yes, true, "ON"},
+        {A::No, true, "OFF"},
+        {A::No, false, "OFF"},
+        {static_cast<A::Answer>(7), true, "OFF"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(static_cast<int>(row.remember) * 10 + (row.pressedYes ? 1 : 0));
@@ -71,51 +77,38 @@ TEST_F(YesNoDontaskTest, ATickedBoxStoresTheAnswerToReplay) {
         ScriptedDialogProvider dialogs;
         dialogs.answerYes = row.pressedYes;
         dialogs.tickDontAsk = true;
-        EXPECT_EQ(Ask(row.remember), row.given);
+        EXPECT_EQ(Ask(row.remember), row.pressedYes ? A::Yes : A::No);
         EXPECT_EQ(Stored("ReplaceAsk"), "OFF");
         EXPECT_EQ(Stored("ReplaceAnswer"), row.stored);
         // Later calls replay the stored answer without a dialog.
-        const YesNoDontask::Answer replayed =
-            std::string(row.stored) == "ON" ? YesNoDontask::Yes : YesNoDontask::No;
-        EXPECT_EQ(Ask(YesNoDontask::AnswerGiven), replayed);
-        EXPECT_EQ(Ask(YesNoDontask::No, true), replayed);
+        const A::Answer replayed = std::string(row.stored) == "ON" ? A::Yes : A::No;
+        EXPECT_EQ(Ask(A::AnswerGiven), replayed);
+        EXPECT_EQ(Ask(A::No, true), replayed);
         EXPECT_EQ(dialogs.Of("dontask").size(), 1u);
     }
 }
 
+// An Ask switch that does not read as on ("1" is not "ON") means: replay the stored answer,
+// which is Yes only when it reads as on, and when it is missing.
 TEST_F(YesNoDontaskTest, ReplaysStoredSettingsAsTheyRead) {
     ScriptedDialogProvider dialogs;
-    const std::pair<const char*, YesNoDontask::Answer> rows[] = {
-        {"ON", YesNoDontask::Yes}, {"true", YesNoDontask::Yes}, {"OFF", YesNoDontask::No},
-        {"1", YesNoDontask::No},   {"", YesNoDontask::No},
-    };
-    profile.values[{"Questions", "ReplaceAsk"}] = "off";
-    for (const auto& [stored, answer] : rows) {
-        SCOPED_TRACE(stored);
-        profile.values[{"Questions", "ReplaceAnswer"}] = stored;
-        EXPECT_EQ(Ask(YesNoDontask::No), answer);
-    }
-    // With the answer missing, its default (true) is replayed.
-    profile.values.erase({"Questions", "ReplaceAnswer"});
-    EXPECT_EQ(Ask(YesNoDontask::No), YesNoDontask::Yes);
-    // An Ask switch that does not read as true ("1" is not "ON") also means: do not ask.
     profile.values[{"Questions", "ReplaceAsk"}] = "1";
     EXPECT_EQ(Ask(YesNoDontask::No), YesNoDontask::Yes);
-    EXPECT_TRUE(dialogs.Of("dontask").empty());
+    profile.values[{"Questions", "ReplaceAnswer"}] = "1";
+    EXPECT_EQ(Ask(YesNoDontask::Yes), YesNoDontask::No);
+    EXPECT_TRUE(dialogs.calls.empty());
 }
 
-TEST_F(YesNoDontaskTest, TheProviderGetsCaptionTextAndTheOkOnlySwitch) {
-    ScriptedDialogProvider dialogs;
-    Ask(YesNoDontask::AnswerGiven);
-    Ask(YesNoDontask::AnswerGiven, true);
-    EXPECT_EQ(dialogs.Kinds(), (std::vector<std::string>{"dontask", "dontask"}));
-    const auto asked = dialogs.Of("dontask");
-    for (const auto& call : asked) {
-        EXPECT_EQ(call.caption, "Caption");
-        EXPECT_EQ(call.text, "Replace the file?");
-    }
-    EXPECT_FALSE(asked[0].okOnly);
-    EXPECT_TRUE(asked[1].okOnly);
+// A provider that leaves the check box alone has not been told "don't ask again".
+TEST_F(YesNoDontaskTest, AnUntouchedCheckBoxIsNotTicked) {
+    class AnswersYes : public DialogProvider {
+    public:
+        bool AskYesNoDontask(const String&, const String&, bool, bool&) override { return true; }
+    };
+    AnswersYes host;
+    ScopedDialogProvider installed(&host);
+    EXPECT_EQ(Ask(YesNoDontask::No), YesNoDontask::Yes);
+    EXPECT_TRUE(profile.values.empty());
 }
 
 // The platform's own provider labels the buttons and the check box from the resources.
@@ -130,8 +123,6 @@ TEST_F(YesNoDontaskTest, ThePlatformsDialogShowsItsTexts) {
     EXPECT_EQ(Stored("ReplaceAnswer"), "OFF"); // the platform's tick was stored
     const auto shown = platform.Of("platform-dontask");
     ASSERT_EQ(shown.size(), 2u);
-    EXPECT_EQ(shown[0].caption, "Caption");
-    EXPECT_EQ(shown[0].text, "Replace the file?");
     EXPECT_EQ(shown[0].affirmative, "Yes");
     EXPECT_EQ(shown[0].negative, "No");
     EXPECT_EQ(shown[0].checkBox, "Don't ask me again");
@@ -140,16 +131,6 @@ TEST_F(YesNoDontaskTest, ThePlatformsDialogShowsItsTexts) {
     EXPECT_EQ(shown[1].affirmative, "<null>");
     EXPECT_EQ(shown[1].negative, "OK");
     EXPECT_EQ(shown[1].checkBox, "Don't show this again");
-}
-
-TEST(YesNoDontaskWithoutProfileTest, AsksEveryTime) {
-    ScopedHandler<ApplicationProfile> none(&SetApplicationProfile, nullptr);
-    ScriptedDialogProvider dialogs;
-    dialogs.answerYes = true;
-    dialogs.tickDontAsk = true; // cannot be stored without a profile
-    EXPECT_EQ(YesNoDontask::Ask("C", "T", "S", "K", YesNoDontask::No, false), YesNoDontask::Yes);
-    EXPECT_EQ(YesNoDontask::Ask("C", "T", "S", "K", YesNoDontask::No, false), YesNoDontask::Yes);
-    EXPECT_EQ(dialogs.Of("dontask").size(), 2u);
 }
 
 } // namespace

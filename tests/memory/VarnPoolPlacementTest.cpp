@@ -98,12 +98,6 @@ public:
         Record(*b, start, length);
     }
 
-    void Clear() {
-        m_blocks.clear();
-        m_total = 0;
-        m_headerArrays = 0;
-    }
-
     unsigned long long Total() const { return m_total; }
     // The bytes the pool must account in TotalRAM.
     unsigned long long Ram() const {
@@ -247,7 +241,7 @@ TEST(VarnPoolPlacement, LongRandomSequencesMatchThePlacementRules) {
         }
         // FreePool in the middle of use, then the same again from a clean start.
         pool.FreePool();
-        model.Clear();
+        model = PlacementModel();
         live.clear();
         blockStarts.clear();
         EXPECT_EQ(TotalRAM(), ramBase);
