@@ -16,26 +16,16 @@ using fileio::detail::VocabularyRow;
 using fileio::detail::WordMap;
 
 TEST(VocabularyWordMap, BucketKeyIsTimes33PlusTheSignedByte) {
-    const struct {
-        const char* word;
-        std::uint32_t key;
-    } cases[] = {
+    const std::pair<const char*, std::uint32_t> cases[] = {
         {"", 0u},
-        {"A", 65u},
-        {"AB", 65u * 33u + 66u}, // 2211
-        {"ABC", (65u * 33u + 66u) * 33u + 67u},
+        {"AB", 65u * 33u + 66u},     // 2211
         {"\xFF", 0xFFFFFFFFu},       // byte 255 counts as -1
         {"A\x80", 65u * 33u - 128u}, // byte 128 counts as -128
-        {"\x80"
-         "A",
-         0u - 128u * 33u + 65u},
         // Seven bytes of 'z' (122) overflow 32 bits: 122 * (33^7 - 1) / 32 mod 2^32.
         {"zzzzzzz", static_cast<std::uint32_t>(122ull * (42618442977ull - 1ull) / 32ull)},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.word);
-        EXPECT_EQ(WordMap::BucketKey(c.word), c.key);
-    }
+    for (const auto& [word, key] : cases)
+        EXPECT_EQ(WordMap::BucketKey(word), key) << word;
 }
 
 TEST(VocabularyWordMap, BucketKeyOfEveryLengthMatchesTheOneByteAtATimeRule) {
