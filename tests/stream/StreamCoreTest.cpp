@@ -192,16 +192,13 @@ TEST(StreamCore, LinesKeepTheirLineEndAndBinaryLinesAreTokenWords) {
         ASSERT_TRUE(stream.ReadLine(text));
         EXPECT_EQ(text.View(), "a\r\n");
     });
-    OnBothTransports(
-        "0123456789",
-        [](VarnStream& stream) {
-            MemoryStream line;
-            std::vector<std::string> lines;
-            while (stream.ReadLine(line))
-                lines.push_back(Bytes(line));
-            EXPECT_EQ(lines, (std::vector<std::string>{"0123", "4567", "89"}));
-        },
-        FM_BINARY);
+    OnBothTransports("0123456789", FM_BINARY, 13.0f, [](VarnStream& stream) {
+        MemoryStream line;
+        std::vector<std::string> lines;
+        while (stream.ReadLine(line))
+            lines.push_back(Bytes(line));
+        EXPECT_EQ(lines, (std::vector<std::string>{"0123", "4567", "89"}));
+    });
     // Written lines are counted in binary whatever the count switch says.
     MemoryStream text, binary;
     Store(text, false);
@@ -228,14 +225,11 @@ TEST(StreamCore, BinaryParseStringHasAOneByteCount) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(Hex(row.data));
-        OnBothTransports(
-            row.data,
-            [&](VarnStream& stream) {
-                String value("stale");
-                stream.ParseString(value);
-                EXPECT_EQ(value.View(), row.value);
-                EXPECT_EQ(stream.IsFailed(), row.failed);
-            },
-            FM_BINARY);
+        OnBothTransports(row.data, FM_BINARY, 13.0f, [&](VarnStream& stream) {
+            String value("stale");
+            stream.ParseString(value);
+            EXPECT_EQ(value.View(), row.value);
+            EXPECT_EQ(stream.IsFailed(), row.failed);
+        });
     }
 }

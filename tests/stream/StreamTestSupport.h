@@ -71,14 +71,16 @@ inline const char* TransportName(bool byteWise) {
 
 /// Runs `check` on a memory stream and on a byte-wise stream, each loaded with `bytes`.
 template <class Check>
-void OnBothTransports(std::string_view bytes, Check check, FileMode mode = FM_LOADING,
-                      float version = 13.0f) {
+void OnBothTransports(std::string_view bytes, FileMode mode, float version, Check check) {
     for (bool byteWise : {false, true}) {
         SCOPED_TRACE(TransportName(byteWise));
         auto stream = Transport(byteWise);
         Load(*stream, bytes, mode, version);
         check(*stream);
     }
+}
+template <class Check> void OnBothTransports(std::string_view bytes, Check check) {
+    OnBothTransports(bytes, FM_LOADING, 13.0f, check);
 }
 
 } // namespace streamtest
