@@ -74,18 +74,14 @@ TEST(VocabularyWordMap, EveryTableWordIsFoundWhateverTheBucketCount) {
 
 TEST(VocabularyWordMap, IdIndexCoversOnlyItsRange) {
     const VocabularyRow rows[] = {{0, "ZERO"}, {9, "NINE"}, {10, "TEN"}, {-1, "NONE"}};
-    WordMap map(rows, 5, 10);
+    const WordMap map(rows, 5, 10);
     EXPECT_EQ(map.WordOf(0), "ZERO");
     EXPECT_EQ(map.WordOf(9), "NINE");
-    EXPECT_EQ(map.WordOf(10), std::nullopt);
-    EXPECT_EQ(map.WordOf(-1), std::nullopt);
-    EXPECT_EQ(map.WordOf(5), std::nullopt);
+    for (int id : {10, -1, 5})
+        EXPECT_EQ(map.WordOf(id), std::nullopt) << id;
     EXPECT_EQ(map.IdOf("TEN"), 10);
     EXPECT_EQ(map.IdOf("NONE"), -1);
-
-    const WordMap unindexed(rows, 5, 0);
-    EXPECT_EQ(unindexed.WordOf(0), std::nullopt);
-    EXPECT_EQ(unindexed.IdOf("NINE"), 9);
+    EXPECT_EQ(WordMap(rows, 5, 0).WordOf(0), std::nullopt);
 }
 
 TEST(VocabularyWordMap, SetAtCopiesTheWord) {
