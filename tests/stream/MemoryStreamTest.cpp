@@ -101,8 +101,10 @@ TEST(MemoryStream, SeeksUncheckedAndReadsPastTheEndWithoutFailing) {
     }
     char buffer[8] = "-------";
     stream.Seek(1, SM_BEGIN);
+    EXPECT_FALSE(stream.Eof());
     stream.Read(buffer, 5);
     EXPECT_EQ(std::string(buffer), "bc-----");
+    EXPECT_TRUE(stream.Eof()); // at the end exactly
     EXPECT_EQ(stream.ReadC(buffer, 4), 0u);
     stream.Seek(50, SM_BEGIN);
     EXPECT_EQ(stream.GetPos(), 50u);

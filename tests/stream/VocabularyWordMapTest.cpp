@@ -84,6 +84,20 @@ TEST(VocabularyWordMap, IdIndexCoversOnlyItsRange) {
     EXPECT_EQ(WordMap(rows, 5, 0).WordOf(0), std::nullopt);
 }
 
+TEST(VocabularyWordMap, MovingAWordMovesTheIndexOnlyWhenItNamedThatWord) {
+    const VocabularyRow rows[] = {{5, "A"}, {5, "B"}, {-7, "OUT"}};
+    WordMap map(rows, 3, 10);
+    map.SetAt("C", 5);
+    EXPECT_EQ(map.WordOf(5), "C"); // the newest word of an id names it
+    map.SetAt("A", 6);             // the index of 5 named C, not A: it stays
+    EXPECT_EQ(map.WordOf(5), "C");
+    map.SetAt("C", 7); // now it named C: it moves to B, the word left with 5
+    EXPECT_EQ(map.WordOf(5), "B");
+    map.SetAt("OUT", 8); // an old id outside the index
+    EXPECT_EQ(map.WordOf(8), "OUT");
+    EXPECT_EQ(map.IdOf("OUT"), 8);
+}
+
 TEST(VocabularyWordMap, SetAtCopiesTheWord) {
     WordMap map({}, 3, 4);
     std::string word = "TEMPORARY";
