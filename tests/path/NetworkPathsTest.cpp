@@ -33,6 +33,7 @@ std::vector<ScriptedDrive> PosixDrives() {
         {"/mnt/art/inner", kRemoteDrive, "//other/IN"},
         {"/mnt/odd", kRemoteDrive, "//srv/a\\b"},
         {"/media/usb", 3, ""},
+        {"/mnt/trail/", kRemoteDrive, "//srv/T"}, // written with a trailing separator
     };
 }
 
@@ -171,6 +172,7 @@ TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
                    {"/mnt/artist/x", "/mnt/artist/x"},
                    {"/media/usb/x", "/media/usb/x"}, // not a network mount
                    {"/mnt/odd/x", "/mnt/odd/x"},     // a result with "\" is refused
+                   {"/mnt/trail/x", "//srv/T/x"},
                    {"D:/x", "D:/x"},
                });
     std::string root;
@@ -183,6 +185,9 @@ TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
     SetBasePath(String("/home/ann/Projects/Robot/robot.prj"));
     EXPECT_EQ(detail::GetRelativePath("/mnt/art/sky.tga", kPosix), "//fileserver/ART/sky.tga");
     EXPECT_EQ(detail::GetNonRelativePath("/mnt/art/sky.tga", kPosix), "//fileserver/ART/sky.tga");
+    // A network file system mounted as the root.
+    ScriptedNetwork rootMount({{"/", kRemoteDrive, "//nas/root"}});
+    EXPECT_EQ(detail::GetUNCFileName("/etc/x", kPosix), "//nas/root/etc/x");
 }
 
 TEST(NetworkPaths, MountTablesAreReadLineByLine) {

@@ -111,6 +111,7 @@ TEST(PathText, WithinFolderNeedsAWholeComponent) {
         {"C:\\Data\\x.mdl", "C:\\Data", "WP"},
         {"C:\\Data", "C:\\Data\\", "WP"},
         {"C:\\DataSet\\x.mdl", "C:\\Data", ""},
+        {"a\\b", "a", "WP"},
         {"c:\\data\\x.mdl", "C:\\Data", "W"},
         {"/mnt/xy/file", "/mnt/x", ""},
         {"/anything", "/", "WP"},

@@ -82,6 +82,7 @@ TEST(UniversalPath, DepthSharedDepthAndShorteningCountWholeComponents) {
         {"C:/Projects/Robot/", "C:/Projects/Robot", 3},
         {"C:/Projects/Robot/", "D:/sky.tga", 0},
         {"C:/a", "Cx/a", 0},
+        {"a/x", "a/y", 1},
         {"/home/ann/", "/home/bob/", 1},
         {"", "C:/x", -1},
         {"C:/x", "", -1},

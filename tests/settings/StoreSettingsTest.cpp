@@ -174,7 +174,13 @@ TEST_F(StoreSettingsTest, TheReadyProfileRoundTripsBinaryData) {
     delete[] data;
 
     // Absent or damaged data read as nothing.
-    const std::pair<const char*, const char*> bad[] = {{"Odd", "ABC"}, {"NotHex", "0G"}};
+    // Lower-case digits, as a hand-edited file may hold, read too.
+    profile.WriteProfileString("Bin", "Lower", "ff0a");
+    ASSERT_NE(profile.GetProfileBinary("Bin", "Lower", &data, &size), 0);
+    EXPECT_EQ(std::vector<unsigned char>(data, data + size), (std::vector<unsigned char>{255, 10}));
+    delete[] data;
+    const std::pair<const char*, const char*> bad[] = {
+        {"Odd", "ABC"}, {"NotHex", "0G"}, {"BelowLower", "0["}};
     for (const auto& [entry, text] : bad) {
         SCOPED_TRACE(entry);
         profile.WriteProfileString("Bin", entry, text);
@@ -184,6 +190,13 @@ TEST_F(StoreSettingsTest, TheReadyProfileRoundTripsBinaryData) {
         EXPECT_EQ(size, 0u);
     }
     EXPECT_EQ(profile.GetProfileBinary("Bin", "Missing", &data, &size), 0);
+    // A write the store refuses returns 0.
+    fileio::platform::ScopedServices<fileio::platform::SettingsHiveServices> hive(
+        fileio::platform::Hive());
+    fileio::platform::Hive().writeString = [](const char*, const char*, const char*) {
+        return false;
+    };
+    EXPECT_EQ(profile.WriteProfileBinary("Bin", "Refused", bytes.data(), 1), 0);
 }
 
 TEST_F(StoreSettingsTest, ResetRegistryRemovesBelowTheCompanyKey) {
