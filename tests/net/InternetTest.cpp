@@ -50,14 +50,12 @@ TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
         {"https://example.com/a?b=1&c=2#top", "https://example.com/a?b=1&c=2#top"},
         {"HTTP://Example.com/", "HTTP://Example.com/"},
         {"www.example.com/a b", "http://www.example.com/a%20b"},
-        {"localhost:8080/x", "http://localhost:8080/x"},
         {"example.com/100%25 sure", "http://example.com/100%25%20sure"}, // escapes kept
         {"http://x/\xC3\xBC\xE2\x82\xAC", "http://x/%C3%BC%E2%82%AC"},
         {"http://x/<a>\"{|}\\^`", "http://x/%3Ca%3E%22%7B%7C%7D%5C%5E%60"},
         {"http://x/\t\r\n\x7F", "http://x/%09%0D%0A%7F"},
         {"file:///etc/passwd", ""},
         {"javascript:alert(1)", ""},
-        {"mailto:ann@example.com", ""},
         {"", ""},
     };
     for (const UrlCase& c : cases)
@@ -183,13 +181,19 @@ TEST(InternetTest, AFileOutsideAWorkingCopyAsksNoClient) {
 /// Serves one connection on 127.0.0.1 with a scripted response, then closes.
 class OneShotServer {
 public:
-    explicit OneShotServer(std::string response) : m_response(std::move(response)) {
+    explicit OneShotServer(std::string response) {
         using namespace fileio::platform;
-        std::string why;
+        std::string why, address;
         m_listener = Sockets().listen("127.0.0.1", 0, 4, why);
-        std::string address;
         Sockets().localAddress(m_listener, address, m_port);
-        m_thread = std::thread([this] { Serve(); });
+        m_thread = std::thread([this, response = std::move(response)] {
+            fileio::test::RawPeer client;
+            if (!client.Accept(m_listener))
+                return;
+            m_request = client.ReceiveUntil("\r\n\r\n");
+            client.Send(response); // fails when the client stopped reading: it has enough
+            client.Finish();
+        });
     }
     ~OneShotServer() {
         m_thread.join();
@@ -205,39 +209,6 @@ public:
     [[nodiscard]] const std::string& Request() const { return m_request; }
 
 private:
-    void Serve() {
-        using namespace fileio::platform;
-        SocketHandle connection = kNoSocket;
-        for (int round = 0; round < 100 && connection == kNoSocket; ++round) {
-            if (Sockets().wait(m_listener, kSocketReadable, kPatientMs) <= 0)
-                return;
-            Sockets().accept(m_listener, connection);
-        }
-        char buffer[4096];
-        for (int round = 0; round < 1000 && m_request.find("\r\n\r\n") == std::string::npos;
-             ++round) {
-            if (Sockets().wait(connection, kSocketReadable, kPatientMs) <= 0)
-                break;
-            const SocketIo io = Sockets().receive(connection, buffer, sizeof buffer);
-            if (io.status != SocketStatus::Done)
-                break;
-            m_request.append(buffer, io.bytes);
-        }
-        std::size_t sent = 0;
-        for (int round = 0; round < 100000 && sent < m_response.size(); ++round) {
-            const SendBuffer part{m_response.data() + sent, m_response.size() - sent};
-            const SocketIo io = Sockets().send(connection, &part, 1);
-            if (io.status == SocketStatus::Done)
-                sent += io.bytes;
-            else if (io.status != SocketStatus::WouldBlock ||
-                     Sockets().wait(connection, kSocketWritable, kPatientMs) <= 0)
-                break; // the client stopped reading: it has what it wanted
-        }
-        Sockets().shutdownSend(connection);
-        Sockets().close(connection);
-    }
-
-    std::string m_response;
     fileio::platform::SocketHandle m_listener = fileio::platform::kNoSocket;
     unsigned short m_port = 0;
     std::string m_request;
@@ -303,16 +274,10 @@ TEST_F(DownloadTest, ACompleteDownloadReplacesTheFileAndShowsItsProgress) {
     EXPECT_TRUE(std::is_sorted(status.positions.begin(), status.positions.end()));
     ASSERT_FALSE(status.texts.empty());
     EXPECT_EQ(status.texts.front(), "Downloading " + server.Url());
-    // A download to a new name creates it.
-    OneShotServer again(Response("fresh"));
+    // A download to a new name creates it; an empty body gives an empty file.
+    OneShotServer again(Response(""));
     ASSERT_TRUE(DownloadFile(again.Url().c_str(), folder.Join("new.bin").c_str()));
-    EXPECT_EQ(folder.ReadFile("new.bin"), "fresh");
-}
-
-TEST_F(DownloadTest, AnEmptyBodyGivesAnEmptyFile) {
-    OneShotServer server(Response(""));
-    ASSERT_TRUE(DownloadFile(server.Url().c_str(), target.c_str()));
-    EXPECT_EQ(folder.ReadFile("models/robot.mdl"), "");
+    EXPECT_EQ(folder.ReadFile("new.bin"), "");
 }
 
 struct FailedDownloadCase {

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <future>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace fileio::test {
@@ -102,21 +103,35 @@ public:
         return sent == bytes.size();
     }
 
-    /// Receives until `count` bytes came or the connection ended; returns what came.
-    std::string Receive(std::size_t count) {
+    /// Accepts the next connection on `listener`; false when none came in time.
+    bool Accept(fileio::platform::SocketHandle listener) {
+        using namespace fileio::platform;
+        for (int round = 0; round < kMaxRounds && m_socket == kNoSocket; ++round)
+            if (Sockets().wait(listener, kSocketReadable, kPatientMs) <= 0)
+                return false;
+            else
+                Sockets().accept(listener, m_socket);
+        return m_socket != kNoSocket;
+    }
+
+    /// Receives until the bytes received end with `end` or the connection ends.
+    std::string ReceiveUntil(std::string_view end) {
         using namespace fileio::platform;
         std::string got;
         char buffer[4096];
-        for (int round = 0; round < kMaxRounds && got.size() < count; ++round) {
-            const std::size_t want = std::min(sizeof buffer, count - got.size());
-            const SocketIo io = Sockets().receive(m_socket, buffer, want);
-            if (io.status == SocketStatus::Done)
-                got.append(buffer, io.bytes);
-            else if (io.status != SocketStatus::WouldBlock ||
-                     Sockets().wait(m_socket, kSocketReadable, kPatientMs) <= 0)
+        while (!got.ends_with(end) && Sockets().wait(m_socket, kSocketReadable, kPatientMs) > 0) {
+            const SocketIo io = Sockets().receive(m_socket, buffer, sizeof buffer);
+            if (io.status != SocketStatus::Done || io.bytes == 0)
                 break;
+            got.append(buffer, io.bytes);
         }
         return got;
+    }
+
+    /// Ends the sending side, then closes.
+    void Finish() {
+        fileio::platform::Sockets().shutdownSend(m_socket);
+        Close();
     }
 
     void Close() {

@@ -122,29 +122,6 @@ TEST(VarnSocketTest, RepliesCarryTheNumberOfTheirRequest) {
     EXPECT_EQ(BytesOf(message), "answer");
 }
 
-TEST(VarnSocketTest, AStreamWrittenWithValuesReadsBackInBothForms) {
-    SocketPair pair;
-    ASSERT_TRUE(pair.Open());
-    for (const FileMode form : {FM_STORING, FM_BINARY}) {
-        MemoryStream out;
-        out.Open(form);
-        out << 42 << sp << String("robot_arm") << sp << 2.5 << nl;
-        ASSERT_EQ(pair.client.Send(out, kPatientMs), SR_OK);
-        MemoryStream in;
-        in.Open(FM_STORING); // a storing text stream: the message brings its own form
-        ASSERT_EQ(pair.server.Receive(in, kPatientMs), SR_OK);
-        int number = 0;
-        String text;
-        double value = 0;
-        in >> number >> text >> value;
-        EXPECT_EQ(number, 42);
-        EXPECT_STREQ(text.Get(), "robot_arm");
-        EXPECT_EQ(value, 2.5);
-        EXPECT_TRUE(in.IsLoading());
-        EXPECT_EQ(in.IsBinary(), form == FM_BINARY);
-    }
-}
-
 TEST(VarnSocketTest, APeerSendingOneByteAtATimeIsReadWhole) {
     RawPair raw;
     const std::string payload = Pattern(300);

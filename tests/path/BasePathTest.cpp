@@ -1,226 +1,187 @@
-// BasePathTest.cpp - the base path, and relative and absolute forms against it: the
-// example project under Windows and POSIX rules with scripted folders, and round trips on
-// the real file system.
+// BasePathTest.cpp - the base path, and relative and absolute forms against it: an example
+// project under Windows and POSIX rules with scripted folders, and round trips on the real
+// file system.
 
 #include "fileio/path/BasePath.h"
 #include "fileio/path/FileSystem.h"
 
 #include "PathTestSupport.h"
-#include "path/PathForms.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using fileio::detail::PathStyle;
-using pathtest::ScriptedFolders;
+using namespace pathtest;
 namespace detail = fileio::detail;
 namespace fs = std::filesystem;
 
-constexpr PathStyle kWindows = PathStyle::Windows;
-constexpr PathStyle kPosix = PathStyle::Posix;
-
-/// The example project: base C:/Projects/Robot/ with its folders, the current directory
-/// somewhere else, and no network drives.
-class WindowsProject : public ::testing::Test {
-protected:
-    WindowsProject()
-        : m_folders(
-              kWindows,
-              {"C:\\Projects", "C:\\Projects\\Robot", "C:\\Projects\\Shared", "C:\\Elsewhere"},
-              "C:\\Elsewhere") {
-        SetBasePath(String("C:\\Projects\\Robot\\robot.prj"));
+/// The example project of a style: base folder C:\Projects\Robot\ or
+/// /home/ann/Projects/Robot/ with its folders, the current directory elsewhere, and no
+/// network drives.
+class Project {
+public:
+    explicit Project(PathStyle style)
+        : m_style(style),
+          m_folders(style,
+                    style == kWindows
+                        ? std::set<std::string>{"C:\\Projects", "C:\\Projects\\Robot",
+                                                "C:\\Projects\\Shared", "C:\\Elsewhere"}
+                        : std::set<std::string>{"/home/ann/Projects/Robot", "/tmp"},
+                    style == kWindows ? "C:\\Elsewhere" : "/tmp") {
+        SetBasePath(String(style == kWindows ? "C:\\Projects\\Robot\\robot.prj"
+                                             : "/home/ann/Projects/Robot/robot.prj"));
     }
-
-    static std::string Relative(std::string_view path) {
-        return detail::GetRelativePath(path, kWindows);
+    std::string Relative(std::string_view path) const {
+        return detail::GetRelativePath(path, m_style);
     }
-    static std::string Absolute(std::string_view path) {
-        return detail::GetAbsolutePath(path, true, kWindows);
+    std::string Absolute(std::string_view path) const {
+        return detail::GetAbsolutePath(path, true, m_style);
     }
+    static const std::vector<std::string>& Changes() { return ScriptedFolders::Script().changes; }
 
-    pathtest::BasePathGuard m_base;
-    pathtest::ScriptedNetwork m_network{{}};
+private:
+    PathStyle m_style;
+    BasePathGuard m_base;
+    ScriptedNetwork m_network{{}};
     ScriptedFolders m_folders;
 };
 
-class PosixProject : public ::testing::Test {
-protected:
-    PosixProject() : m_folders(kPosix, {"/home/ann/Projects/Robot", "/tmp"}, "/tmp") {
-        SetBasePath(String("/home/ann/Projects/Robot/robot.prj"));
-    }
-
-    static std::string Relative(std::string_view path) {
-        return detail::GetRelativePath(path, kPosix);
-    }
-    static std::string Absolute(std::string_view path) {
-        return detail::GetAbsolutePath(path, true, kPosix);
-    }
-
-    pathtest::BasePathGuard m_base;
-    pathtest::ScriptedNetwork m_network{{}};
-    ScriptedFolders m_folders;
-};
-
-struct RoundTrip {
-    std::string native, universal;
-};
-
-TEST_F(WindowsProject, ReferencesConvertToRelativeFormsAndBack) {
-    const RoundTrip rows[] = {
-        {"C:\\Projects\\Robot\\Parts\\arm.mdl", "Parts/arm.mdl"},
-        {"C:\\Projects\\Shared\\sky.tga", "../Shared/sky.tga"},
-        {"D:\\sky.tga", "D:/sky.tga"},
-        {"C:\\Projects\\Robot\\robot.prj", "robot.prj"},
-        {"C:\\Other\\deep\\x.mdl", "../../Other/deep/x.mdl"},
-        {"\\\\Server\\Share\\x.mdl", "//Server/Share/x.mdl"},
-        {"C:\\Projects\\Robot\\caf\xe9\\\xfc.tga", "caf\xe9/\xfc.tga"},
+TEST(BasePath, ReferencesConvertToRelativeFormsAndBack) {
+    struct Row {
+        PathStyle style;
+        std::string native, universal;
+        bool back; // the universal form resolves to the native one again
     };
-    for (const RoundTrip& row : rows) {
-        SCOPED_TRACE(row.native);
-        EXPECT_EQ(Relative(row.native), row.universal);
-        EXPECT_EQ(Absolute(row.universal), row.native);
-    }
-}
-
-TEST_F(PosixProject, ReferencesConvertToRelativeFormsAndBack) {
-    const RoundTrip rows[] = {
-        {"/home/ann/Projects/Robot/Parts/arm.mdl", "Parts/arm.mdl"},
-        {"/home/ann/Projects/Shared/sky.tga", "../Shared/sky.tga"},
-        {"/mnt/d/sky.tga", "/mnt/d/sky.tga"},
-        {"/home/bob/x.mdl", "../../../bob/x.mdl"},
-        {"D:/sky.tga", "D:/sky.tga"},
-        {"//server/share/x.mdl", "//server/share/x.mdl"},
-        {"/home/ann/Projects/Robot/caf\xe9/\xfc.tga", "caf\xe9/\xfc.tga"},
+    const Row rows[] = {
+        {kWindows, "C:\\Projects\\Robot\\Parts\\arm.mdl", "Parts/arm.mdl", true},
+        {kWindows, "C:\\Projects\\Shared\\sky.tga", "../Shared/sky.tga", true},
+        {kWindows, "C:\\Other\\deep\\x.mdl", "../../Other/deep/x.mdl", true},
+        {kWindows, "D:\\sky.tga", "D:/sky.tga", true},
+        {kWindows, "\\\\Server\\Share\\x.mdl", "//Server/Share/x.mdl", true},
+        {kWindows, "C:\\Projects\\Robot\\caf\xe9\\\xfc.tga", "caf\xe9/\xfc.tga", true},
+        {kWindows, "c:\\projects\\ROBOT\\", ".", false}, // the base folder, in any case
+        {kWindows, "C:/Projects/Robot/Parts/arm.mdl", "Parts/arm.mdl", false},
+        {kWindows, "C:\\Projects\\Robot", "", false}, // nothing left after the shared depth
+        {kWindows, "", "", false},
+        {kPosix, "/home/ann/Projects/Robot/Parts/arm.mdl", "Parts/arm.mdl", true},
+        {kPosix, "/home/ann/Projects/Shared/sky.tga", "../Shared/sky.tga", true},
+        {kPosix, "/home/bob/x.mdl", "../../../bob/x.mdl", true},
+        {kPosix, "/mnt/d/sky.tga", "/mnt/d/sky.tga", true},
+        {kPosix, "//server/share/x.mdl", "//server/share/x.mdl", true},
+        {kPosix, "/home/ann/Projects/Robot/", ".", true},
+        {kPosix, "/home/ann/Projects/Robot", "", false},
     };
-    for (const RoundTrip& row : rows) {
+    for (const Row& row : rows) {
         SCOPED_TRACE(row.native);
-        EXPECT_EQ(Relative(row.native), row.universal);
-        EXPECT_EQ(Absolute(row.universal), row.native);
+        const Project project(row.style);
+        EXPECT_EQ(project.Relative(row.native), row.universal);
+        if (row.back) {
+            EXPECT_EQ(project.Absolute(row.universal), row.native);
+        }
     }
-}
-
-TEST_F(WindowsProject, TheBaseFolderItselfAndItsOddSpellings) {
-    EXPECT_EQ(Relative("C:\\Projects\\Robot\\"), ".");
-    EXPECT_EQ(Relative("c:\\projects\\ROBOT\\"), ".");
-    EXPECT_EQ(Relative("C:\\Projects\\Robot"), ""); // nothing left after the shared depth
-    EXPECT_EQ(Relative("c:\\projects\\robot\\a.mdl"), "a.mdl");
-    EXPECT_EQ(Relative("C:/Projects/Robot/Parts/arm.mdl"), "Parts/arm.mdl");
-    EXPECT_EQ(Relative(""), "");
-    // "." resolves to the base folder: native with GetAbsolutePath(bool), universal with
-    // the quiet form, and without changing the current directory.
-    EXPECT_EQ(Absolute("."), "C:\\Projects\\Robot\\");
-    EXPECT_EQ(detail::GetAbsolutePathQuiet(".", kWindows), "C:/Projects/Robot/");
-    EXPECT_TRUE(ScriptedFolders::DirectoryChanges().empty());
-}
-
-TEST_F(WindowsProject, AFolderThatOnlyBeginsLikeTheBaseIsNotInIt) {
+    // A folder that only begins like the base is not in it.
+    const Project project(kWindows);
     SetBasePath(String("C:\\Proj\\doc.prj"));
-    EXPECT_EQ(Relative("C:\\Project\\x.mdl"), "../Project/x.mdl");
-    EXPECT_EQ(Relative("C:\\Proj\\x.mdl"), "x.mdl");
+    EXPECT_EQ(project.Relative("C:\\Project\\x.mdl"), "../Project/x.mdl");
+    EXPECT_EQ(project.Relative("C:\\Proj\\x.mdl"), "x.mdl");
 }
 
-TEST_F(WindowsProject, ResolvingLeavesTheCurrentDirectoryAtTheBaseFolder) {
-    EXPECT_EQ(Absolute("Parts/arm.mdl"), "C:\\Projects\\Robot\\Parts\\arm.mdl");
-    EXPECT_EQ(ScriptedFolders::CurrentDirectory(), "C:\\Projects\\Robot");
-    ASSERT_EQ(ScriptedFolders::DirectoryChanges().size(), 1u);
-    EXPECT_EQ(ScriptedFolders::DirectoryChanges()[0], "C:\\Projects\\Robot\\");
-    // Already there: no further change.
-    EXPECT_EQ(Absolute("../Shared//sky.tga"), "C:\\Projects\\Shared\\sky.tga");
-    EXPECT_EQ(ScriptedFolders::DirectoryChanges().size(), 1u);
-    // An absolute path stays absolute; "." and ".." fold.
-    EXPECT_EQ(Absolute("C:/Projects/./Robot/../Shared/x.tga"), "C:\\Projects\\Shared\\x.tga");
-}
-
-TEST_F(WindowsProject, AMissingBaseFolderLeavesTheCurrentDirectory) {
+TEST(BasePath, ResolvingLeavesTheCurrentDirectoryAtTheBaseFolder) {
+    const Project project(kWindows);
+    // "." resolves to the base folder without changing the current directory: native with
+    // GetAbsolutePath, universal with the quiet form.
+    EXPECT_EQ(project.Absolute("."), "C:\\Projects\\Robot\\");
+    EXPECT_EQ(detail::GetAbsolutePathQuiet(".", kWindows), "C:/Projects/Robot/");
+    EXPECT_TRUE(Project::Changes().empty());
+    EXPECT_EQ(project.Absolute("Parts/arm.mdl"), "C:\\Projects\\Robot\\Parts\\arm.mdl");
+    EXPECT_EQ(ScriptedFolders::Script().currentDir, "C:\\Projects\\Robot");
+    EXPECT_EQ(Project::Changes(), std::vector<std::string>{"C:\\Projects\\Robot\\"});
+    // Already there: no further change. Doubled separators, "." and ".." fold.
+    EXPECT_EQ(project.Absolute("../Shared//sky.tga"), "C:\\Projects\\Shared\\sky.tga");
+    EXPECT_EQ(project.Absolute("C:/Projects/./Robot/../Shared/x.tga"),
+              "C:\\Projects\\Shared\\x.tga");
+    EXPECT_EQ(Project::Changes().size(), 1u);
+    // A missing base folder leaves the current directory where it is.
     SetBasePath(String("C:\\Gone\\doc.prj"));
-    EXPECT_EQ(Absolute("x.mdl"), "C:\\Elsewhere\\x.mdl");
-    EXPECT_TRUE(ScriptedFolders::DirectoryChanges().empty());
-    EXPECT_EQ(ScriptedFolders::CurrentDirectory(), "C:\\Elsewhere");
-}
-
-TEST_F(WindowsProject, FailuresAreTracedAndLeaveThePath) {
-#if defined(NDEBUG)
-    GTEST_SKIP() << "the trace is silent in release builds";
-#endif
-    pathtest::TraceCapture trace;
-    ScriptedFolders::FailFullPath(true);
-    EXPECT_EQ(Absolute("Parts//arm.mdl"), "Parts\\arm.mdl");
-    ASSERT_EQ(trace.Lines().size(), 1u);
-    EXPECT_EQ(trace.Lines()[0].rfind("fs::absolute error: ", 0), 0u);
-    EXPECT_EQ(trace.Lines()[0].back(), '\n');
-    // The quiet form traces nothing and keeps the universal form.
-    EXPECT_EQ(detail::GetAbsolutePathQuiet("Parts//arm.mdl", kWindows), "Parts/arm.mdl");
-    EXPECT_EQ(trace.Lines().size(), 1u);
-
-    ScriptedFolders::FailFullPath(false);
-    SetBasePath(String("C:\\Projects\\Shared\\doc.prj"));
-    ScriptedFolders::FailSetCurrentDirectory(true);
-    // Resolved against the directory the process is still in.
-    EXPECT_EQ(Absolute("x.mdl"), "C:\\Projects\\Robot\\x.mdl");
-    ASSERT_EQ(trace.Lines().size(), 2u);
-    EXPECT_EQ(trace.Lines()[1].rfind("RelativeToAbsolute Error: ", 0), 0u);
-}
-
-TEST_F(WindowsProject, QuotedMatchNames) {
-    auto relative = [](std::string_view s) {
-        return detail::GetMatchNameRelativeForFile(s, kWindows);
-    };
-    auto absolute = [](std::string_view s) {
-        return detail::GetMatchNameAbsoluteFromFile(s, kWindows);
-    };
-    EXPECT_EQ(relative("\"C:\\Projects\\Robot\\Parts\\arm.mdl\""), "\"Parts/arm.mdl\"");
-    EXPECT_EQ(relative("\"D:\\sky.tga\""), "\"D:/sky.tga\"");
-    EXPECT_EQ(relative("\"\""), "\"\"");
-    EXPECT_EQ(relative("C:\\Projects\\Robot\\x"), "C:\\Projects\\Robot\\x"); // no quote
-    EXPECT_EQ(absolute("\"../Shared/sky.tga\""), "\"C:\\Projects\\Shared\\sky.tga\"");
-    EXPECT_EQ(absolute("\".\""), "\"C:\\Projects\\Robot\\\"");
-    EXPECT_EQ(absolute("Parts/arm.mdl"), "Parts/arm.mdl");
-    EXPECT_EQ(absolute("\""), "\"\"");
-}
-
-TEST_F(WindowsProject, PathsLongerThanTheOldBuffersConvertWhole) {
+    ScriptedFolders::Script().currentDir = "C:\\Elsewhere";
+    EXPECT_EQ(project.Absolute("x.mdl"), "C:\\Elsewhere\\x.mdl");
+    EXPECT_EQ(Project::Changes().size(), 1u);
+    // Paths longer than the old fixed buffers convert whole.
+    SetBasePath(String("C:\\Projects\\Robot\\robot.prj"));
     std::string tail;
     while (tail.size() < 400)
         tail += "Level\xe9\\";
     tail += "deep.mdl";
-    std::string universal = detail::NativeToUniversal(tail);
-    EXPECT_EQ(Relative("C:\\Projects\\Robot\\" + tail), universal);
-    EXPECT_EQ(Absolute(universal), "C:\\Projects\\Robot\\" + tail);
+    EXPECT_EQ(project.Relative("C:\\Projects\\Robot\\" + tail), detail::NativeToUniversal(tail));
+    EXPECT_EQ(project.Absolute(detail::NativeToUniversal(tail)), "C:\\Projects\\Robot\\" + tail);
 }
 
-TEST_F(PosixProject, TheBaseFolderItself) {
-    EXPECT_EQ(Relative("/home/ann/Projects/Robot/"), ".");
-    EXPECT_EQ(Relative("/home/ann/Projects/Robot"), "");
-    EXPECT_EQ(Absolute("."), "/home/ann/Projects/Robot/");
-    EXPECT_EQ(Absolute("Parts/../arm.mdl"), "/home/ann/Projects/Robot/arm.mdl");
-    EXPECT_EQ(ScriptedFolders::CurrentDirectory(), "/home/ann/Projects/Robot");
+std::vector<std::string> g_trace;
+
+TEST(BasePath, FailuresAreTracedAndLeaveThePath) {
+#if defined(NDEBUG)
+    GTEST_SKIP() << "the trace is silent in release builds";
+#endif
+    const Project project(kWindows);
+    platform::ScopedServices<platform::SystemServices> guard(platform::System());
+    g_trace.clear();
+    platform::System().debugTrace = [](const char* line) { g_trace.emplace_back(line); };
+    ScriptedFolders::Script().failFullPath = true;
+    EXPECT_EQ(project.Absolute("Parts//arm.mdl"), "Parts\\arm.mdl");
+    ASSERT_EQ(g_trace.size(), 1u);
+    EXPECT_EQ(g_trace[0].rfind("fs::absolute error: ", 0), 0u);
+    EXPECT_EQ(g_trace[0].back(), '\n');
+    // The quiet form traces nothing and keeps the universal form.
+    EXPECT_EQ(detail::GetAbsolutePathQuiet("Parts//arm.mdl", kWindows), "Parts/arm.mdl");
+    EXPECT_EQ(g_trace.size(), 1u);
+
+    ScriptedFolders::Script().failFullPath = false;
+    ScriptedFolders::Script().failSetCurrentDirectory = true;
+    SetBasePath(String("C:\\Projects\\Shared\\doc.prj"));
+    // Resolved against the directory the process is still in.
+    EXPECT_EQ(project.Absolute("x.mdl"), "C:\\Projects\\Robot\\x.mdl");
+    ASSERT_EQ(g_trace.size(), 2u);
+    EXPECT_EQ(g_trace[1].rfind("RelativeToAbsolute Error: ", 0), 0u);
 }
 
-TEST(BasePath, SetBasePathKeepsTheCollapsedNameAndIgnoresEmptyNames) {
-    pathtest::BasePathGuard guard;
+TEST(BasePath, QuotedMatchNames) {
+    const Project project(kWindows);
+    const std::pair<const char*, const char*> relative[] = {
+        {"\"C:\\Projects\\Robot\\Parts\\arm.mdl\"", "\"Parts/arm.mdl\""},
+        {"\"D:\\sky.tga\"", "\"D:/sky.tga\""},
+        {"\"\"", "\"\""},
+        {"C:\\Projects\\Robot\\x", "C:\\Projects\\Robot\\x"}, // no quote
+    };
+    for (const auto& [in, out] : relative)
+        EXPECT_EQ(detail::GetMatchNameRelativeForFile(in, kWindows), out) << in;
+    const std::pair<const char*, const char*> absolute[] = {
+        {"\"../Shared/sky.tga\"", "\"C:\\Projects\\Shared\\sky.tga\""},
+        {"\".\"", "\"C:\\Projects\\Robot\\\""},
+        {"Parts/arm.mdl", "Parts/arm.mdl"},
+        {"\"", "\"\""},
+    };
+    for (const auto& [in, out] : absolute)
+        EXPECT_EQ(detail::GetMatchNameAbsoluteFromFile(in, kWindows), out) << in;
+}
+
+TEST(BasePath, SetBasePathKeepsTheCollapsedNameAndWithoutABasePathsPassThrough) {
+    BasePathGuard guard;
     SetBasePath(String("C:\\\\Projects\\\\Robot\\robot.prj"));
     EXPECT_STREQ(GetBasePath().Get(), "C:\\Projects\\Robot\\robot.prj");
-    SetBasePath(String());
+    SetBasePath(String()); // ignored
     EXPECT_STREQ(GetBasePath().Get(), "C:\\Projects\\Robot\\robot.prj");
     SetBasePath(String("\\\\Server\\Share\\\\doc.prj"));
     EXPECT_STREQ(GetBasePath().Get(), "\\\\Server\\Share\\doc.prj");
     EXPECT_STREQ(String("\\\\Server\\Share\\x.mdl").GetRelativePath().Get(), "x.mdl");
+
+    ScriptedNetwork network({});
+    ScriptedFolders folders(kWindows, {"C:\\Elsewhere"}, "C:\\Elsewhere");
     FreeBasePaths();
     EXPECT_EQ(GetBasePath().Get(), nullptr);
-}
-
-TEST(BasePath, WithoutABaseEveryConversionPassesPathsThrough) {
-    pathtest::BasePathGuard guard;
-    pathtest::ScriptedNetwork network({});
-    ScriptedFolders folders(kWindows, {"C:\\Elsewhere"}, "C:\\Elsewhere");
-    const std::string paths[] = {"C:\\a\\b.mdl", "x/y.mdl", ".", "..\\z"};
     for (int round = 0; round < 2; ++round) {
-        if (round == 0)
-            FreeBasePaths();
-        else
+        if (round == 1)
             SetBasePath(String("doc.prj")); // a name without a folder sets no base folder
-        for (const std::string& path : paths) {
+        for (const std::string path : {"C:\\a\\b.mdl", "x/y.mdl", ".", "..\\z"}) {
             SCOPED_TRACE(path);
             EXPECT_EQ(detail::GetRelativePath(path, kWindows), detail::NativeToUniversal(path));
             EXPECT_EQ(detail::GetAbsolutePath(path, true, kWindows),
@@ -228,13 +189,13 @@ TEST(BasePath, WithoutABaseEveryConversionPassesPathsThrough) {
             EXPECT_EQ(detail::GetAbsolutePathQuiet(path, kWindows), path);
         }
     }
-    EXPECT_TRUE(ScriptedFolders::DirectoryChanges().empty());
+    EXPECT_TRUE(ScriptedFolders::Script().changes.empty());
 }
 
 TEST(BasePath, RoundTripsOnTheRealFileSystem) {
-    pathtest::BasePathGuard base;
-    pathtest::CurrentDirectoryGuard currentDirectory;
-    pathtest::TempFolder scratch;
+    BasePathGuard base;
+    CurrentDirectoryGuard currentDirectory;
+    TempFolder scratch;
     scratch.WriteFile("Project/doc.prj", "project");
     scratch.WriteFile("Project/Parts/arm.mdl", "arm");
     scratch.WriteFile("Shared/sky.tga", "sky");
@@ -249,15 +210,13 @@ TEST(BasePath, RoundTripsOnTheRealFileSystem) {
     String arm = String("Parts/arm.mdl").GetAbsolutePath(true);
     String sky = String("../Shared/sky.tga").GetAbsolutePath(false);
     EXPECT_TRUE(FileExists(arm));
-    EXPECT_TRUE(FileExists(sky));
     EXPECT_TRUE(
         fs::equivalent(fs::path(arm.Get()), fs::path(scratch.Join("Project/Parts/arm.mdl"))));
     EXPECT_TRUE(fs::equivalent(fs::path(sky.Get()), fs::path(scratch.Join("Shared/sky.tga"))));
     // The current directory stays at the base folder.
     EXPECT_TRUE(fs::equivalent(fs::current_path(), fs::path(scratch.Join("Project"))));
     // "." gives the base folder with a trailing native separator.
-    String point = String::Point().GetAbsolutePath(true);
-    EXPECT_EQ(point.View(), scratch.Join("Project/"));
+    EXPECT_EQ(String::Point().GetAbsolutePath(true).View(), scratch.Join("Project/"));
 }
 
 } // namespace

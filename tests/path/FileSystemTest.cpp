@@ -12,43 +12,33 @@
 
 namespace {
 
-using fileio::detail::PathStyle;
+using namespace pathtest;
 namespace detail = fileio::detail;
-namespace platform = fileio::platform;
 namespace fs = std::filesystem;
-
-constexpr PathStyle kWindows = PathStyle::Windows;
-constexpr PathStyle kPosix = PathStyle::Posix;
 
 String S(const std::string& text) {
     return String(text);
 }
 
 TEST(FileSystem, ExistenceOfFilesAndFolders) {
-    pathtest::TempFolder scratch;
+    TempFolder scratch;
     scratch.WriteFile("file.txt", "x");
-    struct Row {
-        std::string path;
-        bool exists, isFolder;
-    };
-    const Row rows[] = {
+    const std::tuple<std::string, bool, bool> rows[] = {
         {scratch.Join("file.txt"), true, false},
         {scratch.Path(), true, true},
         {scratch.Join(""), true, true}, // with a trailing separator
-        {scratch.Join("missing.txt"), false, false},
         {scratch.Join("missing/deeper"), false, false},
         {scratch.Join(std::string(400, 'n')), false, false},
         {"", false, false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(FileExists(S(row.path)), row.exists);
-        EXPECT_EQ(DirExists(S(row.path)), row.isFolder);
+    for (const auto& [path, exists, isFolder] : rows) {
+        EXPECT_EQ(FileExists(S(path)), exists) << path;
+        EXPECT_EQ(DirExists(S(path)), isFolder) << path;
     }
 }
 
 TEST(FileSystem, CopyReplacesTheTargetByteForByte) {
-    pathtest::TempFolder scratch;
+    TempFolder scratch;
     std::string content("binary\0\r\n\xff\x80 data", 17);
     content += std::string(200000, 'z'); // more than one buffer
     scratch.WriteFile("from.bin", content);
@@ -70,7 +60,7 @@ TEST(FileSystem, CopyReplacesTheTargetByteForByte) {
 }
 
 TEST(FileSystem, RenameNeverReplacesAnExistingTarget) {
-    pathtest::TempFolder scratch;
+    TempFolder scratch;
     scratch.WriteFile("a.txt", "a");
     scratch.WriteFile("b.txt", "b");
     EXPECT_FALSE(RenameFile(S(scratch.Join("a.txt")), S(scratch.Join("b.txt"))));
@@ -88,7 +78,7 @@ TEST(FileSystem, RenameNeverReplacesAnExistingTarget) {
 }
 
 TEST(FileSystem, RemoveTakesFilesAndEmptyFolders) {
-    pathtest::TempFolder scratch;
+    TempFolder scratch;
     scratch.WriteFile("full/file.txt", "x");
     fs::create_directory(scratch.Join("empty"));
     EXPECT_FALSE(Remove(S(scratch.Join("full"))));
@@ -103,7 +93,7 @@ TEST(FileSystem, RemoveTakesFilesAndEmptyFolders) {
 }
 
 TEST(FileSystem, CreateFolderMakesEveryMissingLevel) {
-    pathtest::TempFolder scratch;
+    TempFolder scratch;
     EXPECT_TRUE(CreateFolder(S(scratch.Join("a/b/c"))));
     EXPECT_TRUE(DirExists(S(scratch.Join("a/b/c"))));
     EXPECT_TRUE(CreateFolder(S(scratch.Join("a/b/c")))); // exists already
@@ -115,7 +105,7 @@ TEST(FileSystem, CreateFolderMakesEveryMissingLevel) {
 }
 
 TEST(FileSystem, NamesWithBytesAbove127SurviveTheSystem) {
-    pathtest::TempFolder scratch;
+    TempFolder scratch;
     scratch.WriteFile("plain.txt", "content");
     const std::string name = "caf\xe9 \xfc.txt";
     ASSERT_TRUE(VarnCopyFile(S(scratch.Join("plain.txt")), S(scratch.Join(name))));
@@ -127,7 +117,7 @@ TEST(FileSystem, NamesWithBytesAbove127SurviveTheSystem) {
 }
 
 TEST(DirectorySearch, FindsMatchingFilesInOrderAndOptionallyBelow) {
-    pathtest::TempFolder scratch;
+    TempFolder scratch;
     for (const char* file : {"b.mdl", "a.mdl", "c.tga", "sub/z.mdl", "sub/deeper/y.mdl",
                              "sub/deeper/x.txt", "another/w.mdl", "another/.hidden.mdl"})
         scratch.WriteFile(file, "x");
@@ -158,9 +148,9 @@ TEST(DirectorySearch, FindsMatchingFilesInOrderAndOptionallyBelow) {
 }
 
 TEST(DirectorySearch, LinksToFoldersAreNotFollowed) {
-    if (platform::kNativePathStyle != PathStyle::Posix)
+    if (platform::kNativePathStyle != kPosix)
         GTEST_SKIP() << "symbolic links need privileges on Windows";
-    pathtest::TempFolder scratch;
+    TempFolder scratch;
     scratch.WriteFile("sub/file.txt", "x");
     fs::create_directory_symlink(scratch.Path(), scratch.Join("sub/loop"));
     fs::create_symlink(scratch.Join("sub/file.txt"), scratch.Join("sub/link.txt"));

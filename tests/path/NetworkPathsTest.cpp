@@ -2,7 +2,6 @@
 // mount tables, under both rules; the mount-table reader; the system's own answers.
 
 #include "PathTestSupport.h"
-#include "path/PathForms.h"
 
 #include <gtest/gtest.h>
 
@@ -10,15 +9,9 @@
 
 namespace {
 
-using fileio::detail::PathStyle;
+using namespace pathtest;
 using fileio::platform::kRemoteDrive;
-using pathtest::ScriptedDrive;
-using pathtest::ScriptedNetwork;
 namespace detail = fileio::detail;
-namespace platform = fileio::platform;
-
-constexpr PathStyle kWindows = PathStyle::Windows;
-constexpr PathStyle kPosix = PathStyle::Posix;
 
 std::vector<ScriptedDrive> WindowsDrives() {
     return {
@@ -40,65 +33,51 @@ std::vector<ScriptedDrive> PosixDrives() {
         {"/mnt/art/inner", kRemoteDrive, "//other/IN"},
         {"/mnt/odd", kRemoteDrive, "//srv/a\\b"},
         {"/media/usb", 3, ""},
+        {"/mnt/trail/", kRemoteDrive, "//srv/T"}, // written with a trailing separator
     };
 }
 
 long CountQueries(std::string_view drive) {
-    const auto& queries = ScriptedNetwork::ConnectionQueries();
+    const auto& queries = ScriptedNetwork::Queries();
     return std::count(queries.begin(), queries.end(), drive);
 }
 
 TEST(NetworkPaths, FindDriveForShareExaminesRemoteDrivesFromTheLast) {
     ScriptedNetwork network(WindowsDrives());
-    struct Row {
-        std::string share;
-        bool found;
-        std::string root;
-    };
-    const Row rows[] = {
-        {"ART", true, "\\\\other\\ART"}, // N: comes before M: when walking backwards
-        {"art", true, "\\\\files\\art"},
-        {"Projects", true, "\\\\files\\Projects"},
-        {"PROJECTS", false, ""}, // share names compare exactly
-        {"", false, ""},
-        {"noshare", false, ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.share);
-        std::string root = "untouched";
-        EXPECT_EQ(detail::FindDriveForShare(row.share, kWindows, root), row.found);
-        EXPECT_EQ(root, row.found ? row.root : "untouched");
-    }
+    ExpectEach(
+        [](const std::string& share) {
+            return OrNone([&](std::string& root) {
+                return detail::FindDriveForShare(share, kWindows, root);
+            });
+        },
+        {
+            {"ART", "\\\\other\\ART"}, // N: comes before M: when walking backwards
+            {"art", "\\\\files\\art"},
+            {"Projects", "\\\\files\\Projects"},
+            {"PROJECTS", "<none>"}, // share names compare exactly
+            {"noshare", "<none>"},
+        });
     // Local drives are never asked for a connection.
-    EXPECT_EQ(CountQueries("A:"), 0);
-    EXPECT_EQ(CountQueries("C:"), 0);
+    EXPECT_EQ(CountQueries("A:") + CountQueries("C:"), 0);
 }
 
 TEST(NetworkPaths, MacintoshServerVolumesBecomeTheirShares) {
     ScriptedNetwork network(WindowsDrives());
-    struct Row {
-        std::string path, server;
-    };
-    std::string longRest(300, 'x');
-    const Row rows[] = {
-        {"//MACSERVER/Volumes/art/Maps/sky.tga", "\\\\other\\ART/Maps/sky.tga"},
-        {"MACSERVER/Volumes/Projects/a.mdl", "MACSERVER/Volumes/Projects/a.mdl"}, // "PROJECTS"
-        {"MACSERVER/Volumes/art/", "\\\\other\\ART/"},
-        {"MACSERVER/Volumes/art", "MACSERVER/Volumes/art"}, // no second "/"
-        {"C:/Volumes/art/x", "C:/Volumes/art/x"},           // not on the server
-        {"MACSERVER/art/x", "MACSERVER/art/x"},
-        {"//macserver/Volumes/art/x", "//macserver/Volumes/art/x"}, // marker is case-sensitive
-        {"MACSERVER/Volumes/unknown/x", "MACSERVER/Volumes/unknown/x"},
-        {"MACSERVER/Volumes/art/" + longRest, ("\\\\other\\ART/" + longRest).substr(0, 259)},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(detail::GetServerFileName(row.path, kWindows), row.server);
-    }
+    const std::string longRest(300, 'x');
+    ExpectEach(
+        [](const std::string& path) { return detail::GetServerFileName(path, kWindows); },
+        {
+            {"//MACSERVER/Volumes/art/Maps/sky.tga", "\\\\other\\ART/Maps/sky.tga"},
+            {"MACSERVER/Volumes/Projects/a.mdl", "MACSERVER/Volumes/Projects/a.mdl"},
+            {"MACSERVER/Volumes/art", "MACSERVER/Volumes/art"}, // no second "/"
+            {"C:/Volumes/art/x", "C:/Volumes/art/x"},           // not on the server
+            {"MACSERVER/art/x", "MACSERVER/art/x"},
+            {"//macserver/Volumes/art/x", "//macserver/Volumes/art/x"}, // case-sensitive
+            {"MACSERVER/Volumes/art/" + longRest, ("\\\\other\\ART/" + longRest).substr(0, 259)},
+        });
     EXPECT_EQ(detail::UniversalToNative("//MACSERVER/Volumes/art/Maps/sky.tga", kWindows),
               "\\\\other\\ART\\Maps\\sky.tga");
-
-    ScriptedNetwork::SetComputerNameReadable(false);
+    ScriptedNetwork::ComputerNameReadable() = false;
     EXPECT_EQ(detail::GetServerFileName("MACSERVER/Volumes/art/x", kWindows),
               "MACSERVER/Volumes/art/x");
 }
@@ -113,34 +92,24 @@ TEST(NetworkPaths, MappedDrivesBecomeTheirConnectionsThroughACache) {
         EXPECT_EQ(previous, &waitCursors);
         --waitCursors;
     };
-
-    struct Row {
-        std::string path;
-        bool converted;
-        std::string unc;
-    };
-    const Row rows[] = {
-        {"P:\\Robot\\arm.mdl", true, "\\\\files\\Projects\\Robot\\arm.mdl"},
-        {"p:\\Robot\\arm.mdl", true, "\\\\files\\Projects\\Robot\\arm.mdl"},
-        {"P:\\", true, "\\\\files\\Projects\\"},
-        {"P:/Robot", false, ""}, // only letter, ":", "\"
-        {"P:", false, ""},
-        {"C:\\local", false, ""},
-        {"R:\\x", false, ""},
-        {"\\\\srv\\x", false, ""},
-        {"", false, ""},
-        {"P:\\" + std::string(300, 'y'), true,
-         ("\\\\files\\Projects\\" + std::string(300, 'y')).substr(0, 259)},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        std::string out;
-        EXPECT_EQ(detail::MappedDriveToUNC(row.path, kWindows, out), row.converted);
-        if (row.converted) {
-            EXPECT_EQ(out, row.unc);
-        }
-        EXPECT_EQ(waitCursors, 0);
-    }
+    ExpectEach(
+        [](const std::string& path) {
+            const std::string unc = OrNone(
+                [&](std::string& out) { return detail::MappedDriveToUNC(path, kWindows, out); });
+            EXPECT_EQ(waitCursors, 0);
+            return unc;
+        },
+        {
+            {"P:\\Robot\\arm.mdl", "\\\\files\\Projects\\Robot\\arm.mdl"},
+            {"p:\\", "\\\\files\\Projects\\"},
+            {"P:/Robot", "<none>"}, // only letter, ":", "\"
+            {"P:", "<none>"},
+            {"C:\\local", "<none>"},
+            {"R:\\x", "<none>"},
+            {"", "<none>"},
+            {"P:\\" + std::string(300, 'y'),
+             ("\\\\files\\Projects\\" + std::string(300, 'y')).substr(0, 259)},
+        });
     EXPECT_EQ(CountQueries("P:"), 1); // asked once, then taken from the cache
     EXPECT_EQ(CountQueries("R:"), 1);
     detail::ClearConnectionCache();
@@ -154,58 +123,40 @@ TEST(NetworkPaths, LocalSharesNameTheDeepestShareThatHoldsThePath) {
                                  {"Deep", "C:\\Data\\Deep\\"},
                                  {"Drive", "D:\\"},
                                  {"pub", "/srv/pub"}});
-    struct Row {
-        std::string path;
-        bool windowsConverted;
-        std::string windows;
-        bool posixConverted;
-        std::string posix;
+    auto share = [](PathStyle style) {
+        return [style](const std::string& path) {
+            return OrNone(
+                [&](std::string& out) { return detail::LocalPathToShare(path, style, out); });
+        };
     };
-    const Row rows[] = {
-        {"C:\\Data\\Deep\\x.mdl", true, "\\\\WORKSTATION\\Deep\\x.mdl", true,
-         "//WORKSTATION/Deep/x.mdl"},
-        {"c:\\data\\deep\\x.mdl", true, "\\\\WORKSTATION\\Deep\\x.mdl", false, ""},
-        {"C:\\Data\\y.mdl", true, "\\\\WORKSTATION\\Data\\y.mdl", true, "//WORKSTATION/Data/y.mdl"},
-        {"C:\\Data", true, "\\\\WORKSTATION\\Data", true, "//WORKSTATION/Data"},
-        {"C:\\Database\\y", false, "", false, ""},
-        {"D:\\z\\w", true, "\\\\WORKSTATION\\Drive\\z\\w", true, "//WORKSTATION/Drive/z\\w"},
-        {"/srv/pub/a/b", true, "\\\\WORKSTATION\\pub\\a/b", true, "//WORKSTATION/pub/a/b"},
-        {"/srv/PUB/a", true, "\\\\WORKSTATION\\pub\\a", false, ""},
-        {"E:\\x", false, "", false, ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        std::string out;
-        EXPECT_EQ(detail::LocalPathToShare(row.path, kWindows, out), row.windowsConverted);
-        if (row.windowsConverted) {
-            EXPECT_EQ(out, row.windows);
-        }
-        out.clear();
-        EXPECT_EQ(detail::LocalPathToShare(row.path, kPosix, out), row.posixConverted);
-        if (row.posixConverted) {
-            EXPECT_EQ(out, row.posix);
-        }
-    }
+    ExpectEach(share(kWindows), {
+                                    {"c:\\data\\deep\\x.mdl", "\\\\WORKSTATION\\Deep\\x.mdl"},
+                                    {"C:\\Data\\y.mdl", "\\\\WORKSTATION\\Data\\y.mdl"},
+                                    {"C:\\Database\\y", "<none>"},
+                                    {"D:\\z\\w", "\\\\WORKSTATION\\Drive\\z\\w"},
+                                    {"/srv/PUB/a/b", "\\\\WORKSTATION\\pub\\a/b"},
+                                });
+    ExpectEach(share(kPosix), {
+                                  {"C:\\Data\\Deep\\x.mdl", "//WORKSTATION/Deep/x.mdl"},
+                                  {"c:\\data\\deep\\x.mdl", "<none>"},
+                                  {"D:\\z\\w", "//WORKSTATION/Drive/z\\w"},
+                                  {"/srv/pub/a/b", "//WORKSTATION/pub/a/b"},
+                                  {"/srv/PUB/a", "<none>"},
+                              });
 }
 
 TEST(NetworkPaths, UNCFileNameKeepsDriveLettersAndNetworkNames) {
     ScriptedNetwork network(WindowsDrives(), {{"Root", "\\Public"}});
-    struct Row {
-        std::string path, unc;
-    };
-    const Row rows[] = {
-        {"P:\\Robot\\arm.mdl", "P:\\Robot\\arm.mdl"}, // drive letters stay as written
-        {"\\\\files\\Projects\\x", "\\\\files\\Projects\\x"},
-        {"//files/Projects/x", "//files/Projects/x"},
-        {"\\Public\\x.mdl", "\\\\WORKSTATION\\Root\\x.mdl"},
-        {"relative\\x", "relative\\x"},
-        {"", ""},
-        {"C", "C"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(detail::GetUNCFileName(row.path, kWindows), row.unc);
-    }
+    ExpectEach([](const std::string& path) { return detail::GetUNCFileName(path, kWindows); },
+               {
+                   {"P:\\Robot\\arm.mdl", "P:\\Robot\\arm.mdl"}, // drive letters stay as written
+                   {"\\\\files\\Projects\\x", "\\\\files\\Projects\\x"},
+                   {"//files/Projects/x", "//files/Projects/x"},
+                   {"\\Public\\x.mdl", "\\\\WORKSTATION\\Root\\x.mdl"},
+                   {"relative\\x", "relative\\x"},
+                   {"", ""},
+                   {"C", "C"},
+               });
     EXPECT_EQ(detail::GetNonRelativePath("\\Public\\x.mdl", kWindows), "//WORKSTATION/Root/x.mdl");
     EXPECT_EQ(detail::GetNonRelativePath("C:\\a\\b", kWindows), "C:/a/b");
     EXPECT_EQ(detail::GetNonRelativePath("", kWindows), "");
@@ -213,34 +164,30 @@ TEST(NetworkPaths, UNCFileNameKeepsDriveLettersAndNetworkNames) {
 
 TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
     ScriptedNetwork network(PosixDrives());
-    struct Row {
-        std::string path, unc;
-    };
-    const Row rows[] = {
-        {"/mnt/art/models/arm.mdl", "//fileserver/ART/models/arm.mdl"},
-        {"/mnt/art", "//fileserver/ART"},
-        {"/mnt/art/inner/x.tga", "//other/IN/x.tga"}, // the deepest mount holds it
-        {"/mnt/artist/x", "/mnt/artist/x"},
-        {"/media/usb/x", "/media/usb/x"}, // not a network mount
-        {"/mnt/odd/x", "/mnt/odd/x"},     // a result with "\" is refused
-        {"/home/ann/x", "/home/ann/x"},
-        {"D:/x", "D:/x"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(detail::GetUNCFileName(row.path, kPosix), row.unc);
-    }
+    ExpectEach([](const std::string& path) { return detail::GetUNCFileName(path, kPosix); },
+               {
+                   {"/mnt/art/models/arm.mdl", "//fileserver/ART/models/arm.mdl"},
+                   {"/mnt/art", "//fileserver/ART"},
+                   {"/mnt/art/inner/x.tga", "//other/IN/x.tga"}, // the deepest mount holds it
+                   {"/mnt/artist/x", "/mnt/artist/x"},
+                   {"/media/usb/x", "/media/usb/x"}, // not a network mount
+                   {"/mnt/odd/x", "/mnt/odd/x"},     // a result with "\" is refused
+                   {"/mnt/trail/x", "//srv/T/x"},
+                   {"D:/x", "D:/x"},
+               });
     std::string root;
     EXPECT_TRUE(detail::FindDriveForShare("ART", kPosix, root));
     EXPECT_EQ(root, "//fileserver/ART");
     EXPECT_EQ(detail::GetServerFileName("//MACSERVER/Volumes/art/sky.tga", kPosix),
               "//fileserver/ART/sky.tga");
-
     // A reference outside the base path is written in its network form.
-    pathtest::BasePathGuard base;
+    BasePathGuard base;
     SetBasePath(String("/home/ann/Projects/Robot/robot.prj"));
     EXPECT_EQ(detail::GetRelativePath("/mnt/art/sky.tga", kPosix), "//fileserver/ART/sky.tga");
     EXPECT_EQ(detail::GetNonRelativePath("/mnt/art/sky.tga", kPosix), "//fileserver/ART/sky.tga");
+    // A network file system mounted as the root.
+    ScriptedNetwork rootMount({{"/", kRemoteDrive, "//nas/root"}});
+    EXPECT_EQ(detail::GetUNCFileName("/etc/x", kPosix), "//nas/root/etc/x");
 }
 
 TEST(NetworkPaths, MountTablesAreReadLineByLine) {
@@ -268,35 +215,25 @@ TEST(NetworkPaths, MountTablesAreReadLineByLine) {
 }
 
 TEST(NetworkPaths, ConnectionNamesOfMountSources) {
-    struct Row {
-        std::string source, connection;
-    };
-    const Row rows[] = {
-        {"//server/share", "//server/share"},
-        {"\\\\server\\share", "//server/share"},
-        {"//server/share/", "//server/share"},
-        {"nas:/export/media", "//nas/export/media"},
-        {"nas:/", "//nas"},
-        {"[fe80::1]:/export", "//[fe80::1]/export"},
-        {"/dev/sda1", ""},
-        {":/x", ""},
-        {"sysfs", ""},
-        {"a/b:/c", ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.source);
-        EXPECT_EQ(platform::ConnectionOfMountSource(row.source), row.connection);
-    }
-    EXPECT_TRUE(platform::IsNetworkFileSystem("cifs"));
-    EXPECT_TRUE(platform::IsNetworkFileSystem("nfs4"));
-    EXPECT_TRUE(platform::IsNetworkFileSystem("smb3"));
-    EXPECT_FALSE(platform::IsNetworkFileSystem("ext4"));
-    EXPECT_FALSE(platform::IsNetworkFileSystem("fuse.sshfs"));
+    ExpectEach(platform::ConnectionOfMountSource, {
+                                                      {"\\\\server\\share", "//server/share"},
+                                                      {"//server/share/", "//server/share"},
+                                                      {"nas:/export/media", "//nas/export/media"},
+                                                      {"nas:/", "//nas"},
+                                                      {"[fe80::1]:/export", "//[fe80::1]/export"},
+                                                      {"/dev/sda1", ""},
+                                                      {":/x", ""},
+                                                      {"a/b:/c", ""},
+                                                  });
+    for (const char* type : {"cifs", "nfs4", "smb3"})
+        EXPECT_TRUE(platform::IsNetworkFileSystem(type)) << type;
+    for (const char* type : {"ext4", "fuse.sshfs"})
+        EXPECT_FALSE(platform::IsNetworkFileSystem(type)) << type;
 }
 
 // The POSIX drive services read the mount table through its own entry.
 TEST(NetworkPaths, PosixDriveServicesFollowTheMountTable) {
-    if (platform::kNativePathStyle != PathStyle::Posix)
+    if (platform::kNativePathStyle != kPosix)
         GTEST_SKIP() << "the mount table stands for the drive table on POSIX only";
     platform::ScopedServices<platform::NetworkServices> guard(platform::Network());
     detail::ClearConnectionCache();
@@ -335,7 +272,7 @@ TEST(NetworkPaths, TheSystemAnswersForItsNames) {
     EXPECT_FALSE(computer.empty());
     EXPECT_TRUE(platform::System().hostName(host));
     EXPECT_FALSE(host.empty());
-    if (platform::kNativePathStyle == PathStyle::Windows) {
+    if (platform::kNativePathStyle == kWindows) {
         auto drives = platform::Network().logicalDrives();
         ASSERT_FALSE(drives.empty());
         EXPECT_NE(std::find(drives.begin(), drives.end(), "C:\\"), drives.end());

@@ -3,46 +3,37 @@
 
 #include "path/PathText.h"
 
+#include "PathTestSupport.h"
 #include "fileio/core/String.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using fileio::detail::PathStyle;
+using namespace pathtest;
 namespace detail = fileio::detail;
 
-constexpr PathStyle kWindows = PathStyle::Windows;
-constexpr PathStyle kPosix = PathStyle::Posix;
-
-std::string LongFolder() {
-    std::string folder = "C:";
-    while (folder.size() < 300)
-        folder += "\\segment";
-    return folder;
+/// The styles under which `test(args..., style)` holds: "W" for Windows, "P" for POSIX.
+template <class Test, class... Args> std::string Styles(Test test, const Args&... args) {
+    return std::string(test(args..., kWindows) ? "W" : "") + (test(args..., kPosix) ? "P" : "");
 }
 
 TEST(PathText, DecompositionReadsBothSeparators) {
     struct Row {
         std::string path, folder, name, withoutSuffix, suffix;
     };
-    const std::string longFolder = LongFolder();
+    std::string longFolder = "C:";
+    while (longFolder.size() < 300)
+        longFolder += "\\segment";
     const Row rows[] = {
         {"C:\\Projects\\Robot\\arm.mdl", "C:\\Projects\\Robot\\", "arm.mdl", "arm", "mdl"},
-        {"C:/Projects/Robot/arm.mdl", "C:/Projects/Robot/", "arm.mdl", "arm", "mdl"},
-        {"/home/ann/sky.tga", "/home/ann/", "sky.tga", "sky", "tga"},
         {"a/b\\c.d.e", "a/b\\", "c.d.e", "c.d", "e"},
         {"plain", "", "plain", "plain", ""},
         {"folder/", "folder/", "", "", ""},
-        {"folder\\", "folder\\", "", "", ""},
         {"dots.in.folder/name", "dots.in.folder/", "name", "name", ""},
         {".cfg", "", ".cfg", "", "cfg"},
         {"trailing.", "", "trailing.", "trailing", ""},
-        {"\\\\Server\\Share\\f.x", "\\\\Server\\Share\\", "f.x", "f", "x"},
-        {"//server/share", "//server/", "share", "share", ""},
-        {"C:arm.mdl", "", "C:arm.mdl", "C:arm", "mdl"},
         {"", "", "", "", ""},
-        {"/", "/", "", "", ""},
         {"d\xe9j\xe0/\xfc.t\xe9", "d\xe9j\xe0/", "\xfc.t\xe9", "\xfc", "t\xe9"},
         {longFolder + "\\long.name", longFolder + "\\", "long.name", "long", "name"},
     };
@@ -60,17 +51,12 @@ TEST(PathText, CombineNameToPathJoinsWithOneNativeSeparator) {
         std::string folder, name, windows, posix;
     };
     const Row rows[] = {
-        {"C:\\a", "b.mdl", "C:\\a\\b.mdl", "C:\\a/b.mdl"},
-        {"C:\\a\\", "b.mdl", "C:\\a\\b.mdl", "C:\\a/b.mdl"},
         {"C:\\a\\\\", "\\\\b.mdl", "C:\\a\\b.mdl", "C:\\a/b.mdl"},
         {"/home/ann/", "/sky.tga", "/home/ann\\sky.tga", "/home/ann/sky.tga"},
-        {"/home/ann", "sub/sky.tga", "/home/ann\\sub/sky.tga", "/home/ann/sub/sky.tga"},
         {"/", "etc", "/etc", "/etc"},
         {"\\\\", "server", "\\\\server", "\\\\server"},
         {"", "name", "name", "name"},
-        {"", "", "", ""},
-        {"C:\\a", "", "C:\\a\\", "C:\\a/"},
-        {"C:", "x", "C:\\x", "C:/x"},
+        {"C:", "", "C:\\", "C:/"},
         {"base", "\\", "base\\", "base/"},
     };
     for (const Row& row : rows) {
@@ -80,35 +66,22 @@ TEST(PathText, CombineNameToPathJoinsWithOneNativeSeparator) {
     }
 }
 
-TEST(PathText, DoubledSeparatorsCollapseButANetworkPrefixStays) {
-    struct Row {
-        std::string in, out;
-        std::size_t removed;
-    };
-    const Row rows[] = {
-        {"C:\\\\a\\\\\\b", "C:\\a\\b", 3},
-        {"C://a//b//", "C:/a/b/", 3},
-        {"\\\\server\\\\share", "\\\\server\\share", 1},
-        {"//server//share", "//server/share", 1},
-        {"\\\\\\server", "\\\\server", 1},
-        {"/\\mixed", "/\\mixed", 0},
-        {"a\\/b/\\c", "a\\b/c", 2},
-        {"/single/", "/single/", 0},
-        {"", "", 0},
-        {"\\", "\\", 0},
-        {"\\\\", "\\\\", 0},
-        {"////", "//", 2},
-        {"no separators", "no separators", 0},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.in);
-        std::string text = row.in;
-        EXPECT_EQ(detail::RemoveDoubleSeparators(text), row.removed);
-        EXPECT_EQ(text, row.out);
-    }
-}
-
-TEST(PathText, NativeSeparatorsFollowTheStyle) {
+TEST(PathText, SeparatorsCollapseButANetworkPrefixStaysAndTurnNative) {
+    ExpectEach(
+        [](std::string text) {
+            const std::size_t removed = detail::RemoveDoubleSeparators(text);
+            return text + " less " + std::to_string(removed);
+        },
+        {
+            {"C:\\\\a\\\\\\b", "C:\\a\\b less 3"},
+            {"\\\\server\\\\share", "\\\\server\\share less 1"},
+            {"\\\\\\server", "\\\\server less 1"},
+            {"/\\mixed", "/\\mixed less 0"},
+            {"a\\/b/\\c", "a\\b/c less 2"},
+            {"", " less 0"},
+            {"\\", "\\ less 0"},
+            {"////", "// less 2"},
+        });
     std::string windows = "a/b\\c//d";
     std::string posix = windows;
     detail::ToNativeSeparators(windows, kWindows);
@@ -118,22 +91,14 @@ TEST(PathText, NativeSeparatorsFollowTheStyle) {
 }
 
 TEST(PathText, NamesCompareByTheStylesCaseRule) {
-    struct Row {
-        std::string a, b;
-        bool windows, posix;
+    const std::tuple<std::string, std::string, std::string> rows[] = {
+        {"Arm.MDL", "arm.mdl", "W"},
+        {"arm.mdl", "arm.mdl ", ""},
+        {"\xc9t\xe9", "\xe9t\xe9", ""}, // only ASCII letters fold
+        {"", "", "WP"},
     };
-    const Row rows[] = {
-        {"Arm.MDL", "arm.mdl", true, false},
-        {"arm.mdl", "arm.mdl", true, true},
-        {"arm.mdl", "arm.mdl ", false, false},
-        {"\xc9t\xe9", "\xe9t\xe9", false, false}, // only ASCII letters fold
-        {"", "", true, true},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.a + " | " + row.b);
-        EXPECT_EQ(detail::SameName(row.a, row.b, kWindows), row.windows);
-        EXPECT_EQ(detail::SameName(row.a, row.b, kPosix), row.posix);
-    }
+    for (const auto& [a, b, styles] : rows)
+        EXPECT_EQ(Styles(detail::SameName, a, b), styles) << a << " | " << b;
     EXPECT_TRUE(detail::NameLess("apple", "Banana", kWindows));
     EXPECT_FALSE(detail::NameLess("apple", "Banana", kPosix)); // "B" < "a" in bytes
     EXPECT_TRUE(detail::NameLess("A", "a", kWindows));         // ties broken by bytes
@@ -142,57 +107,40 @@ TEST(PathText, NamesCompareByTheStylesCaseRule) {
 }
 
 TEST(PathText, WithinFolderNeedsAWholeComponent) {
-    struct Row {
-        std::string path, folder;
-        bool windows, posix;
+    const std::tuple<std::string, std::string, std::string> rows[] = {
+        {"C:\\Data\\x.mdl", "C:\\Data", "WP"},
+        {"C:\\Data", "C:\\Data\\", "WP"},
+        {"C:\\DataSet\\x.mdl", "C:\\Data", ""},
+        {"a\\b", "a", "WP"},
+        {"c:\\data\\x.mdl", "C:\\Data", "W"},
+        {"/mnt/xy/file", "/mnt/x", ""},
+        {"/anything", "/", "WP"},
+        {"relative", "/", ""},
+        {"C:\\Data", "", ""},
     };
-    const Row rows[] = {
-        {"C:\\Data\\x.mdl", "C:\\Data", true, true},
-        {"C:\\Data\\x.mdl", "C:\\Data\\", true, true},
-        {"C:\\Data", "C:\\Data\\", true, true},
-        {"C:\\DataSet\\x.mdl", "C:\\Data", false, false},
-        {"c:\\data\\x.mdl", "C:\\Data", true, false},
-        {"/mnt/x/file", "/mnt/x", true, true},
-        {"/mnt/xy/file", "/mnt/x", false, false},
-        {"/anything", "/", true, true},
-        {"relative", "/", false, false},
-        {"C:\\Data", "", false, false},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path + " in " + row.folder);
-        EXPECT_EQ(detail::IsWithinFolder(row.path, row.folder, kWindows), row.windows);
-        EXPECT_EQ(detail::IsWithinFolder(row.path, row.folder, kPosix), row.posix);
-    }
+    for (const auto& [path, folder, styles] : rows)
+        EXPECT_EQ(Styles(detail::IsWithinFolder, path, folder), styles) << path << " in " << folder;
 }
 
 TEST(PathText, WildcardsMatchWholeNames) {
-    struct Row {
-        std::string name, pattern;
-        bool windows, posix;
+    const std::tuple<std::string, std::string, std::string> rows[] = {
+        {"arm.mdl", "*.mdl", "WP"},
+        {"ARM.MDL", "*.mdl", "W"},
+        {"arm.mdl.bak", "*.mdl", ""},
+        {"arm.mdl", "a?m.*", "WP"},
+        {"arm", "*.*", "WP"}, // every name, as on Windows
+        {"arm", "", "WP"},
+        {"", "*", "WP"},
+        {"", "?", ""},
+        {"abcabcabd", "a*c*d", "WP"},
+        {"abcabcabe", "a*c*d", ""},
+        {"a*b", "a\\*b", ""}, // no escapes: "\" is an ordinary character
+        {"x\xe9.tga", "X\xe9*", "W"},
+        {"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaab", "*a*a*a*a*a*a*a*a*c", ""},
     };
-    const Row rows[] = {
-        {"arm.mdl", "*.mdl", true, true},
-        {"ARM.MDL", "*.mdl", true, false},
-        {"arm.mdl.bak", "*.mdl", false, false},
-        {"arm.mdl", "a?m.*", true, true},
-        {"am.mdl", "a?m.*", false, false},
-        {"arm", "*.*", true, true}, // every name, as on Windows
-        {"arm", "*", true, true},
-        {"arm", "", true, true},
-        {"", "*", true, true},
-        {"", "?", false, false},
-        {"abcabcabd", "*abd", true, true},
-        {"abcabcabd", "a*c*d", true, true},
-        {"abcabcabe", "a*c*d", false, false},
-        {"a*b", "a\\*b", false, false}, // no escapes: "\" is an ordinary character
-        {"x\xe9.tga", "X\xe9*", true, false},
-        {"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaab", "*a*a*a*a*a*a*a*a*c", false, false},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name + " ~ " + row.pattern);
-        EXPECT_EQ(detail::MatchesWildcard(row.name, row.pattern, kWindows), row.windows);
-        EXPECT_EQ(detail::MatchesWildcard(row.name, row.pattern, kPosix), row.posix);
-    }
+    for (const auto& [name, pattern, styles] : rows)
+        EXPECT_EQ(Styles(detail::MatchesWildcard, name, pattern), styles)
+            << name << " ~ " << pattern;
 }
 
 TEST(PathText, StringMembersDecomposeAndGiveNullForNothing) {

@@ -1,184 +1,151 @@
-// UniversalPathTest.cpp - native and universal forms, and the component arithmetic.
+// UniversalPathTest.cpp - native and universal forms, the component arithmetic, and the POSIX
+// full-path rule with the system's full-path resolution.
 
 #include "fileio/path/UniversalPath.h"
 
 #include "PathTestSupport.h"
-#include "path/PathForms.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
-using fileio::detail::PathStyle;
+using namespace pathtest;
 namespace detail = fileio::detail;
 
-constexpr PathStyle kWindows = PathStyle::Windows;
-constexpr PathStyle kPosix = PathStyle::Posix;
-
-TEST(UniversalPath, NativeToUniversalTurnsOnlyBackslashes) {
-    struct Row {
-        std::string native, universal;
-    };
-    const Row rows[] = {
-        {"C:\\Projects\\Robot\\arm.mdl", "C:/Projects/Robot/arm.mdl"},
-        {"\\\\Server\\Share\\b.mdl", "//Server/Share/b.mdl"},
-        {"..\\Shared\\.\\sky.TGA", "../Shared/./sky.TGA"},
-        {"/home/ann/x", "/home/ann/x"},
-        {"mixed/and\\back", "mixed/and/back"},
-        {"caf\xe9\\\x12name", "caf\xe9/\x12name"},
-        {"", ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.native);
-        EXPECT_EQ(detail::NativeToUniversal(row.native), row.universal);
-    }
-    EXPECT_EQ(NativeToUniversal(String()).Get(), nullptr);
-    EXPECT_STREQ(NativeToUniversal(String("a\\b")).Get(), "a/b");
-}
-
-TEST(UniversalPath, UniversalToNativeWritesTheStylesSeparator) {
-    pathtest::ScriptedNetwork network({}); // no drives: the server step changes nothing
-    struct Row {
-        std::string universal, windows, posix;
-    };
-    const Row rows[] = {
-        {"C:/Projects/Robot/arm.mdl", "C:\\Projects\\Robot\\arm.mdl", "C:/Projects/Robot/arm.mdl"},
-        {"//Server/Share/b.mdl", "\\\\Server\\Share\\b.mdl", "//Server/Share/b.mdl"},
-        {"../Shared/sky.tga", "..\\Shared\\sky.tga", "../Shared/sky.tga"},
-        {"AC\x12"
-         "DC.wav",
-         "AC/DC.wav", "AC/DC.wav"},
-        {"dir/a\x12"
-         "b",
-         "dir\\a/b", "dir/a/b"},
-        {"back\\slash", "back\\slash", "back/slash"},
-        {"", "", ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.universal);
-        EXPECT_EQ(detail::UniversalToNative(row.universal, kWindows), row.windows);
-        EXPECT_EQ(detail::UniversalToNative(row.universal, kPosix), row.posix);
-    }
-}
-
-TEST(UniversalPath, NativePathsSurviveTheRoundTrip) {
-    pathtest::ScriptedNetwork network({});
+TEST(UniversalPath, NativeAndUniversalFormsBothWays) {
+    ScriptedNetwork network({}); // no drives: the server step changes nothing
     std::string longPath = "C:";
     while (longPath.size() < 400)
         longPath += "\\f\xe9older";
-    const std::string windowsPaths[] = {
-        "C:\\Projects\\Robot\\arm.mdl",
+    // Windows paths and their universal forms, which turn back into them.
+    const std::string windows[] = {
+        "C:\\Projects\\arm.mdl",
         "\\\\Server\\Share\\b.mdl",
-        "..\\x",
-        ".",
-        "",
-        "relative\\caf\xe9.tga",
-        longPath,
-        "C:\\trailing\\",
+        "..\\Shared\\.\\sky.TGA",
+        "caf\xe9\\trailing\\",
         "MACSERVER\\Volumes\\x",
+        longPath,
+        "",
     };
-    for (const std::string& path : windowsPaths) {
-        SCOPED_TRACE(path);
-        EXPECT_EQ(detail::UniversalToNative(detail::NativeToUniversal(path), kWindows), path);
+    for (const std::string& path : windows) {
+        SCOPED_TRACE(path.substr(0, 30));
+        std::string universal = path;
+        std::replace(universal.begin(), universal.end(), '\\', '/');
+        EXPECT_EQ(detail::NativeToUniversal(path), universal);
+        EXPECT_EQ(detail::UniversalToNative(universal, kWindows), path);
+        EXPECT_EQ(detail::UniversalToNative(universal, kPosix), universal);
     }
-    const std::string posixPaths[] = {"/home/ann/Projects/Robot/arm.mdl", "//server/share/x",
-                                      "../x", "/", "caf\xe9"};
-    for (const std::string& path : posixPaths) {
-        SCOPED_TRACE(path);
-        EXPECT_EQ(detail::UniversalToNative(detail::NativeToUniversal(path), kPosix), path);
-    }
+    // "/" stays; the byte 0x12 stands for a "/" inside a name; on POSIX "\" becomes "/".
+    EXPECT_EQ(detail::NativeToUniversal("/home/ann/mixed\\x"), "/home/ann/mixed/x");
+    EXPECT_EQ(detail::UniversalToNative("dir/a\x12"
+                                        "b\\c",
+                                        kWindows),
+              "dir\\a/b\\c");
+    EXPECT_EQ(detail::UniversalToNative("dir/a\x12"
+                                        "b\\c",
+                                        kPosix),
+              "dir/a/b/c");
+    // The public forms: null for nothing, the platform's separator.
+    EXPECT_EQ(NativeToUniversal(String()).Get(), nullptr);
+    EXPECT_STREQ(NativeToUniversal(String("a\\b")).Get(), "a/b");
+    EXPECT_EQ(UniversalToNative(String()).Get(), nullptr);
+    EXPECT_STREQ(UniversalToNative(String("a/b\x12"
+                                          "c"))
+                     .Get(),
+                 platform::kNativePathStyle == kWindows ? "a\\b/c" : "a/b/c");
 }
 
-TEST(UniversalPath, DepthCountsComponentsBetweenColonsAndSlashes) {
-    struct Row {
-        std::string path;
-        int depth;
-    };
-    const Row rows[] = {
-        {"C:/Projects/Robot/", 3},
-        {"C:/Projects/Robot/arm.mdl", 4},
-        {"C:/Projects//Robot//", 3},
-        {"C:", 1},
-        {"C:/", 1},
-        {"//Server/Share/x", 3},
-        {"/home/ann/Projects/Robot/", 4},
-        {"../Shared/sky.tga", 3},
-        {"a:b:c", 3},
-        {"C:\\Projects\\Robot", 2}, // "\" is not a separator of universal paths
-        {"", 0},
-        {"/", 0},
-        {":::", 0},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(detail::PathDepth(row.path), row.depth);
-        EXPECT_EQ(GetPathDepth(String(row.path)), row.depth);
-    }
-}
-
-TEST(UniversalPath, MatchPathDepthSharesWholeComponentsOnly) {
-    struct Row {
-        std::string a, b;
-        int shared;
-    };
-    const Row rows[] = {
+TEST(UniversalPath, DepthSharedDepthAndShorteningCountWholeComponents) {
+    ExpectEach<int>(
+        [](const std::string& path) {
+            const int depth = detail::PathDepth(path);
+            EXPECT_EQ(GetPathDepth(String(path)), depth);
+            return depth;
+        },
+        {
+            {"C:/Projects/Robot/", 3},
+            {"C:/Projects//Robot//arm.mdl", 4},
+            {"C:", 1},
+            {"//Server/Share/x", 3},
+            {"../Shared/sky.tga", 3},
+            {"a:b:c", 3},
+            {"C:\\Projects\\Robot", 2}, // "\" is not a separator of universal paths
+            {"", 0},
+            {":/:", 0},
+        });
+    const std::tuple<std::string, std::string, int> shared[] = {
         {"C:/Proj/", "C:/Proj/x", 2},
         {"C:/Proj/", "C:/Project/x", 1},
         {"C:/Projects/Robot/", "c:/projects/robot/a.mdl", 3},
         {"C:/Projects/Robot/", "C:/Projects/Robot", 3},
-        {"C:/Projects/Robot/", "C:/Projects/Shared/sky.tga", 2},
         {"C:/Projects/Robot/", "D:/sky.tga", 0},
         {"C:/a", "Cx/a", 0},
-        {"/home/ann/Projects/Robot/", "/home/ann/Projects/Shared/sky.tga", 3},
-        {"/home/ann/", "/mnt/d/sky.tga", 0},
+        {"a/x", "a/y", 1},
         {"/home/ann/", "/home/bob/", 1},
-        {"//Server/Share/", "//server/share/x", 2},
         {"", "C:/x", -1},
         {"C:/x", "", -1},
-        {"x", "y", 0},
         {"same", "same", 1},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.a + " | " + row.b);
-        EXPECT_EQ(detail::MatchPathDepth(row.a, row.b), row.shared);
-        EXPECT_EQ(MatchPathDepth(String(row.a), String(row.b)), row.shared);
+    for (const auto& [a, b, depth] : shared) {
+        EXPECT_EQ(detail::MatchPathDepth(a, b), depth) << a << " | " << b;
+        EXPECT_EQ(MatchPathDepth(String(a), String(b)), depth) << a << " | " << b;
     }
-}
-
-TEST(UniversalPath, ShortenPathDropsLeadingComponents) {
-    struct Row {
-        std::string path;
-        int count;
-        std::string rest;
-    };
-    const Row rows[] = {
-        {"C:/Projects/Robot/arm.mdl", 2, "Robot/arm.mdl"},
+    const std::tuple<std::string, int, std::string> shortened[] = {
         {"C:/Projects/Robot/arm.mdl", 1, "Projects/Robot/arm.mdl"},
         {"C:/Projects/Robot/arm.mdl", 3, "arm.mdl"},
         {"C:/Projects/Robot/arm.mdl", 4, ""},
-        {"C:/Projects/Robot/arm.mdl", 9, ""},
         {"C:/Projects/Robot/arm.mdl", 0, ""},
-        {"C:/Projects/Robot/arm.mdl", -3, ""},
         {"C://Projects//Robot//arm.mdl", 2, "Robot//arm.mdl"},
-        {"C:/Projects/Robot/", 2, "Robot/"},
-        {"/home/ann/Projects/Robot/Parts/arm.mdl", 4, "Parts/arm.mdl"},
+        {"/home/ann/Projects/Robot/", 3, "Robot/"},
         {"", 1, ""},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path + " by " + std::to_string(row.count));
-        EXPECT_EQ(detail::ShortenPath(row.path, row.count), row.rest);
-        EXPECT_EQ(ShortenPath(String(row.path), row.count).View(), row.rest);
+    for (const auto& [path, count, rest] : shortened) {
+        EXPECT_EQ(detail::ShortenPath(path, count), rest) << path << " by " << count;
+        EXPECT_EQ(ShortenPath(String(path), count).View(), rest) << path << " by " << count;
     }
 }
 
-TEST(UniversalPath, PublicFormsUseThePlatformsSeparator) {
-    pathtest::ScriptedNetwork network({});
-    const bool windows = fileio::platform::kNativePathStyle == kWindows;
-    EXPECT_STREQ(UniversalToNative(String("a/b\x12"
-                                          "c"))
-                     .Get(),
-                 windows ? "a\\b/c" : "a/b/c");
-    EXPECT_EQ(UniversalToNative(String()).Get(), nullptr);
+TEST(LexicalPath, FoldsDotsAgainstTheCurrentDirectory) {
+    std::string deep;
+    for (int i = 0; i < 60; ++i)
+        deep += "/level";
+    const std::tuple<std::string, std::string, std::string> rows[] = {
+        {"/home/ann", "./Parts/../sky.tga", "/home/ann/sky.tga"},
+        {"/home/ann", "../../../../etc", "/etc"},
+        {"/home/ann", "/abs//x/./y/", "/abs/x/y/"},
+        {"/home/ann/", ".", "/home/ann"},
+        {"/home/ann", "../..", "/"},
+        {"/home/ann", "win\\style\\..\\x", "/home/ann/win/x"},
+        {"/home/ann", "c:\\x\\..\\..\\y", "c:/y"},
+        {"/home/ann", "//server/share/../x", "//server/x"},
+        {"/", "a", "/a"},
+        {"C:\\Projects\\Robot", "Parts/arm.mdl", "C:/Projects/Robot/Parts/arm.mdl"},
+        {"", "rel/../../x", "../x"},
+        {"/home/ann", "", ""},
+        {"/base", deep.substr(1) + "/../x", "/base" + deep.substr(0, deep.size() - 6) + "/x"},
+    };
+    for (const auto& [currentDir, path, full] : rows)
+        EXPECT_EQ(platform::LexicalFullPath(currentDir, path), full) << currentDir << " + " << path;
+    for (const char* path : {"/x", "\\x", "//server", "C:/x", "c:\\x"})
+        EXPECT_TRUE(platform::IsLexicallyAbsolute(path)) << path;
+    for (const char* path : {"x", "C:x", "C:", "", "./x", "1:/x"})
+        EXPECT_FALSE(platform::IsLexicallyAbsolute(path)) << path;
+}
+
+TEST(LexicalPath, TheSystemResolvesAgainstTheCurrentDirectory) {
+    CurrentDirectoryGuard guard;
+    TempFolder scratch;
+    ASSERT_TRUE(platform::Files().setCurrentDirectory(scratch.Path().c_str()));
+    std::string current;
+    ASSERT_TRUE(platform::Files().getCurrentDirectory(current));
+    EXPECT_TRUE(std::filesystem::equivalent(current, scratch.Path()));
+    const char separator = platform::NativeSeparator();
+    std::string full;
+    ASSERT_TRUE(platform::Files().fullPath("a/./b/../c.txt", full));
+    EXPECT_EQ(full, current + separator + "a" + separator + "c.txt");
+    EXPECT_FALSE(platform::Files().fullPath("", full));
 }
 
 } // namespace

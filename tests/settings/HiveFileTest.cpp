@@ -45,22 +45,17 @@ TEST(HiveFileTest, WritesValueLinesWithTheDocumentedEscapes) {
     };
     const Row rows[] = {
         {"Plain", "ON", "Plain=ON"},
-        {"Equals", "a=b==c", "Equals=a=b==c"},              // "=" in a value stays
         {"Percent", "100%", "Percent=100%25"},              // "%" is always escaped
         {"Lines", "one\ntwo\r\n", "Lines=one%0Atwo%0D%0A"}, // line ends cannot break a line
-        {"Tab", "a\tb", "Tab=a%09b"},
-        {"Blanks", "  two  ", "Blanks=%20 two %20"}, // only the end blanks
+        {"Blanks", "  two  ", "Blanks=%20 two %20"},        // only the end blanks
         {"One blank", " ", "One blank=%20"},
-        {"Path", "C:\\Program Files\\Varn", "Path=C:\\Program Files\\Varn"},
-        {"Quotes", "\"quoted\" 'single'", "Quotes=\"quoted\" 'single'"},
-        {"Brackets", "[not a key]", "Brackets=[not a key]"},
+        {"Brackets", "[a=b] \"q\"", "Brackets=[a=b] \"q\""}, // no escapes needed in a value
         {"High", "caf\xC3\xA9 \x80\xFF", "High=caf%C3%A9 %80%FF"},
         {"Delete", "\x7F", "Delete=%7F"},
         {"Empty", "", "Empty="},
         {"a=b", "1", "a%3Db=1"}, // "=" in a name
         {"[x]", "2", "%5Bx%5D=2"},
         {";comment", "3", "%3Bcomment=3"},
-        {"#hash", "4", "%23hash=4"},
         {"", "default", "=default"}, // the key's unnamed value
     };
     for (const Row& row : rows) {
@@ -82,30 +77,8 @@ TEST(HiveFileTest, EscapesKeyNamesButKeepsTheirSeparators) {
 // Any text written comes back exactly, through the file's text and a fresh parse.
 TEST(HiveFileTest, HostileTextsRoundTripThroughTheFile) {
     const std::vector<std::string> texts = {
-        "plain",
-        "a=b",
-        "[section]",
-        "back\\slash\\",
-        "\"quoted\"",
-        "line\nend",
-        "cr\r",
-        "crlf\r\n",
-        "%41 is not A",
-        "%",
-        "%%",
-        " lead",
-        "trail ",
-        "  ",
-        "\t",
-        ";not comment",
-        "#not comment",
-        "=",
-        "==",
-        "]",
-        "[",
-        "caf\xC3\xA9",
-        "\x80\x81\xFE\xFF",
-        AllBytes(),
+        "a=b",    "[section]", "line\nend",    "crlf\r\n", "%41 is not A", "%%", " lead",
+        "trail ", "\t",        ";not comment", "#x",       "==",           "]",  AllBytes(),
     };
     for (const std::string& text : texts) {
         SCOPED_TRACE(EscapeHiveText(text, ""));

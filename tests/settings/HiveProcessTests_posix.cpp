@@ -366,9 +366,12 @@ TEST_F(HiveProcessTest, ADamagedFileIsReadReportedOnceAndKept) {
     fileio::test::RecordingLog log;
     ScopedLogHandler installed(&log);
 
+    // Any access reports the damage, a removal as well as a read.
+    RegistryProfile profile{String("Tests")};
+    EXPECT_EQ(profile.WriteProfileString("Sec", "Missing", nullptr), 0);
+    ASSERT_EQ(log.lines.size(), 3u);
     EXPECT_EQ(GetLocalRegistryValue("Sec", "Good", 0), 1);
     EXPECT_EQ(GetLocalRegistryString("Sec", "Bad", "d"), String("d"));
-    ASSERT_EQ(log.lines.size(), 3u);
     const std::string prefix = "Settings file " + store.HivePath() + ", line ";
     EXPECT_EQ(log.lines[0], prefix + "3: unreadable line skipped and kept as it is: "
                                      "garbage without equals");

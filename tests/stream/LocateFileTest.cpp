@@ -65,6 +65,9 @@ TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
         {deep, "Locate File: " + deep, "MDL Files (*.Mdl)|*.Mdl|****|All Files (*.*)|*.*|****||",
          maps, maps + "arm.Mdl"},
         {"no-folder", "Locate File: no-folder", "All Files (*.*)|*.*|****||", "", "no-folder"},
+        // Up to a drive that does not exist either: no folder.
+        {"Q:\\Gone\\Deep\\arm.mdl", "Locate File: Q:\\Gone\\Deep\\arm.mdl",
+         "MDL Files (*.mdl)|*.mdl|****|All Files (*.*)|*.*|****||", "", "arm.mdl"},
         // A network folder only when it exists.
         {"\\\\nosuchserver\\share\\arm.mdl", "Locate File: \\\\nosuchserver\\share\\arm.mdl",
          "MDL Files (*.mdl)|*.mdl|****|All Files (*.*)|*.*|****||", "", "arm.mdl"},

@@ -53,15 +53,14 @@ public:
 
 } // namespace
 
-TEST(MemoryStream, GrowsByAtLeast32768BytesOrTheWrite) {
+TEST(MemoryStream, GrowsByAtLeast32768BytesOrTheWriteOrTheCapacityHeld) {
     struct Row {
         std::vector<std::size_t> writes;
         unsigned long long capacity;
     };
     const Row rows[] = {
-        {{1}, 32768},          {{40000}, 40000}, {{32768}, 32768}, {{32768, 1}, 65536},
-        {{40000, 1}, 80000}, // never less than the capacity held: doubling
-        {{1, 100000}, 132768}, {{0}, 0},
+        {{1}, 32768},        {{40000}, 40000},      {{32768}, 32768}, {{32768, 1}, 65536},
+        {{40000, 1}, 80000}, {{1, 100000}, 132768}, {{0}, 0},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.writes.size() * 1000 + row.writes.back());
@@ -75,54 +74,43 @@ TEST(MemoryStream, GrowsByAtLeast32768BytesOrTheWrite) {
         EXPECT_EQ(stream.GetLength(), total);
         EXPECT_EQ(stream.GetPos(), total);
     }
-}
-
-TEST(MemoryStream, GrowingKeepsTheDataBeforeThePosition) {
+    // Growing keeps the data before the position.
     MemoryStream stream;
     stream.Write("head", 4);
     stream.Seek(2, SM_BEGIN);
     stream.Write(std::string(40000, 'y').data(), 40000);
-    const std::string bytes = Bytes(stream);
-    EXPECT_EQ(bytes.size(), 40002u);
-    EXPECT_EQ(bytes.substr(0, 3), "hey");
+    EXPECT_EQ(stream.GetLength(), 40002u);
+    EXPECT_EQ(Bytes(stream).substr(0, 3), "hey");
 }
 
-TEST(MemoryStream, SeekModes) {
+TEST(MemoryStream, SeeksUncheckedAndReadsPastTheEndWithoutFailing) {
     struct Row {
         long long offset;
         SeekMode mode;
-        unsigned long long expected;
+        unsigned long long expected; // from position 1 of "abc"
     };
     const Row rows[] = {
-        {10, SM_END, 90},    {0, SM_END, 100},     {7, SM_BEGIN, 7},
-        {5, SM_CURRENT, 35}, {-5, SM_CURRENT, 25}, {150, SM_BEGIN, 150},
+        {1, SM_END, 2}, {0, SM_END, 3}, {2, SM_BEGIN, 2}, {1, SM_CURRENT, 2}, {-1, SM_CURRENT, 0},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.offset);
-        MemoryStream stream;
-        Load(stream, std::string(100, 'a'));
-        stream.Seek(30, SM_BEGIN);
-        stream.Seek(row.offset, row.mode);
-        EXPECT_EQ(stream.GetPos(), row.expected);
-    }
-}
-
-TEST(MemoryStream, ReadsPastTheEndCopyWhatIsThereAndSetNoFailedBit) {
     MemoryStream stream;
     Load(stream, "abc");
+    for (const Row& row : rows) {
+        stream.Seek(1, SM_BEGIN);
+        stream.Seek(row.offset, row.mode);
+        EXPECT_EQ(stream.GetPos(), row.expected) << row.offset << " " << row.mode;
+    }
     char buffer[8] = "-------";
     stream.Seek(1, SM_BEGIN);
+    EXPECT_FALSE(stream.Eof());
     stream.Read(buffer, 5);
     EXPECT_EQ(std::string(buffer), "bc-----");
-    EXPECT_FALSE(stream.IsFailed());
+    EXPECT_TRUE(stream.Eof()); // at the end exactly
     EXPECT_EQ(stream.ReadC(buffer, 4), 0u);
     stream.Seek(50, SM_BEGIN);
+    EXPECT_EQ(stream.GetPos(), 50u);
     EXPECT_EQ(stream.ReadC(buffer, 4), 0u);
     EXPECT_TRUE(stream.Eof());
     EXPECT_FALSE(stream.IsFailed());
-    int value = 42;
-    stream >> value;
-    EXPECT_EQ(value, 0); // a text token that is not there reads as 0
 }
 
 // One row per rule of the opening table in MemoryStream.h. Every stream starts with the data
@@ -136,60 +124,46 @@ TEST(MemoryStream, EachOpenFormFollowsTheOpeningTable) {
     const String plain = folder.Write("plain.bin", "B<");
     const String empty = folder.Write("empty.mdl", "");
     const String missing = folder.Write("x", "") + String("-missing");
-    enum class Name { Kept, Dropped, Path };
+    enum class Form { File, Bytes, Mode };
     struct Row {
         const char* name;
-        std::function<bool(MemoryStream&)> open;
+        Form form;
+        const String* path; // File: the file; else the name expected afterwards
+        std::string bytes;  // Bytes: the bytes given
+        FileMode mode;
         bool opened;
         std::string data;
         unsigned long long position;
         bool isBinary;
         float version;
-        Name fileName;
-        const String* path;
     };
     const Row rows[] = {
-        {"file, binary suite file",
-         [&](MemoryStream& s) { return s.Open(binary, FM_LOADING | FM_VARN); }, true, binaryFile, 1,
-         true, 5.0f, Name::Path, &binary},
-        {"file, angle suite file",
-         [&](MemoryStream& s) { return s.Open(angle, FM_LOADING | FM_VARN); }, true,
-         "<MODELFILE>\n", 0, false, 13.0f, Name::Path, &angle},
-        {"file without the Varn bit: no marker",
-         [&](MemoryStream& s) { return s.Open(plain, FM_LOADING); }, true, "B<", 0, false, 5.0f,
-         Name::Path, &plain},
-        {"file, appending: at the end",
-         [&](MemoryStream& s) { return s.Open(binary, FM_LOADING | FM_VARN | FM_APPEND); }, true,
-         binaryFile, 5, false, 5.0f, Name::Path, &binary},
-        {"empty file", [&](MemoryStream& s) { return s.Open(empty, FM_LOADING | FM_VARN); }, true,
-         "", 0, false, 5.0f, Name::Path, &empty},
-        {"missing file: nothing changes",
-         [&](MemoryStream& s) { return s.Open(missing, FM_LOADING | FM_DONTASK); }, false, "old", 0,
-         false, 13.0f, Name::Kept, &previous},
-        {"bytes", [](MemoryStream& s) { return s.Open("abc", 3, FM_LOADING | FM_FAILED); }, true,
-         "abc", 0, false, 5.0f, Name::Kept, &previous},
-        {"bytes appended",
-         [](MemoryStream& s) { return s.Open("de", 2, FM_LOADING | FM_APPEND | FM_VARN); }, true,
-         "oldde", 5, false, 13.0f, Name::Kept, &previous},
-        {"bytes of a binary suite file",
-         [&](MemoryStream& s) {
-             return s.Open(binaryFile.data(), binaryFile.size(), FM_LOADING | FM_VARN);
-         },
-         true, binaryFile, 1, true, 5.0f, Name::Kept, &previous},
-        {"bytes, storing: no marker written",
-         [](MemoryStream& s) { return s.Open("abc", 3, FM_VARN | FM_BINARY); }, true, "abc", 0,
-         true, 5.0f, Name::Kept, &previous},
-        {"no file, loading: the data are read again",
-         [](MemoryStream& s) { return s.Open(FM_LOADING | FM_VARN); }, true, "old", 0, false, 13.0f,
-         Name::Dropped, nullptr},
-        {"no file, storing with append",
-         [](MemoryStream& s) { return s.Open(FM_APPEND | FM_VARN | FM_BINARY); }, true, "old", 3,
-         true, 13.0f, Name::Dropped, nullptr},
-        {"no file, storing a binary suite file",
-         [](MemoryStream& s) { return s.Open(FM_VARN | FM_BINARY); }, true, "B", 1, true, 13.0f,
-         Name::Dropped, nullptr},
-        {"no file, storing", [](MemoryStream& s) { return s.Open(FM_STORING); }, true, "", 0, false,
-         13.0f, Name::Dropped, nullptr},
+        {"file, binary suite file", Form::File, &binary, "", FM_LOADING | FM_VARN, true, binaryFile,
+         1, true, 5.0f},
+        {"file, angle suite file", Form::File, &angle, "", FM_LOADING | FM_VARN, true,
+         "<MODELFILE>\n", 0, false, 13.0f},
+        {"file without the Varn bit: no marker", Form::File, &plain, "", FM_LOADING, true, "B<", 0,
+         false, 5.0f},
+        {"file, appending: at the end", Form::File, &binary, "", FM_LOADING | FM_VARN | FM_APPEND,
+         true, binaryFile, 5, false, 5.0f},
+        {"empty file", Form::File, &empty, "", FM_LOADING | FM_VARN, true, "", 0, false, 5.0f},
+        {"missing file: nothing changes", Form::File, &missing, "", FM_LOADING | FM_DONTASK, false,
+         "old", 0, false, 13.0f},
+        {"bytes", Form::Bytes, &previous, "abc", FM_LOADING | FM_FAILED, true, "abc", 0, false,
+         5.0f},
+        {"bytes appended", Form::Bytes, &previous, "de", FM_LOADING | FM_APPEND | FM_VARN, true,
+         "oldde", 5, false, 13.0f},
+        {"bytes of a binary suite file", Form::Bytes, &previous, binaryFile, FM_LOADING | FM_VARN,
+         true, binaryFile, 1, true, 5.0f},
+        {"bytes, storing: no marker written", Form::Bytes, &previous, "abc", FM_VARN | FM_BINARY,
+         true, "abc", 0, true, 5.0f},
+        {"no file, loading: the data are read again", Form::Mode, nullptr, "", FM_LOADING | FM_VARN,
+         true, "old", 0, false, 13.0f},
+        {"no file, storing with append", Form::Mode, nullptr, "", FM_APPEND | FM_VARN | FM_BINARY,
+         true, "old", 3, true, 13.0f},
+        {"no file, storing a binary suite file", Form::Mode, nullptr, "", FM_VARN | FM_BINARY, true,
+         "B", 1, true, 13.0f},
+        {"no file, storing", Form::Mode, nullptr, "", FM_STORING, true, "", 0, false, 13.0f},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -197,21 +171,25 @@ TEST(MemoryStream, EachOpenFormFollowsTheOpeningTable) {
         ASSERT_TRUE(stream.Open(previous, FM_LOADING | FM_DONTPROGRESS));
         stream.SetVersion(13.0f);
         stream.OnFailed();
-        EXPECT_EQ(row.open(stream), row.opened);
+        const bool opened = row.form == Form::File ? stream.Open(*row.path, row.mode)
+                            : row.form == Form::Bytes
+                                ? stream.Open(row.bytes.data(), row.bytes.size(), row.mode)
+                                : stream.Open(row.mode);
+        EXPECT_EQ(opened, row.opened);
         EXPECT_EQ(Bytes(stream), row.data);
         EXPECT_EQ(stream.GetPos(), row.position);
         EXPECT_EQ(stream.IsBinary(), row.isBinary);
         EXPECT_EQ(stream.GetVersion(), row.version);
         EXPECT_EQ(stream.HasFailed(), !row.opened);
-        EXPECT_EQ(stream.GetFileName().View(),
-                  row.fileName == Name::Dropped ? "" : row.path->View());
-        if (row.fileName == Name::Path) {
+        const String* name = row.opened || row.form != Form::File ? row.path : &previous;
+        EXPECT_EQ(stream.GetFileName().View(), name != nullptr ? name->View() : "");
+        if (row.form == Form::File && row.opened) {
             EXPECT_EQ(stream.GetCapacity(), row.data.size()) << "a file's image fits exactly";
         }
     }
 }
 
-TEST(MemoryStream, IsHeaderLooksAtThePositionAsItIs) {
+TEST(MemoryStream, HeaderPeeksLookAtTheirByteAsItIs) {
     MemoryStream stream;
     Load(stream, " <MESH>");
     EXPECT_FALSE(stream.IsHeader());
@@ -221,38 +199,28 @@ TEST(MemoryStream, IsHeaderLooksAtThePositionAsItIs) {
     Load(stream, "<MESH> x");
     stream.Seek(5, SM_BEGIN);
     EXPECT_TRUE(stream.IsHeaderAt0());
-}
-
-TEST(MemoryStream, EndHeaderAt0KeepsItsOwnSpelling) {
+    // An end header at 0 keeps its own spelling: "[End" in the square form.
     struct Row {
         float version;
         const char* data;
         bool expected;
     };
     const Row rows[] = {
-        {5.0f, "[EndMODELFILE]", true},
-        {5.0f, "[ENDMODELFILE]", false},
-        {5.0f, "[End", true},
-        {5.0f, "[En", false},
-        {13.0f, "</MODELFILE>", true},
-        {13.0f, "<MODELFILE>", false},
-        {13.0f, "</", true},
-        {13.0f, "<", false},
+        {5.0f, "[End", true}, {5.0f, "[ENDMODELFILE]", false}, {5.0f, "[En", false},
+        {13.0f, "</", true},  {13.0f, "<MODELFILE>", false},   {13.0f, "<", false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.data);
-        MemoryStream stream;
         Load(stream, row.data, FM_LOADING, row.version);
         EXPECT_EQ(stream.IsEndHeaderAt0(), row.expected);
     }
     // Binary: the last token read was a label in header position.
-    MemoryStream binary;
-    Load(binary, Raw({0xCE, 0x0F, 0x00, 0xC0, 0x50, 0x01, 0x00, 0xA0}), FM_BINARY);
+    Load(stream, Raw({0xCE, 0x0F, 0x00, 0xC0, 0x50, 0x01, 0x00, 0xA0}), FM_BINARY);
     Header header;
-    binary >> header;
-    EXPECT_TRUE(binary.IsEndHeaderAt0());
-    binary >> header;
-    EXPECT_FALSE(binary.IsEndHeaderAt0());
+    stream >> header;
+    EXPECT_TRUE(stream.IsEndHeaderAt0());
+    stream >> header;
+    EXPECT_FALSE(stream.IsEndHeaderAt0());
 }
 
 TEST(MemoryStream, CopiesTakeModeVersionAndDataButNotThePosition) {
@@ -265,7 +233,6 @@ TEST(MemoryStream, CopiesTakeModeVersionAndDataButNotThePosition) {
     EXPECT_EQ(copy.GetVersion(), 13.0f);
     EXPECT_EQ(copy.GetPos(), 0u);
     EXPECT_NE(copy.GetData(), original.GetData());
-
     MemoryStream assigned;
     assigned.Write("old", 3);
     assigned = original;
@@ -273,25 +240,19 @@ TEST(MemoryStream, CopiesTakeModeVersionAndDataButNotThePosition) {
     EXPECT_TRUE(assigned.IsBinary());
     assigned = assigned;
     EXPECT_EQ(Bytes(assigned), "<MESH>");
-
     MemoryStream empty;
-    MemoryStream emptyCopy(empty);
-    EXPECT_EQ(emptyCopy.GetLength(), 0u);
-}
+    EXPECT_EQ(MemoryStream(empty).GetLength(), 0u);
 
-TEST(MemoryStream, SetSizeAndEmptyDropTheData) {
-    MemoryStream stream;
-    Load(stream, "abc", FM_LOADING, 13.0f);
-    stream.SetSize(1024);
-    EXPECT_EQ(stream.GetLength(), 0u);
-    EXPECT_EQ(stream.GetCapacity(), 1024u);
-    EXPECT_EQ(stream.GetVersion(), 5.0f);
-    stream.Write("x", 1);
-    EXPECT_EQ(stream.GetCapacity(), 1024u);
-    stream.Empty();
-    EXPECT_EQ(stream.GetLength(), 0u);
-    EXPECT_EQ(stream.GetCapacity(), 0u);
-    EXPECT_EQ(stream.GetData(), nullptr);
+    // SetSize and Empty drop the data.
+    copy.SetSize(1024);
+    EXPECT_EQ(copy.GetLength(), 0u);
+    EXPECT_EQ(copy.GetCapacity(), 1024u);
+    EXPECT_EQ(copy.GetVersion(), 5.0f);
+    copy.Write("x", 1);
+    EXPECT_EQ(copy.GetCapacity(), 1024u);
+    copy.Empty();
+    EXPECT_EQ(copy.GetCapacity(), 0u);
+    EXPECT_EQ(copy.GetData(), nullptr);
 }
 
 TEST(MemoryStream, LoadingProgressThroughTheStatusHandler) {
@@ -300,7 +261,6 @@ TEST(MemoryStream, LoadingProgressThroughTheStatusHandler) {
     for (int i = 0; i < 100; ++i)
         text += "Value=" + std::to_string(1000 + i) + "\n"; // 11 bytes a line
     const String path = folder.Write("scene.prj", text);
-
     RecordingStatus status;
     ScopedStatusHandler installed(&status);
     {
@@ -322,15 +282,9 @@ TEST(MemoryStream, LoadingProgressThroughTheStatusHandler) {
         EXPECT_FALSE(StatusMessage::IsDisplaying());
     }
     EXPECT_EQ(status.uninitialized, 1);
-}
-
-TEST(MemoryStream, ProgressInsideAnotherDisplay) {
-    TemporaryFolder folder;
-    const String path = folder.Write("part.mdl", "Name=x\n");
-    RecordingStatus status;
-    ScopedStatusHandler installed(&status);
 
     // A plain control is running: its text comes back when the stream closes.
+    status.controls.clear();
     status.active = true;
     StatusMessage::InitializeProgressControl("Saving the world", 0, 0, 100);
     status.controls.clear();
@@ -340,19 +294,15 @@ TEST(MemoryStream, ProgressInsideAnotherDisplay) {
         stream.Close();
     }
     EXPECT_EQ(status.controls,
-              (std::vector<std::string>{"Loading [ part.mdl ]", "Saving the world"}));
-    EXPECT_EQ(status.uninitialized, 0);
-
-    // A control of another kind: nothing is shown.
+              (std::vector<std::string>{"Loading [ scene.prj ]", "Saving the world"}));
+    EXPECT_EQ(status.uninitialized, 1);
+    // A control of another kind: nothing is shown; nor without progress or for an empty file.
     status.controls.clear();
     status.type = 3;
     {
         MemoryStream stream;
         ASSERT_TRUE(stream.Open(path, FM_LOADING));
     }
-    EXPECT_TRUE(status.controls.empty());
-
-    // Without progress, or for an empty file, nothing either.
     status.active = false;
     status.type = 0;
     {
@@ -361,7 +311,7 @@ TEST(MemoryStream, ProgressInsideAnotherDisplay) {
         ASSERT_TRUE(stream.Open(folder.Write("empty.mdl", ""), FM_LOADING));
     }
     EXPECT_TRUE(status.controls.empty());
-    EXPECT_EQ(status.uninitialized, 0);
+    EXPECT_EQ(status.uninitialized, 1);
 }
 
 TEST(MemoryStream, InfoStreamOfAVersionedFile) {
@@ -371,7 +321,6 @@ TEST(MemoryStream, InfoStreamOfAVersionedFile) {
     folder.MakeFolder("work/.svn");
     folder.Write("work/models/robot.mdl.vinfo", "Name=info\n");
     const String orphan = folder.Write("work/orphan.mdl", "<MODELFILE>\n");
-
     EXPECT_FALSE(SVNIsVersioned(plain));
     EXPECT_TRUE(SVNIsVersioned(versioned));
     EXPECT_TRUE(SVNIsVersioned(orphan));
@@ -380,7 +329,6 @@ TEST(MemoryStream, InfoStreamOfAVersionedFile) {
     MemoryStream notVersioned;
     ASSERT_TRUE(notVersioned.Open(plain, FM_LOADING | FM_VARN));
     EXPECT_EQ(notVersioned.GetInfoStream(), &notVersioned);
-
     MemoryStream model;
     ASSERT_TRUE(model.Open(versioned, FM_LOADING | FM_VARN));
     VarnStream* info = model.GetInfoStream();
@@ -394,7 +342,6 @@ TEST(MemoryStream, InfoStreamOfAVersionedFile) {
     *info >> label >> value;
     EXPECT_EQ(value.View(), "info");
     EXPECT_EQ(model.GetInfoStream(), info); // made once
-
     MemoryStream withoutCompanion;
     ASSERT_TRUE(withoutCompanion.Open(orphan, FM_LOADING | FM_VARN));
     EXPECT_EQ(withoutCompanion.GetInfoStream(), nullptr);

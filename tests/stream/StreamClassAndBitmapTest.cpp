@@ -64,20 +64,30 @@ TEST(StreamClasses, LoadRefusesLongShortAndUnknownNames) {
         std::string data;
         unsigned int schema;
     };
+    // A registered class whose name is 64 bytes long is refused; one of 63 is found.
+    static const std::string long63(63, 'a'), long64(64, 'a');
+    static const RuntimeClass fits{long63.c_str(), 1, &MakeNothing};
+    static const RuntimeClass tooLong{long64.c_str(), 1, &MakeNothing};
+    GetApplicationClasses().Add(fits);
+    GetApplicationClasses().Add(tooLong);
+    MemoryStream reader;
+    Load(reader, Raw({1, 0, 63, 0}) + long63, FM_BINARY);
+    EXPECT_EQ(reader.LoadRuntimeClass(nullptr), &fits);
     const Row rows[] = {
         {"unknown name", Raw({2, 0, 4, 0}) + "Ghost", 2},
-        {"name of 64 bytes", Raw({1, 0, 64, 0}) + std::string(64, 'a'), 1},
+        {"name of 64 bytes", Raw({1, 0, 64, 0}) + long64, 1},
         {"name cut short", Raw({1, 0, 5, 0}) + "Li", 1},
         {"nothing", "", 0},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        MemoryStream reader;
         Load(reader, row.data, FM_BINARY);
         unsigned int schema = 77;
         EXPECT_EQ(reader.LoadRuntimeClass(&schema), nullptr);
         EXPECT_EQ(schema, row.schema);
     }
+    GetApplicationClasses().Remove(fits);
+    GetApplicationClasses().Remove(tooLong);
 }
 
 // ---- bitmaps ------------------------------------------------------------------------------------
@@ -202,13 +212,14 @@ IconImage SmallIcon() {
     return image;
 }
 
+IconImage g_source = SmallIcon(); // what the fake system's icon holds
 IconImage g_made;
 int g_handle = 0;
 
 bool FakeIconToImage(void* icon, IconImage& image) {
     if (icon != &g_handle)
         return false;
-    image = SmallIcon();
+    image = g_source;
     return true;
 }
 
@@ -286,6 +297,29 @@ TEST(StreamIcons, ABadIconFormIsRefused) {
         EXPECT_EQ(icon, nullptr);
         EXPECT_TRUE(reader.IsFailed());
     }
+}
+
+TEST(StreamIcons, IconSidesUpTo256AreRead) {
+    ScopedServices<IconServices> saved(Icons());
+    Icons().iconToImage = &FakeIconToImage;
+    Icons().imageToIcon = &FakeImageToIcon;
+    for (int width : {256, 257}) {
+        SCOPED_TRACE(width);
+        g_source.width = width;
+        g_source.height = 1;
+        g_source.color.assign(static_cast<std::size_t>(width) * 4, 7);
+        g_source.mask.assign((static_cast<std::size_t>(width) + 31) / 32 * 4, 0);
+        MemoryStream writer;
+        Store(writer, true);
+        writer << reinterpret_cast<HICON>(&g_handle);
+        MemoryStream reader;
+        Load(reader, Bytes(writer), FM_BINARY);
+        HICON back = nullptr;
+        reader >> back;
+        EXPECT_EQ(back != nullptr, width == 256);
+        EXPECT_EQ(reader.IsFailed(), width != 256);
+    }
+    g_source = SmallIcon();
 }
 
 TEST(StreamIcons, SystemIconsRoundTripWhereIconsExist) {

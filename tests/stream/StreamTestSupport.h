@@ -5,6 +5,8 @@
 #include "fileio/stream/MemoryStream.h"
 #include "support/ByteWiseStream.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <initializer_list>
 #include <memory>
@@ -65,6 +67,20 @@ inline std::unique_ptr<VarnStream> Transport(bool byteWise) {
 
 inline const char* TransportName(bool byteWise) {
     return byteWise ? "byte-wise" : "memory";
+}
+
+/// Runs `check` on a memory stream and on a byte-wise stream, each loaded with `bytes`.
+template <class Check>
+void OnBothTransports(std::string_view bytes, FileMode mode, float version, Check check) {
+    for (bool byteWise : {false, true}) {
+        SCOPED_TRACE(TransportName(byteWise));
+        auto stream = Transport(byteWise);
+        Load(*stream, bytes, mode, version);
+        check(*stream);
+    }
+}
+template <class Check> void OnBothTransports(std::string_view bytes, Check check) {
+    OnBothTransports(bytes, FM_LOADING, 13.0f, check);
 }
 
 } // namespace streamtest

@@ -28,33 +28,21 @@ void WriteWorkedExample(VarnStream& stream) {
 
 } // namespace
 
-TEST(StreamTokens, WorkedExampleInText) {
-    MemoryStream stream;
-    stream.Open(FM_VARN);
-    WriteWorkedExample(stream);
-    EXPECT_EQ(Bytes(stream), "<MODELFILE>\nActive=TRUE\n</MODELFILE>\n");
-}
-
-TEST(StreamTokens, WorkedExampleInBinary) {
-    MemoryStream stream;
-    stream.Open(FM_VARN | FM_BINARY);
-    WriteWorkedExample(stream);
-    EXPECT_EQ(Hex(Bytes(stream)), "42 50 01 00 80 CE 0F 00 40 01 50 01 00 A0");
-}
-
-TEST(StreamTokens, WorkedExampleReadsBackInBothForms) {
+TEST(StreamTokens, WorkedExampleInBothFormsAndBack) {
     for (bool binary : {false, true}) {
         SCOPED_TRACE(binary ? "binary" : "text");
         MemoryStream writer;
         writer.Open(binary ? FM_VARN | FM_BINARY : FM_VARN);
         WriteWorkedExample(writer);
+        EXPECT_EQ(Bytes(writer), binary ? "B" + Raw({0x50, 0x01, 0x00, 0x80, 0xCE, 0x0F, 0x00, 0x40,
+                                                     0x01, 0x50, 0x01, 0x00, 0xA0})
+                                        : "<MODELFILE>\nActive=TRUE\n</MODELFILE>\n");
 
         MemoryStream reader;
         reader.Open(writer.GetData(), writer.GetLength(), FM_LOADING | FM_VARN);
         EXPECT_EQ(reader.IsBinary(), binary);
         EXPECT_EQ(reader.GetVersion(), binary ? 5.0f : 13.0f);
         // A binary file's marker stays in the image but is read past.
-        EXPECT_EQ(reader.GetData()[0], binary ? 'B' : '<');
         EXPECT_EQ(reader.GetPos(), binary ? 1u : 0u);
         ASSERT_TRUE(reader.IsHeader());
         Header header;
@@ -119,10 +107,8 @@ TEST(StreamTokens, TextHeadersOfBothGenerations) {
         {13.0f, "<MODELFILE>\n  X", "MODELFILE", kModelFile, 14},
         {13.0f, "</MODELFILE>", "/MODELFILE", kModelFile | kEnd, 12},
         {13.0f, "<Plugin Properties>", "Plugin Properties", kPluginProperties, 19},
-        {13.0f, "<Active>", "Active", kActive, 8},
-        {13.0f, "</Active>", "/Active", kActive | kEnd, 9},
+        {13.0f, "</Active>", "/Active", kActive | kEnd, 9}, // a label word opens a section
         {13.0f, "<modelfile>", "modelfile", -1, 11},
-        {13.0f, "</NOSUCHWORD>", "/NOSUCHWORD", -1, 13},
         {13.0f, "<MESH", "MESH", kMesh, 5},
         // The square form ends just after its bracket; the angle form skips white space.
         {5.0f, "[MODELFILE]\r\nX", "MODELFILE", kModelFile, 11},
@@ -138,16 +124,14 @@ TEST(StreamTokens, TextHeadersOfBothGenerations) {
         {5.0f, "[" + std::string(300, 'A') + "]X", a79, -1, 302},
     };
     for (const Row& row : rows) {
-        for (bool byteWise : {false, true}) {
-            SCOPED_TRACE((byteWise ? "byte-wise " : "memory ") + row.data.substr(0, 20));
-            auto stream = Transport(byteWise);
-            Load(*stream, row.data, FM_LOADING, row.version);
+        SCOPED_TRACE(row.data.substr(0, 20));
+        OnBothTransports(row.data, FM_LOADING, row.version, [&](VarnStream& stream) {
             Header header(kMesh);
-            *stream >> header;
+            stream >> header;
             EXPECT_EQ(std::string(header.text), row.text);
             EXPECT_EQ(header.id, row.id);
-            EXPECT_EQ(stream->GetPos(), row.position);
-        }
+            EXPECT_EQ(stream.GetPos(), row.position);
+        });
     }
 }
 
@@ -184,9 +168,7 @@ TEST(StreamTokens, BinaryHeaderWords) {
         EXPECT_EQ(stream.GetHeaderPosition(), 2u);
         EXPECT_EQ(stream.GetPos(), 6u);
     }
-}
-
-TEST(StreamTokens, TheWordOfNoIdLeavesTheLabelFlagAsItWas) {
+    // The word of no id leaves the last-token-was-label flag as it was.
     MemoryStream stream;
     Load(stream, Raw({0xCE, 0x0F, 0x00, 0x40, 0xFF, 0xFF, 0xFF, 0xFF}), FM_BINARY);
     Label label;
@@ -211,7 +193,6 @@ TEST(StreamTokens, LabelsInBothForms) {
         {"text with a blank in the word", "Back Distance=3", FM_LOADING, "Back Distance", 1207, 14},
         // The word is taken as it stands, white space and all.
         {"text after white space", " \n\tName=x", FM_LOADING, " \n\tName", -1, 8},
-        {"text after a blank", " Active=1", FM_LOADING, " Active", -1, 8},
         {"text unknown", "Nonsense=1", FM_LOADING, "Nonsense", -1, 9},
         {"binary", Raw({0xCE, 0x0F, 0x00, 0x40, 0x01}), FM_BINARY, "Active", kActive, 4},
         {"binary no id", Raw({0xFF, 0xFF, 0xFF, 0xFF}), FM_BINARY, "LabelNotFound: -1", -1, 4},
@@ -225,10 +206,8 @@ TEST(StreamTokens, LabelsInBothForms) {
         EXPECT_STREQ(label.text, row.text);
         EXPECT_EQ(label.id, row.id);
         EXPECT_EQ(stream.GetPos(), row.position);
-        if (stream.IsBinary()) {
-            EXPECT_FALSE(stream.WasLastTokenHeader());
-            EXPECT_TRUE(stream.WasLastTokenLabel());
-        }
+        EXPECT_FALSE(stream.WasLastTokenHeader());
+        EXPECT_EQ(stream.WasLastTokenLabel(), stream.IsBinary());
     }
 }
 
@@ -246,31 +225,13 @@ TEST(StreamTokens, HeaderPeeksByVersion) {
         {13.0f, "", false, false},
     };
     for (const Row& row : rows) {
-        for (bool byteWise : {false, true}) {
-            SCOPED_TRACE(std::string(byteWise ? "byte-wise " : "memory ") + row.data + " at " +
-                         std::to_string(row.version));
-            auto stream = Transport(byteWise);
-            Load(*stream, row.data, FM_LOADING, row.version);
-            EXPECT_EQ(stream->IsHeader(), row.isHeader);
-            EXPECT_EQ(stream->IsHeaderFromAnyVersion(), row.anyVersion);
-            EXPECT_EQ(stream->GetPos(), 0u);
-        }
+        SCOPED_TRACE(row.data + (" at " + std::to_string(row.version)));
+        OnBothTransports(row.data, FM_LOADING, row.version, [&](VarnStream& stream) {
+            EXPECT_EQ(stream.IsHeader(), row.isHeader);
+            EXPECT_EQ(stream.IsHeaderFromAnyVersion(), row.anyVersion);
+            EXPECT_EQ(stream.GetPos(), 0u);
+        });
     }
-}
-
-TEST(StreamTokens, AMarkerOpenSettlesTheGeneration) {
-    MemoryStream stream;
-    const std::string data = "<MESH>\n[MESH]";
-    stream.Open(data.data(), data.size(), FM_LOADING | FM_VARN);
-    EXPECT_EQ(stream.GetVersion(), 13.0f);
-    EXPECT_TRUE(stream.IsHeader());
-    Header header;
-    stream >> header;
-    EXPECT_FALSE(stream.IsHeader());
-    EXPECT_FALSE(stream.IsHeaderFromAnyVersion());
-}
-
-TEST(StreamTokens, HeaderPeeksAfterWhiteSpace) {
     // The base peeks skip white space first; the memory stream's IsHeader looks at the byte
     // at the position as it is.
     ByteWiseStream byteWise;
@@ -292,7 +253,6 @@ TEST(StreamTokens, LabelPeeks) {
         bool expected;
     };
     const Row rows[] = {
-        {"Active=TRUE", FM_LOADING, true},
         {"  \r\n Active=TRUE", FM_LOADING, true},
         {"Active\n=TRUE", FM_LOADING, false},
         {"Active\r=TRUE", FM_LOADING, false},
@@ -304,56 +264,43 @@ TEST(StreamTokens, LabelPeeks) {
         {Raw({0xCE, 0x0F, 0x00}), FM_BINARY, false},
     };
     for (const Row& row : rows) {
-        for (bool byteWise : {false, true}) {
-            SCOPED_TRACE((byteWise ? "byte-wise " : "memory ") + Hex(row.data.substr(0, 12)));
-            auto stream = Transport(byteWise);
-            Load(*stream, row.data, row.mode);
-            EXPECT_EQ(stream->IsLabel(), row.expected);
+        SCOPED_TRACE(Hex(row.data.substr(0, 12)));
+        OnBothTransports(row.data, row.mode, 13.0f, [&](VarnStream& stream) {
+            EXPECT_EQ(stream.IsLabel(), row.expected);
             const unsigned long long afterWhite = row.data.find_first_not_of(" \r\n");
-            EXPECT_EQ(stream->GetPos(),
+            EXPECT_EQ(stream.GetPos(),
                       row.mode == FM_BINARY || afterWhite == std::string::npos ? 0 : afterWhite);
-        }
+        });
     }
 }
 
 // ---- skipping ------------------------------------------------------------------------------
 
-namespace {
-
-/// A model section (whose header the caller has read) with a nested model section inside a
-/// mesh, then one more label after the section's end.
-const char* const kNestedText = "<MESH>\n"
-                                "<MODELFILE>\n"
-                                "Active=TRUE\n"
-                                "</MODELFILE>\n"
-                                "  </MODELFILE>\n" // indented: not a header line
-                                "</MESH>\n"
-                                "</modelfile>\n" // the end word matches ignoring case
-                                "Name=after\n";
-
-} // namespace
-
 TEST(StreamTokens, SkipHeaderInTextCountsNestedSectionsOfTheSameName) {
-    for (bool byteWise : {false, true}) {
-        SCOPED_TRACE(byteWise ? "byte-wise" : "memory");
-        auto stream = Transport(byteWise);
-        Load(*stream, kNestedText);
-        EXPECT_TRUE(stream->SkipHeader(Header(kModelFile)));
+    // A model section (whose header the caller has read) with a nested model section inside
+    // a mesh, then one more label after the section's end.
+    const char* const nested = "<MESH>\n"
+                               "<MODELFILE>\n"
+                               "Active=TRUE\n"
+                               "</MODELFILE>\n"
+                               "  </MODELFILE>\n" // indented: not a header line
+                               "</MESH>\n"
+                               "</modelfile>\n" // the end word matches ignoring case
+                               "Name=after\n";
+    OnBothTransports(nested, [](VarnStream& stream) {
+        EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
         Label label;
         String value;
-        *stream >> label >> value;
+        stream >> label >> value;
         EXPECT_STREQ(label.text, "Name");
         EXPECT_EQ(value.View(), "after");
-    }
-}
-
-TEST(StreamTokens, SkipHeaderInTheSquareGeneration) {
-    MemoryStream stream;
-    Load(stream, "[MODELFILE]\r\nX=1\r\n[ENDMODELFILE]\r\n[endmodelfile]\r\nName=after", FM_LOADING,
+    });
+    MemoryStream square;
+    Load(square, "[MODELFILE]\r\nX=1\r\n[ENDMODELFILE]\r\n[endmodelfile]\r\nName=after", FM_LOADING,
          5.0f);
-    EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
+    EXPECT_TRUE(square.SkipHeader(Header(kModelFile)));
     Label label;
-    stream >> label;
+    square >> label;
     EXPECT_STREQ(label.text, "Name");
 }
 
@@ -371,7 +318,7 @@ TEST(StreamTokens, SkipHeaderWithoutItsEndGoesBackAndFails) {
     }
 }
 
-TEST(StreamTokens, SkipHeaderInBinaryStopsAtTheFirstEndOfItsId) {
+TEST(StreamTokens, SkipHeaderInBinaryStopsAtTheFirstEndWordOfItsId) {
     MemoryStream writer;
     Store(writer, true);
     writer << Label(kActive) << -2.0f << Header(kModelFile) << Label(kName) << String("x")
@@ -387,120 +334,94 @@ TEST(StreamTokens, SkipHeaderInBinaryStopsAtTheFirstEndOfItsId) {
     stream >> label >> value;
     EXPECT_EQ(value.View(), "inner end");
     EXPECT_TRUE(stream.WasLastTokenLabel());
-}
 
-TEST(StreamTokens, SkipHeaderInBinaryFindsAnEndHiddenInValueBytes) {
     // The scan goes byte by byte, so an end word that begins inside a value is taken.
-    MemoryStream writer;
     Store(writer, true);
     writer << Label(kName) << static_cast<unsigned char>(7) << static_cast<unsigned int>(0xA0000150)
            << Label(kName);
-    MemoryStream stream;
     Load(stream, Bytes(writer), FM_BINARY);
     EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
     EXPECT_EQ(stream.GetPos(), 9u);
-}
 
-TEST(StreamTokens, SkipHeaderOfPluginPropertiesEndsAtItsPlainWord) {
-    MemoryStream writer;
+    // An ordinary end header does not end "Plugin Properties"; the word 0xC0000A85 does.
     Store(writer, true);
-    // An ordinary end header of the id does not end this section; the word 0xC0000A85 does.
     writer << Label(kName) << String("a") << EndHeader(kPluginProperties)
            << static_cast<unsigned int>(0xC0000A85) << Label(kActive) << true;
-    MemoryStream stream;
     Load(stream, Bytes(writer), FM_BINARY);
     EXPECT_TRUE(stream.SkipHeader(Header(kPluginProperties)));
     EXPECT_EQ(stream.GetPos(), 15u);
     EXPECT_TRUE(stream.WasLastTokenLabel());
-    Label label;
     stream >> label;
     EXPECT_EQ(label.id, kActive);
 }
 
-TEST(StreamTokens, SkipPastFindsLabelsAndHeadersByIdLineByLine) {
+TEST(StreamTokens, SkipPastFindsLabelsAndHeadersById) {
     struct Row {
         unsigned int id;
         bool found;
-        const char* next;
+        const char* nextLine;
+        unsigned long long binaryPosition;
     };
-    const char* const data = "<MODELFILE>\nName=model\n<MESH>\nActive=TRUE\n</MESH>\nName=last\n";
     const Row rows[] = {
-        {kActive, true, "</MESH>\n"},
-        {kMesh | kEnd, true, "Name=last\n"},
-        {kMesh, true, "Active=TRUE\n"},
-        {kName, true, "<MESH>\n"},
-        {1207, false, ""},
+        {kActive, true, "</MESH>\n", 23},
+        {kMesh | kEnd, true, "Name=last\n", 28},
+        {kMesh, true, "Active=TRUE\n", 19},
+        {kModelFile, true, "Name=model\n", 4},
+        {1207, false, "", 28},
     };
+    MemoryStream text, binary;
+    Store(text, false);
+    Store(binary, true);
+    for (VarnStream* writer : {static_cast<VarnStream*>(&text), static_cast<VarnStream*>(&binary)})
+        *writer << Header(kModelFile) << nl << Label(kName) << String("model") << nl
+                << Header(kMesh) << nl << Label(kActive) << true << nl << EndHeader(kMesh) << nl;
+    text << "Name=last\n";
     for (const Row& row : rows) {
         SCOPED_TRACE(row.id);
+        // Text: line by line, to the start of the following line.
         MemoryStream stream;
-        Load(stream, data);
+        Load(stream, Bytes(text));
         EXPECT_EQ(stream.SkipPast(row.id), row.found);
         String line;
         stream.ReadLine(line);
-        EXPECT_EQ(line.View(), row.next);
-    }
-}
-
-TEST(StreamTokens, SkipPastInBinaryStopsAfterTheTokenWord) {
-    MemoryStream writer;
-    Store(writer, true);
-    writer << Header(kModelFile) << Label(kName) << String("m") << Header(kMesh) << Label(kActive)
-           << true << EndHeader(kMesh);
-    struct Row {
-        unsigned int id;
-        bool found;
-        unsigned long long position;
-    };
-    const Row rows[] = {
-        {kActive, true, 19},
-        {kMesh | kEnd, true, 24},
-        {kModelFile, true, 4},
-        {1207, false, 24},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.id);
-        MemoryStream stream;
-        Load(stream, Bytes(writer), FM_BINARY);
+        EXPECT_EQ(line.View(), row.nextLine);
+        // Binary: byte by byte, past the token word.
+        Load(stream, Bytes(binary), FM_BINARY);
         EXPECT_EQ(stream.SkipPast(row.id), row.found);
-        EXPECT_EQ(stream.GetPos(), row.position);
+        EXPECT_EQ(stream.GetPos(), row.binaryPosition);
     }
 }
 
 TEST(StreamTokens, LineEndsOfEveryKindReadAlike) {
     // The same project with LF, CR LF and CR line ends, and with blank runs. A blank run
     // leaves the stream at white space, where only the peeks that skip it see the header.
-    const std::vector<std::string> endings = {"\n", "\r\n", "\r", "\n\n  \t\r\n"};
-    for (const std::string& end : endings) {
-        for (bool byteWise : {false, true}) {
-            SCOPED_TRACE((byteWise ? "byte-wise " : "memory ") + Hex(end));
-            const std::string data = "<MODELFILE>" + end + "Active=TRUE" + end + "Name=model" +
-                                     end + "Position=1 2.5 -3" + end + "</MODELFILE>" + end;
-            auto stream = Transport(byteWise);
-            Load(*stream, data, FM_LOADING | FM_VARN);
+    for (const std::string end : {"\n", "\r\n", "\r", "\n\n  \t\r\n"}) {
+        SCOPED_TRACE(Hex(end));
+        const std::string data = "<MODELFILE>" + end + "Active=TRUE" + end + "Name=model" + end +
+                                 "Position=1 2.5 -3" + end + "</MODELFILE>" + end;
+        OnBothTransports(data, FM_LOADING | FM_VARN, 13.0f, [](VarnStream& stream) {
             Header header;
             Label label;
             bool active = false;
             String name;
             Vector position;
-            ASSERT_TRUE(stream->IsHeaderFromAnyVersion());
-            *stream >> header;
-            ASSERT_TRUE(stream->IsLabel());
-            *stream >> label >> active;
-            ASSERT_TRUE(stream->IsLabel());
-            *stream >> label >> name;
-            ASSERT_TRUE(stream->IsLabel());
-            *stream >> label >> position;
-            ASSERT_TRUE(stream->IsHeaderFromAnyVersion());
-            *stream >> header;
+            ASSERT_TRUE(stream.IsHeaderFromAnyVersion());
+            stream >> header;
+            ASSERT_TRUE(stream.IsLabel());
+            stream >> label >> active;
+            ASSERT_TRUE(stream.IsLabel());
+            stream >> label >> name;
+            ASSERT_TRUE(stream.IsLabel());
+            stream >> label >> position;
+            ASSERT_TRUE(stream.IsHeaderFromAnyVersion());
+            stream >> header;
             EXPECT_TRUE(active);
             EXPECT_EQ(name.View(), "model");
-            EXPECT_EQ(position.x, 1.0f);
             EXPECT_EQ(position.y, 2.5f);
             EXPECT_EQ(position.z, -3.0f);
             EXPECT_EQ(header.id, kModelFile | kEnd);
-            stream->SkipWhite();
-            EXPECT_TRUE(stream->VirtualEof());
-        }
+            stream.SkipWhite();
+            EXPECT_TRUE(stream.VirtualEof());
+        });
     }
 }

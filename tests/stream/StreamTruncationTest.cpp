@@ -1,126 +1,36 @@
 // The truncation sweep: every prefix of sample files in each form is read with the typed
-// readers, skipped with SkipHeader and searched with SkipPast. Each read must end in the
-// failed bit or a clean end: never a crash, an endless loop or a read outside the data (the
-// sanitizer builds check the last).
+// readers, skipped with SkipHeader and searched with SkipPast, on the memory stream and on the
+// byte-wise transport, which must observe the same. Each read must end in the failed bit or a
+// clean end: never a crash, an endless loop or a read outside the data (the sanitizer builds
+// check the last).
 
-#include "StreamTestSupport.h"
-#include "support/FieldValues.h"
+#include "StreamProject.h"
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <memory>
 #include <string>
+#include <vector>
 
 using namespace streamtest;
 
 namespace {
 
-using fileio::test::ValueKind;
-
 const int kModelFile = GetHeaderIDFromText("MODELFILE");
-const int kMesh = GetHeaderIDFromText("MESH");
 
-/// The labels of the sample files and the kind of value each carries.
-const std::map<int, ValueKind>& Schema() {
-    static const std::map<int, ValueKind> schema = [] {
-        const std::pair<const char*, ValueKind> fields[] = {
-            {"Name", ValueKind::Text},       {"Active", ValueKind::Bool},
-            {"Position", ValueKind::Vector}, {"Time", ValueKind::Time},
-            {"Matrix", ValueKind::Matrix},   {"Scale", ValueKind::Float},
-            {"Value", ValueKind::Double},    {"Type", ValueKind::Int},
-            {"Range", ValueKind::Range},     {"Color", ValueKind::ColorBytes},
-            {"Notes", ValueKind::Date},
-        };
-        std::map<int, ValueKind> byId;
-        for (const auto& [word, kind] : fields)
-            byId[GetLabelIDFromText(word)] = kind;
-        return byId;
-    }();
-    return schema;
-}
-
-void WriteFields(VarnStream& stream, int seed) {
-    for (const auto& [id, kind] : Schema()) {
-        stream << Label(id);
-        fileio::test::WriteValue(stream, kind, seed++);
-        stream << nl;
-    }
-}
-
-/// A project: a model holding fields, a mesh holding fields and a nested mesh, then fields.
-std::string SampleFile(bool binary) {
-    MemoryStream stream;
-    stream.Open(binary ? FM_VARN | FM_BINARY : FM_VARN);
-    stream << Header(kModelFile) << nl;
-    WriteFields(stream, 1);
-    stream << Header(kMesh) << nl;
-    WriteFields(stream, 20);
-    stream << Header(kMesh) << nl;
-    WriteFields(stream, 40);
-    stream << EndHeader(kMesh) << nl << EndHeader(kMesh) << nl;
-    WriteFields(stream, 60);
-    stream << EndHeader(kModelFile) << nl;
-    return Bytes(stream);
-}
-
-/// The same text file in the square-bracket generation.
+/// A text project in the square-bracket generation.
 std::string SquareFile() {
-    std::string text = SampleFile(false);
     std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text.compare(i, 2, "</") == 0) {
-            out += "[END";
-            ++i;
-        } else if (text[i] == '<') {
+    for (const char c : ProjectBytes(false, 1)) {
+        if (c == '<')
             out += '[';
-        } else if (text[i] == '>') {
+        else if (c == '>')
             out += ']';
-        } else {
-            out += text[i];
-        }
+        else if (c == '/' && !out.empty() && out.back() == '[')
+            out += "END";
+        else
+            out += c;
     }
     return out;
-}
-
-struct Outcome {
-    bool finished = false; // the loop ended within its step limit
-    bool failed = false;
-    bool atEnd = false;
-    int labels = 0;
-    unsigned long long position = 0;
-    bool operator==(const Outcome&) const = default;
-};
-
-/// Reads a whole file of `length` bytes with the typed readers, driven by the schema.
-Outcome ReadTyped(VarnStream& stream, std::size_t length, float version) {
-    Outcome outcome;
-    stream.SetVersion(version);
-    // Every step consumes at least one byte, so the data's length bounds the steps.
-    const unsigned long long limit = length + 2;
-    for (unsigned long long step = 0; step <= limit; ++step) {
-        if ((stream.GetMode() & FM_FAILED) != 0 || stream.VirtualEof()) {
-            outcome.finished = true;
-            break;
-        }
-        const bool header = stream.IsBinary() ? stream.IsHeader() : stream.IsHeaderFromAnyVersion();
-        if (header) {
-            Header token;
-            stream >> token;
-            continue;
-        }
-        Label label;
-        stream >> label;
-        const auto kind = Schema().find(label.id);
-        if (kind != Schema().end()) {
-            fileio::test::ReadValue(stream, kind->second);
-            ++outcome.labels;
-        }
-    }
-    outcome.failed = stream.IsFailed();
-    outcome.atEnd = stream.VirtualEof();
-    outcome.position = stream.GetPos();
-    return outcome;
 }
 
 struct Sample {
@@ -132,17 +42,16 @@ struct Sample {
     std::string end;
 };
 
-std::vector<Sample> Samples() {
-    return {{"angle text", SampleFile(false), 13.0f, "</MODELFILE"},
-            {"square text", SquareFile(), 5.0f, "[ENDMODELFILE"},
-            {"binary", SampleFile(true), 5.0f, Raw({0x50, 0x01, 0x00, 0xA0})}};
-}
-
 /// Runs `check` on every sample loaded with every prefix of it (the whole file last) at the
-/// sample's version, on the memory stream and on the byte-wise transport. The two must
-/// observe the same: `check` returns what it observed.
+/// sample's version, on both transports, which must observe the same: `check` returns what
+/// it observed.
 template <class Check> void ForEachPrefix(Check check) {
-    for (const Sample& sample : Samples()) {
+    const Sample samples[] = {
+        {"angle text", ProjectBytes(false, 1), 13.0f, "</MODELFILE"},
+        {"square text", SquareFile(), 5.0f, "[ENDMODELFILE"},
+        {"binary", ProjectBytes(true, 1), 5.0f, Raw({0x50, 0x01, 0x00, 0xA0})},
+    };
+    for (const Sample& sample : samples) {
         SCOPED_TRACE(sample.name);
         for (std::size_t length = 0; length <= sample.bytes.size(); ++length) {
             SCOPED_TRACE("prefix of " + std::to_string(length) + " bytes");
@@ -162,11 +71,10 @@ template <class Check> void ForEachPrefix(Check check) {
 
 TEST(StreamTruncation, WholeSamplesReadEveryField) {
     ForEachPrefix([](const Sample& sample, const std::string& prefix, VarnStream& stream) {
-        const Outcome outcome = ReadTyped(stream, prefix.size(), sample.version);
+        const Outcome outcome = ReadProject(stream, prefix.size());
         if (prefix.size() == sample.bytes.size()) {
-            EXPECT_TRUE(outcome.finished);
             EXPECT_FALSE(outcome.failed);
-            EXPECT_EQ(outcome.labels, 4 * static_cast<int>(Schema().size()));
+            EXPECT_EQ(outcome.labels, 4 * static_cast<int>(ProjectFields().size()));
         }
         // Every prefix ends in the failed bit or a clean end.
         EXPECT_TRUE(outcome.finished);

@@ -1,0 +1,298 @@
+// The vocabulary: every word both ways, the synonym pairs, exact matching, the not-found
+// texts and the 79-byte bound, run-time header words, freeing the header map, and the
+// Header, EndHeader and Label tokens built from it.
+
+#include "fileio/stream/Vocabulary.h"
+#include "fileio/stream/Token.h"
+
+#include "stream/VocabularyTables.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+using fileio::detail::HeaderRows;
+using fileio::detail::LabelRows;
+using fileio::detail::VocabularyRow;
+
+namespace {
+
+constexpr int kEnd = fileio::kEndHeaderBit;
+
+// A text lookup's out buffer with room to spare: a byte written past the 80 the lookup may
+// write shows as "<overflow>".
+template <class Lookup> std::string Looked(Lookup lookup) {
+    std::array<char, 200> bytes;
+    bytes.fill('\x7F');
+    lookup(bytes.data());
+    if (!std::all_of(bytes.begin() + fileio::kTokenTextSize, bytes.end(),
+                     [](char c) { return c == '\x7F'; }))
+        return "<overflow>";
+    const auto end = bytes.begin() + fileio::kTokenTextSize;
+    return std::string(bytes.begin(), std::find(bytes.begin(), end, '\0'));
+}
+
+std::string HeaderText(int id) {
+    return Looked([id](char* out) { GetHeaderTextFromID(id, out); });
+}
+
+std::string LabelText(int id) {
+    return Looked([id](char* out) { GetLabelTextFromID(id, out); });
+}
+
+/// 200 bytes: "ABC...Z" over and over.
+std::string LongWord() {
+    std::string word(200, ' ');
+    for (std::size_t i = 0; i < word.size(); ++i)
+        word[i] = static_cast<char>('A' + i % 26);
+    return word;
+}
+
+/// The six label ids that carry two words, the first in table order first: an id reads
+/// back as its first word.
+const std::map<int, std::vector<std::string>> kSynonyms = {
+    {1942, {"FurLength", "ShagLength"}},       {1943, {"FurStiffness", "ShagStiffness"}},
+    {1944, {"FurDensity", "ShagDensity"}},     {1945, {"FurThickness", "ShagThickness"}},
+    {3072, {"Jitter", "OpaqueInReflections"}}, {4154, {"HasStride", "UseStride"}},
+};
+
+// Tests that change the header map put it back as the table has it.
+class HeaderMapChanges : public ::testing::Test {
+protected:
+    void TearDown() override { FreeHeaderMap(); }
+};
+
+} // namespace
+
+TEST(Vocabulary, EveryWordRoundTripsAndOnlyTheSynonymsShareAnId) {
+    std::set<std::string> headerWords, labelWords;
+    std::set<int> headerIds;
+    for (const VocabularyRow& row : HeaderRows()) {
+        SCOPED_TRACE(row.word);
+        EXPECT_TRUE(headerWords.insert(std::string(row.word)).second);
+        EXPECT_TRUE(headerIds.insert(row.id).second);
+        EXPECT_TRUE(row.id >= 33 && row.id <= 373);
+        EXPECT_EQ(GetHeaderIDFromText(row.word.data()), row.id);
+        EXPECT_EQ(HeaderText(row.id), row.word);
+        EXPECT_EQ(HeaderText(row.id | kEnd), row.word);
+        EXPECT_EQ(GetHeaderStringFromID(row.id).View(), row.word);
+    }
+    std::map<int, std::vector<std::string>> wordsOfId;
+    for (const VocabularyRow& row : LabelRows()) {
+        SCOPED_TRACE(row.word);
+        EXPECT_TRUE(labelWords.insert(std::string(row.word)).second);
+        EXPECT_TRUE((row.id >= 1110 && row.id <= 5384) || (row.id == -2 && row.word == "NoLabel"));
+        wordsOfId[row.id].emplace_back(row.word);
+        EXPECT_EQ(GetLabelIDFromText(row.word.data()), row.id);
+        EXPECT_EQ(LabelText(row.id), wordsOfId[row.id].front());
+        EXPECT_TRUE(GetLabelTextFromID(row.id, nullptr));
+        const VocabularyRow* first = fileio::detail::FirstLabelRow(row.id);
+        ASSERT_NE(first, nullptr);
+        EXPECT_EQ(first->word, wordsOfId[row.id].front());
+    }
+    std::erase_if(wordsOfId, [](const auto& entry) { return entry.second.size() == 1; });
+    EXPECT_EQ(wordsOfId, kSynonyms);
+}
+
+TEST(Vocabulary, WordsMatchExactly) {
+    // A header word is no label word and the other way round, though "FILEINFO" and
+    // "FileInfo" differ in case only.
+    EXPECT_EQ(GetHeaderIDFromText("FILEINFO"), 157);
+    EXPECT_EQ(GetLabelIDFromText("FileInfo"), 4065);
+    const char* const headerMisses[] = {
+        "modelfile",  "MODELFILe", "MODELFILE ",  " MODELFILE",  "MODELFIL",
+        "MODELFILEE", "",          "Filter list", "FilterList",  "<<<<<",
+        "Active",     "FileInfo",  "\xC3\x89",    "MODEL\nFILE", nullptr,
+    };
+    for (const char* word : headerMisses) {
+        SCOPED_TRACE(word != nullptr ? word : "null");
+        EXPECT_EQ(GetHeaderIDFromText(word), -1);
+    }
+    const char* const labelMisses[] = {
+        "active",           "Active ",   "Plugin properties",
+        "PluginProperties", "furlength", "",
+        "FILEINFO",         "MODELFILE", nullptr,
+    };
+    for (const char* word : labelMisses) {
+        SCOPED_TRACE(word != nullptr ? word : "null");
+        EXPECT_EQ(GetLabelIDFromText(word), -1);
+    }
+}
+
+TEST(Vocabulary, UnknownIdsGiveTheNotFoundTexts) {
+    const std::pair<int, const char*> headers[] = {
+        {-1, "HeaderNotFound: -1"},
+        {0, "HeaderNotFound: 0"},
+        {32, "HeaderNotFound: 32"},
+        {374, "HeaderNotFound: 374"},
+        {375 | kEnd, "HeaderNotFound: 375"},
+        {4046, "HeaderNotFound: 4046"},
+        {-2, "HeaderNotFound: -536870914"},      // bit 29 of -2 cleared: 0xDFFFFFFE
+        {INT_MAX, "HeaderNotFound: 1610612735"}, // 0x7FFFFFFF without bit 29
+        {INT_MIN, "HeaderNotFound: -2147483648"},
+    };
+    for (const auto& [id, text] : headers) {
+        SCOPED_TRACE(id);
+        EXPECT_EQ(HeaderText(id), text);
+        EXPECT_EQ(GetHeaderStringFromID(id).View(), text);
+    }
+    const std::pair<int, const char*> labels[] = {
+        {-1, "LabelNotFound: -1"},
+        {-3, "LabelNotFound: -3"},
+        {1109, "LabelNotFound: 1109"},
+        {1114, "LabelNotFound: 1114"},
+        {5385, "LabelNotFound: 5385"},
+        {336, "LabelNotFound: 336"},
+        {4046 | kEnd, "LabelNotFound: 536874958"},
+        {INT_MIN, "LabelNotFound: -2147483648"},
+    };
+    for (const auto& [id, text] : labels) {
+        SCOPED_TRACE(id);
+        EXPECT_EQ(LabelText(id), text);
+        EXPECT_FALSE(GetLabelTextFromID(id, nullptr));
+        EXPECT_EQ(fileio::detail::FirstLabelRow(id), nullptr);
+    }
+    GetHeaderTextFromID(336, nullptr); // a null out is not written
+}
+
+TEST_F(HeaderMapChanges, SetAtAddsAndMovesWordsAndKeepsTheIndexTruthful) {
+    HeaderMapSetAt("MYSECTION", 374);
+    EXPECT_EQ(GetHeaderIDFromText("MYSECTION"), 374);
+    EXPECT_EQ(HeaderText(374 | kEnd), "MYSECTION");
+    EXPECT_EQ(GetLabelIDFromText("MYSECTION"), -1);
+    // Outside the index the word still finds its id, but the id has no word.
+    HeaderMapSetAt("FARSECTION", 375);
+    EXPECT_EQ(GetHeaderIDFromText("FARSECTION"), 375);
+    EXPECT_EQ(HeaderText(375), "HeaderNotFound: 375");
+    HeaderMapSetAt("NEGATIVE", -7);
+    EXPECT_EQ(GetHeaderIDFromText("NEGATIVE"), -7);
+    // Enough words to need several blocks of entries.
+    for (int i = 0; i < 30; ++i)
+        HeaderMapSetAt(("EXTRA" + std::to_string(i)).c_str(), 1000 + i);
+    for (int i = 0; i < 30; ++i)
+        EXPECT_EQ(GetHeaderIDFromText(("EXTRA" + std::to_string(i)).c_str()), 1000 + i);
+
+    // A second word for a table id takes over the id's text; the table word keeps its id.
+    HeaderMapSetAt("MODELFILE2", 336);
+    EXPECT_EQ(HeaderText(336), "MODELFILE2");
+    EXPECT_EQ(GetHeaderIDFromText("MODELFILE"), 336);
+    // Moving that word away gives the id back to the word that still has it.
+    HeaderMapSetAt("MODELFILE2", 373);
+    EXPECT_EQ(HeaderText(336), "MODELFILE");
+    EXPECT_EQ(HeaderText(373), "MODELFILE2");
+    // Moving a table word away leaves its old id without a word.
+    HeaderMapSetAt("PATH", 370);
+    EXPECT_EQ(HeaderText(370), "PATH");
+    EXPECT_EQ(HeaderText(33), "HeaderNotFound: 33");
+    // The word's own id again, and a null text, change nothing.
+    HeaderMapSetAt("MODELFILE", 336);
+    HeaderMapSetAt(nullptr, 336);
+    EXPECT_EQ(HeaderText(336), "MODELFILE");
+
+    // Freeing drops the added words; the next lookup rebuilds the table's, and words may
+    // be added again straight after a free.
+    FreeHeaderMap();
+    FreeHeaderMap();
+    EXPECT_EQ(HeaderText(33), "PATH");
+    EXPECT_EQ(GetHeaderIDFromText("PATH"), 33);
+    EXPECT_EQ(GetHeaderIDFromText("MYSECTION"), -1);
+    FreeHeaderMap();
+    HeaderMapSetAt("MYSECTION", 374);
+    EXPECT_EQ(HeaderText(374), "MYSECTION");
+    EXPECT_EQ(GetHeaderIDFromText("MODELFILE"), 336);
+}
+
+TEST_F(HeaderMapChanges, LongTextsAreCutAt79Bytes) {
+    const std::string longWord = LongWord();
+    const std::string cut = longWord.substr(0, 79);
+    HeaderMapSetAt(longWord.c_str(), 374);
+    EXPECT_EQ(GetHeaderIDFromText(cut.c_str()), 374);
+    EXPECT_EQ(GetHeaderIDFromText(longWord.c_str()), -1);
+    EXPECT_EQ(GetHeaderIDFromText(cut.substr(0, 78).c_str()), -1);
+    EXPECT_EQ(HeaderText(374), cut);
+    EXPECT_EQ(GetLabelIDFromText(longWord.c_str()), -1);
+    const std::string fits = std::string(78, 'Z') + "Y";
+    HeaderMapSetAt(fits.c_str(), 373);
+    EXPECT_EQ(HeaderText(373), fits);
+}
+
+TEST_F(HeaderMapChanges, FirstUseFromSeveralThreadsAtOnce) {
+    FreeHeaderMap();
+    constexpr int kThreads = 4;
+    std::vector<int> mistakes(kThreads, 0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([t, &mistakes] {
+            for (const VocabularyRow& row : HeaderRows()) {
+                char out[fileio::kTokenTextSize];
+                GetHeaderTextFromID(row.id, out);
+                mistakes[t] += GetHeaderIDFromText(row.word.data()) != row.id;
+                mistakes[t] += std::string(out) != row.word;
+            }
+            for (const VocabularyRow& row : LabelRows())
+                mistakes[t] += GetLabelIDFromText(row.word.data()) != row.id;
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(mistakes, std::vector<int>(kThreads, 0));
+}
+
+// ---- tokens ------------------------------------------------------------------------------------
+
+// Copying copies the whole text and the id.
+static_assert(std::is_trivially_copyable_v<Header> && std::is_trivially_copyable_v<Label>);
+static_assert(sizeof(Header) == 84 && sizeof(EndHeader) == 84 && sizeof(Label) == 84);
+static_assert(offsetof(Header, id) == 80 && offsetof(Label, id) == 80);
+
+namespace {
+
+// The whole text field: the expected word, then zeros to the end of the 80 bytes.
+template <class Token> void ExpectToken(const Token& token, int id, const std::string& word) {
+    EXPECT_EQ(token.id, id);
+    EXPECT_EQ(std::string(token.GetText()), word);
+    EXPECT_EQ(token.GetText(), token.text);
+    EXPECT_TRUE(std::all_of(token.text + std::min<std::size_t>(word.size(), 79),
+                            token.text + fileio::kTokenTextSize, [](char c) { return c == 0; }))
+        << "bytes after the word are not all zero";
+}
+
+} // namespace
+
+TEST(VocabularyToken, ConstructorsLookUpOrTakeTheirTexts) {
+    const std::string longWord = LongWord();
+    const std::string cut = longWord.substr(0, 79);
+    ExpectToken(Header(), -1, "");
+    ExpectToken(EndHeader(), -1, "");
+    ExpectToken(Label(), -1, "");
+    ExpectToken(Header(336), 336, "MODELFILE");
+    ExpectToken(Header(336 | kEnd), 336 | kEnd, "MODELFILE");
+    ExpectToken(Header(375), 375, "HeaderNotFound: 375");
+    ExpectToken(EndHeader(114), 114 | kEnd, "Filter List");
+    ExpectToken(EndHeader(-1), -1, "HeaderNotFound: -1");
+    // A text given is taken as it is: neither it nor the id is looked up.
+    ExpectToken(Header(33, "MODELFILE"), 33, "MODELFILE");
+    ExpectToken(EndHeader(7, "CUSTOM"), 7 | kEnd, "CUSTOM");
+    ExpectToken(Header(5, nullptr), 5, "");
+    ExpectToken(EndHeader(5, nullptr), 5 | kEnd, "");
+    ExpectToken(Header(5, longWord.c_str()), 5, cut);
+    ExpectToken(EndHeader(5, longWord.c_str()), 5 | kEnd, cut);
+    ExpectToken(Label(4046), 4046, "Active");
+    ExpectToken(Label(1942), 1942, "FurLength");
+    ExpectToken(Label(9999), 9999, "LabelNotFound: 9999");
+    // A label's text is looked up, after the cut.
+    ExpectToken(Label("ShagLength"), 1942, "ShagLength");
+    ExpectToken(Label("active"), -1, "active");
+    ExpectToken(Label(static_cast<const char*>(nullptr)), -1, "");
+    ExpectToken(Label(longWord.c_str()), -1, cut);
+    EXPECT_EQ(Label((std::string("Active") + std::string(194, ' ')).c_str()).id, -1);
+}
