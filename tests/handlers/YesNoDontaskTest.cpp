@@ -106,7 +106,7 @@ TEST_F(YesNoDontaskTest, AnUntouchedCheckBoxIsNotTicked) {
         bool AskYesNoDontask(const String&, const String&, bool, bool&) override { return true; }
     };
     AnswersYes host;
-    ScopedDialogProvider installed(&host);
+    ScopedDialogProvider provider(&host);
     EXPECT_EQ(Ask(YesNoDontask::No), YesNoDontask::Yes);
     EXPECT_TRUE(profile.values.empty());
 }

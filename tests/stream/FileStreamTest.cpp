@@ -168,8 +168,9 @@ TEST_F(FileStreamTest, AFailedSaveLeavesTheOldFileAndNoTemporaryFile) {
                 if (opened)
                     WriteProject(out, 700); // more than one buffer's worth of writes
                 // A write the file cannot take sets the failed bit at once.
-                if (FailingFiles::Calls() >= k && (step == Step::Write || step == Step::DiskFull))
+                if (FailingFiles::Calls() >= k && (step == Step::Write || step == Step::DiskFull)) {
                     EXPECT_TRUE(out.HasFailed());
+                }
                 out.Close();
                 failed = out.IsFailed() || !opened;
                 calls = FailingFiles::Calls();

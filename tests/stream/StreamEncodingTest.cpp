@@ -156,7 +156,7 @@ TEST(StreamEncoding, EachTypeReadsItsTextWithItsOwnConversion) {
 
 TEST(StreamEncoding, TokensLongerThan255BytesAreReadWhole) {
     // Such a token goes through the library's shared scratch token, on both transports.
-    for (const std::string token : {std::string(300, '0') + "42", std::string(300, '\0')}) {
+    for (const std::string& token : {std::string(300, '0') + "42", std::string(300, '\0')}) {
         OnBothTransports(token + " 7", [&](VarnStream& stream) {
             int value = -1, next = -1;
             stream >> value >> next;
@@ -274,7 +274,7 @@ TEST(StreamEncoding, StringsRoundTripInBinaryAndSplitAtBlanksInText) {
 }
 
 TEST(StreamEncoding, BinaryStringCountBeyondTheDataFails) {
-    for (const std::string data : {Raw({0xFF, 0xFF}) + "abc", Raw({0x05}), std::string()}) {
+    for (const std::string& data : {Raw({0xFF, 0xFF}) + "abc", Raw({0x05}), std::string()}) {
         SCOPED_TRACE(Hex(data));
         MemoryStream stream;
         Load(stream, data, FM_BINARY);
