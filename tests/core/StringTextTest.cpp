@@ -247,6 +247,7 @@ TEST_F(StringDisplay, GetAbbreviated) {
         {"C:\\toolongname.prj", 10, "...ame.prj"}, // one folder: nothing to drop
         {"abcdef", 3, "abc"},
         {"abcdef", 0, "<null>"},
+        {"short", 5, "short"}, // exactly the limit: kept whole
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.text) + " at " + std::to_string(row.maxLength));
