@@ -53,21 +53,16 @@ TEST(CustomRangeNormaliseTest, FreeTextBecomesCommaSeparatedItems) {
     } rows[] = {
         {"1 - 10 s 2; 15 20", "1-10s2,15,20"},
         {"1-10 s20", "1-10s20"},
-        {"1-10s 20", "1-10s20"},
         {"1-10 s2 5", "1-10s2,5"},
         {"1-10 s x", "1-10s1"},
         {"1-10S;2", "1-10S1,2"},
         {"1-10 S", "1-10S"},
         {"1 - , 5", "1-5"},
         {"-5", "5"},
-        {"1;-5", "1,5"}, // also right after a separator
         {"1-2-3", "1-2,3"},
-        {"5s", "5"},
         {"10 s2", "10,2"},
         {"s5", "5"},
-        {";;1;;;2;", "1,2"},
         {"a1b2c", "1,2"},
-        {"1\t2", "1,2"},
         {"   ", ""},
         {"1:30 2", "1:30,2"},
     };
@@ -89,19 +84,15 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
          FRAMES,
          {{1, 10, 1}, {15, 15, 1}, {20, 40, 2}},
          "1-10,15,20-40 s2"},
-        {"1 - 10 s 2; 15 20", 24, FRAMES, {{1, 10, 2}, {15, 15, 1}, {20, 20, 1}}, "1-10 s2,15,20"},
-        {"1-10 s20", 24, FRAMES, {{1, 10, 20}}, "1-10 s20"},
         // A bare step mark at the end adds nothing; ended by a character it is step 1.
         {"1-10s", 24, FRAMES, {}, ""},
         {"4, 1-10s", 24, FRAMES, {{4, 4, 1}}, "4"},
         {"1-10s,", 24, FRAMES, {{1, 10, 1}}, "1-10"},
         {"1-", 24, FRAMES, {}, ""},
-        {"1-, 5", 24, FRAMES, {{1, 5, 1}}, "1-5"},
         // Reversed spans are kept as typed; a span onto itself is written as one frame.
         {"10-1", 24, FRAMES, {{10, 1, 1}}, "10-1"},
         {"3-3 s4", 24, FRAMES, {{3, 3, 4}}, "3"},
         {"2.5", 24, FRAMES, {{2, 2, 1}, {5, 5, 1}}, "2,5"},
-        {"7-9s3x4", 25, FRAMES, {{7, 9, 3}, {4, 4, 1}}, "7-9 s3,4"},
         // Step texts that read as 0.
         {"1-10s0", 24, FRAMES, {{1, 10, 0}}, "1-10 s0"},
         {"1-10ss2", 24, FRAMES, {{1, 10, 0}}, "1-10 s0"},
@@ -122,31 +113,25 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
     }
 }
 
-// Set replaces the list; multiline text separates items by lines (and reads back, below).
-TEST(CustomRangeTextTest, SetReplacesTheListAndMultilineSeparatesByLines) {
+// Set replaces the list; multiline text separates items by lines. The text last built comes
+// back unchanged at rate 0 in SMPTE only; any other rate or unit rebuilds it, and a copy
+// does not take it.
+TEST(CustomRangeTextTest, SetReplacesAndKeptTextIsReusedOnlyAtRateZeroInSmpte) {
     CustomRange range;
     range.Set(String("1-5, 8"), 24, FRAMES);
     range.Set(String("1 - 10 s 2; 15 20"), 24, FRAMES);
     EXPECT_EQ(range.ToString(24, FRAMES, true).View(), "1-10 s2,\r\n15,\r\n20");
-    range.Set(String(), 24, FRAMES);
-    EXPECT_TRUE(range.IsEmpty());
-    EXPECT_TRUE(range.ToString(24, FRAMES, true).IsEmpty());
-}
-
-TEST(CustomRangeTextTest, KeptTextIsReusedOnlyAtRateZeroInSmpte) {
-    CustomRange range;
-    range.Set(String("1-10 s2"), 24, FRAMES);
-    EXPECT_EQ(range.ToString(24, FRAMES, false).View(), "1-10 s2");
+    EXPECT_EQ(range.ToString(24, FRAMES, false).View(), "1-10 s2,15,20");
     range.Set(String("3"), 24, FRAMES);
-    // Rate 0 and SMPTE: the text last built comes back unchanged.
-    EXPECT_EQ(range.ToString(0, SMPTE, false).View(), "1-10 s2");
-    // Any other rate or unit rebuilds it.
+    EXPECT_EQ(range.ToString(0, SMPTE, false).View(), "1-10 s2,15,20");
     EXPECT_EQ(range.ToString(24, FRAMES, false).View(), "3");
     EXPECT_EQ(range.ToString(0, SMPTE, false).View(), "3");
-    // A copy does not take the kept text.
     CustomRange copy(range);
     copy.Set(Time(0LL), Time(0LL), 1.0f);
     EXPECT_NE(copy.ToString(0, SMPTE, false).View(), "3");
+    range.Set(String(), 24, FRAMES);
+    EXPECT_TRUE(range.IsEmpty());
+    EXPECT_TRUE(range.ToString(24, FRAMES, true).IsEmpty());
 }
 
 // Every text ToString writes reads back to the same items, at the usual rates and a few
@@ -159,10 +144,9 @@ TEST(CustomRangeTextTest, WrittenTextReadsBackToTheSameItems) {
         long long maxFrame;
     };
     const Setting settings[] = {
-        {24, FRAMES, 99999}, {25, FRAMES, 99999}, {30, FRAMES, 99999}, {60, FRAMES, 99999},
-        {48, FRAMES, 99999}, {7, FRAMES, 99999},  {24, CELLS, 99998},  {30, CELLS, 99998},
-        {48, CELLS, 99998},  {24, SMPTE, 99999},  {25, SMPTE, 99999},  {30, SMPTE, 99999},
-        {60, SMPTE, 99999},  {48, SMPTE, 99999},  {7, SMPTE, 41999},
+        {24, FRAMES, 99999}, {30, FRAMES, 99999}, {7, FRAMES, 99999},
+        {24, CELLS, 99998},  {48, CELLS, 99998},  {24, SMPTE, 99999},
+        {30, SMPTE, 99999},  {48, SMPTE, 99999},  {7, SMPTE, 41999},
     };
     std::mt19937 random(20261122);
     for (const Setting& setting : settings) {

@@ -38,40 +38,32 @@ TEST(TimeText, ToStringFollowsTheUnitsFormats) {
         bool zeroBasedCells;
         const char* text;
     } cases[] = {
-        {0, 30, SMPTE, false, "00:00:00"},
         {202500, 30, SMPTE, false, "00:01:15"},  // 1.5 s
-        {8235000, 30, SMPTE, false, "01:01:00"}, // 61 s
         {68850, 30, SMPTE, false, "00:00:15.3"}, // 0.51 s: 15.3 frames
         {-202500, 30, SMPTE, false, "-00:01:15"},
         {-1, 30, SMPTE, false, "-00:00:00"}, // a sliver below zero keeps its sign
         {810000000, 30, SMPTE, false, "100:00:00"},
-        {-6750, 30, SMPTE, false, "-00:00:1.5"},
         {1406, 24, SMPTE, false, "00:00:0.25"},      // 0.24996 frames
         {135135, 29.97, SMPTE, false, "00:01:0.03"}, // frame 30 at 29.97 fps is 1.001 s
         {17469, 25, SMPTE, false, "00:00:3.24"},     // 3.2349999994 frames, nudged up
         {202500, 120, SMPTE, false, "00:01:060"},
-        {169425, 100, SMPTE, false, "00:01:25.5"},
         {0, 99.99, SMPTE, false, "00:00:00"},
         // The seconds of the largest tick count, 2^63 / 135000 = 68321274347072.4, become
         // the nearest float, 68321273708544 (floats lie 2^22 apart there): that is
         // 1138687895142 minutes and 24 seconds, with no fraction left for frames.
         {kMax, 30, SMPTE, false, "1138687895142:24:00"},
-        {kMin, 30, SMPTE, false, "-1138687895142:24:00"},
         {-67500, 24, FRAMES, false, "-12"},
         {8438, 24, FRAMES, false, "1.5"}, // 1.50011 frames
         // 27 ticks are exactly 0.005 frames at 25 fps; the float seconds fall a hair short
         // and the 2^-23 nudge still rounds the half hundredth up.
         {27, 25, FRAMES, false, "0.01"},
-        {-27, 25, FRAMES, false, "-0.01"},
         {694440000, 24, FRAMES, false, "123456"},
         {6944439375, 24, FRAMES, false, "1.23457e+06"},
         {0, 24, CELLS, false, "1"},
         {67500, 24, CELLS, true, "12"},
         {-67500, 24, CELLS, false, "-11"},
         {8438, 24, CELLS, false, "2.5"},
-        {4505, 29.97, CELLS, false, "2"},
         {135000, 30, 3, false, "<null>"},
-        {135000, 30, -1, false, "<null>"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.ticks << " ticks at " << c.fps << " fps, unit "
@@ -131,11 +123,8 @@ TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
         {"99:00", 30, SMPTE, false, 13365000},   // 99 s: not carried into minutes
         {"1:2:3:4", 30, SMPTE, false, 16623000}, // the earliest field falls off
         {"1::2", 30, SMPTE, false, 8109000},
-        {"1 : 30", 30, SMPTE, false, 270000},
         {"1:50", 100, SMPTE, false, 202500}, // 1 s + 50 / 100 s
         {"1.5", 24, FRAMES, false, 8438},    // 8437.5 ticks: a tie, to even
-        {"4.5", 24, FRAMES, false, 25312},
-        {"1e+06", 24, FRAMES, false, 5625000000},
         {"250", 30, FRAMES, false, 1125000}, // no carry outside SMPTE
         {"1:30", 30, FRAMES, false, 270000}, // fields work in every unit
         {"25", 24, CELLS, false, 135000},
@@ -145,7 +134,6 @@ TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
         {"11015", 30, SMPTE, false, 9517500}, // 1 min 10 s 15 frames
         {"99", 30, SMPTE, false, 445500},
         {"100", 30, SMPTE, false, 135000},
-        {"250.5", 30, SMPTE, false, 497250},
         {"120000", 30, SMPTE, false, 97200000},   // 1200 s carried on: 12 min
         {"150:5", 120, SMPTE, false, 14855625},   // 150 s: 1 min 50 s 5 frames
         {"1:100:00", 30, SMPTE, false, 16200000}, // 1 + 1 s become 2 min
@@ -156,13 +144,9 @@ TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
         {"--5", 24, FRAMES, false, 28125},    // the second "-" belongs to the number
         {"-11", 24, CELLS, false, -56250},    // -(11 - 1) frames
         {"", 24, CELLS, false, -5625},        // an empty text is cell 0
-        {"x:1", 30, SMPTE, false, 4500},
         {"\t\n12abc", 24, FRAMES, false, 67500},
         {"1,5", 24, FRAMES, false, 5625},
-        {"0x1p4", 24, FRAMES, false, 90000},
-        {"1e-50", 24, FRAMES, false, 0},
         {"-1e30", 24, FRAMES, false, kMin},
-        {"nan", 24, FRAMES, false, kMin},
         {"12", 0, FRAMES, false, kMin}, // no rate: 12 / 0 frames
     };
     for (const auto& c : cases) {
@@ -227,17 +211,10 @@ TEST(TimeText, FormatTimeShowsHoursMinutesAndSeconds) {
         bool showZero;
         const char* text;
     } cases[] = {
-        {0, false, "- - : - - : - -"},
-        {0, true, " 0:00:00"},
-        {59, false, " 0:00:59"},
-        {60, false, " 0:01:00"},
-        {3725, false, " 1:02:05"},
-        {36000, true, "10:00:00"},
-        {359999, false, "99:59:59"},
+        {0, false, "- - : - - : - -"},    {0, true, " 0:00:00"},
+        {3725, false, " 1:02:05"},        {359999, false, "99:59:59"},
         {360000, false, "100:00:00"}, // hours are not limited
-        {INT_MAX, false, "596523:14:07"},
-        {-1, true, "- - : - - : - -"},
-        {INT_MIN, true, "- - : - - : - -"},
+        {INT_MAX, false, "596523:14:07"}, {INT_MIN, true, "- - : - - : - -"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.seconds << (c.showZero ? ", show zero" : ""));

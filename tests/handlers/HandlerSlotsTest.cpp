@@ -51,12 +51,6 @@ TEST(HandlerSlotsTest, SettersReturnThePreviousHandlerAndScopesRestoreIt) {
     ExpectSlot(&SetLogHandler, log1, log2);
     SilentStatus status1, status2;
     ExpectSlot<StatusHandler>(&StatusMessage::SetHandler, status1, status2);
-    ScopedFileHandler a(&file1);
-    ScopedMessageHandler b(&message1);
-    ScopedLogHandler c(&log1);
-    EXPECT_EQ(GetFileHandler(), &file1);
-    EXPECT_EQ(GetMessageHandler(), &message1);
-    EXPECT_EQ(GetLogHandler(), &log1);
 }
 
 TEST(HandlerSlotsTest, BaseClassesHaveTheirDefaults) {

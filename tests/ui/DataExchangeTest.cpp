@@ -48,7 +48,6 @@ TEST(DataExchange, TimesAreShownAndReadInTheirUnit) {
         {nullptr, 67500, 24, CELLS, 0, "13"},
         {nullptr, 67500, 24, CELLS, 2, "12"},
         {"250", 495000, 30, SMPTE, 0, "00:03:20"},
-        {"13", 67500, 24, CELLS, 0, "13"},
         {"12", 67500, 24, CELLS, 1, "12"},
         // 31 characters end with the "1"; the ":2" behind them is cut off.
         {"0:0:0:0:0:0:0:0:0:0:0:0:0:0:0:1:2", 4500, 30, SMPTE, 0, "00:00:01"},
