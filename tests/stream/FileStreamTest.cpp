@@ -241,11 +241,12 @@ TEST_F(FileStreamTest, AppendingCopiesTheOldContentsFirst) {
     }
 }
 
-// Both streams open the side information of a versioned file beside it, once, without asking.
+// Both streams open the side information of a file in a working copy (a folder above it holds
+// ".svn") beside it, once, without asking.
 TEST_F(FileStreamTest, AVersionedFileKeepsItsSideInformationBesideIt) {
     m_folder.MakeFolder("work/.svn");
-    const String model(m_folder.WriteFile("work/robot.mdl", "<MODELFILE>\n"));
-    m_folder.WriteFile("work/robot.mdl.vinfo", "Name=info\n");
+    const String model(m_folder.WriteFile("work/models/robot.mdl", "<MODELFILE>\n"));
+    m_folder.WriteFile("work/models/robot.mdl.vinfo", "Name=info\n");
     const String orphan(m_folder.WriteFile("work/orphan.mdl", "<MODELFILE>\n"));
     const String plain(m_folder.WriteFile("plain.mdl", "<MODELFILE>\n"));
     EXPECT_TRUE(SVNIsVersioned(model));
@@ -281,7 +282,7 @@ TEST_F(FileStreamTest, AVersionedFileKeepsItsSideInformationBesideIt) {
     ASSERT_NE(out.GetInfoStream(), nullptr);
     *out.GetInfoStream() << Label("Name") << String("saved") << nl;
     out.Close();
-    EXPECT_EQ(m_folder.ReadFile("work/robot.mdl.vinfo"), "Name=saved\n");
+    EXPECT_EQ(m_folder.ReadFile("work/models/robot.mdl.vinfo"), "Name=saved\n");
 }
 
 TEST_F(FileStreamTest, FileTypesByTheFirstToken) {
