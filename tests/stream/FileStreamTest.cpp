@@ -5,6 +5,7 @@
 #include "StreamProject.h"
 
 #include "fileio/handlers/ScopedHandler.h"
+#include "fileio/path/VersionControl.h"
 #include "fileio/stream/FileStream.h"
 #include "platform/Platform.h"
 #include "support/RecordingMessages.h"
@@ -240,29 +241,40 @@ TEST_F(FileStreamTest, AppendingCopiesTheOldContentsFirst) {
     }
 }
 
+// Both streams open the side information of a file in a working copy (a folder above it holds
+// ".svn") beside it, once, without asking.
 TEST_F(FileStreamTest, AVersionedFileKeepsItsSideInformationBesideIt) {
     m_folder.MakeFolder("work/.svn");
-    const String model(m_folder.WriteFile("work/robot.mdl", "<MODELFILE>\n"));
-    m_folder.WriteFile("work/robot.mdl.vinfo", "Name=info\n");
+    const String model(m_folder.WriteFile("work/models/robot.mdl", "<MODELFILE>\n"));
+    m_folder.WriteFile("work/models/robot.mdl.vinfo", "Name=info\n");
+    const String orphan(m_folder.WriteFile("work/orphan.mdl", "<MODELFILE>\n"));
     const String plain(m_folder.WriteFile("plain.mdl", "<MODELFILE>\n"));
-    FileStream notVersioned;
-    EXPECT_EQ(notVersioned.GetInfoStream(), &notVersioned);
-    ASSERT_TRUE(notVersioned.Open(plain, FM_LOADING | FM_VARN));
-    EXPECT_EQ(notVersioned.GetInfoStream(), &notVersioned);
-
-    FileStream versioned;
-    ASSERT_TRUE(versioned.Open(model, FM_LOADING | FM_VARN));
-    VarnStream* info = versioned.GetInfoStream();
-    ASSERT_NE(info, nullptr);
-    EXPECT_EQ(info->GetFileName().View(), std::string(model.View()) + ".vinfo");
-    EXPECT_TRUE(info->IsDontAsk());
-    Label label;
-    String value;
-    *info >> label >> value;
-    EXPECT_EQ(value.View(), "info");
-    EXPECT_EQ(versioned.GetInfoStream(), info);
-    versioned.Close();
-    EXPECT_EQ(versioned.GetInfoStream(), nullptr); // not open
+    EXPECT_TRUE(SVNIsVersioned(model));
+    EXPECT_FALSE(SVNIsVersioned(plain));
+    EXPECT_FALSE(SVNIsVersioned(String()));
+    auto check = [&](auto& stream, auto& other) {
+        ASSERT_TRUE(other.Open(plain, FM_LOADING | FM_VARN));
+        EXPECT_EQ(other.GetInfoStream(), &other);
+        ASSERT_TRUE(other.Open(orphan, FM_LOADING | FM_VARN));
+        EXPECT_EQ(other.GetInfoStream(), nullptr);
+        ASSERT_TRUE(stream.Open(model, FM_LOADING | FM_VARN));
+        VarnStream* info = stream.GetInfoStream();
+        ASSERT_NE(info, nullptr);
+        EXPECT_EQ(info->GetFileName().View(), std::string(model.View()) + ".vinfo");
+        EXPECT_TRUE(info->IsDontAsk());
+        Label label;
+        String value;
+        *info >> label >> value;
+        EXPECT_EQ(value.View(), "info");
+        EXPECT_EQ(stream.GetInfoStream(), info);
+    };
+    FileStream file, otherFile;
+    MemoryStream memory, otherMemory;
+    check(file, otherFile);
+    check(memory, otherMemory);
+    EXPECT_EQ(memory.GetInfoStream()->GetVersion(), 13.0f); // the memory stream's own version
+    file.Close();
+    EXPECT_EQ(file.GetInfoStream(), nullptr); // not open
 
     // Saving writes the companion through its own atomic save.
     FileStream out;
@@ -270,7 +282,7 @@ TEST_F(FileStreamTest, AVersionedFileKeepsItsSideInformationBesideIt) {
     ASSERT_NE(out.GetInfoStream(), nullptr);
     *out.GetInfoStream() << Label("Name") << String("saved") << nl;
     out.Close();
-    EXPECT_EQ(m_folder.ReadFile("work/robot.mdl.vinfo"), "Name=saved\n");
+    EXPECT_EQ(m_folder.ReadFile("work/models/robot.mdl.vinfo"), "Name=saved\n");
 }
 
 TEST_F(FileStreamTest, FileTypesByTheFirstToken) {

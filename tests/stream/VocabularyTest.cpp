@@ -1,6 +1,6 @@
-// The vocabulary: every word both ways, the synonym pairs, exact matching, the not-found
-// texts and the 79-byte bound, run-time header words, freeing the header map, and the
-// Header, EndHeader and Label tokens built from it.
+// The vocabulary: every word both ways, exact matching, the not-found texts and the 79-byte
+// bound, run-time header words, freeing the header map, and the Header, EndHeader and Label
+// tokens built from it.
 
 #include "fileio/stream/Vocabulary.h"
 #include "fileio/stream/Token.h"
@@ -14,7 +14,6 @@
 #include <climits>
 #include <cstddef>
 #include <map>
-#include <set>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -57,14 +56,6 @@ std::string LongWord() {
     return word;
 }
 
-/// The six label ids that carry two words, the first in table order first: an id reads
-/// back as its first word.
-const std::map<int, std::vector<std::string>> kSynonyms = {
-    {1942, {"FurLength", "ShagLength"}},       {1943, {"FurStiffness", "ShagStiffness"}},
-    {1944, {"FurDensity", "ShagDensity"}},     {1945, {"FurThickness", "ShagThickness"}},
-    {3072, {"Jitter", "OpaqueInReflections"}}, {4154, {"HasStride", "UseStride"}},
-};
-
 // Tests that change the header map put it back as the table has it.
 class HeaderMapChanges : public ::testing::Test {
 protected:
@@ -73,87 +64,58 @@ protected:
 
 } // namespace
 
-TEST(Vocabulary, EveryWordRoundTripsAndOnlyTheSynonymsShareAnId) {
-    std::set<std::string> headerWords, labelWords;
-    std::set<int> headerIds;
+// An id that carries two words reads back as the first of them in table order.
+TEST(Vocabulary, EveryWordRoundTrips) {
     for (const VocabularyRow& row : HeaderRows()) {
         SCOPED_TRACE(row.word);
-        EXPECT_TRUE(headerWords.insert(std::string(row.word)).second);
-        EXPECT_TRUE(headerIds.insert(row.id).second);
-        EXPECT_TRUE(row.id >= 33 && row.id <= 373);
         EXPECT_EQ(GetHeaderIDFromText(row.word.data()), row.id);
-        EXPECT_EQ(HeaderText(row.id), row.word);
         EXPECT_EQ(HeaderText(row.id | kEnd), row.word);
         EXPECT_EQ(GetHeaderStringFromID(row.id).View(), row.word);
     }
-    std::map<int, std::vector<std::string>> wordsOfId;
+    std::map<int, std::string> firstWord;
     for (const VocabularyRow& row : LabelRows()) {
         SCOPED_TRACE(row.word);
-        EXPECT_TRUE(labelWords.insert(std::string(row.word)).second);
-        EXPECT_TRUE((row.id >= 1110 && row.id <= 5384) || (row.id == -2 && row.word == "NoLabel"));
-        wordsOfId[row.id].emplace_back(row.word);
+        firstWord.try_emplace(row.id, row.word);
         EXPECT_EQ(GetLabelIDFromText(row.word.data()), row.id);
-        EXPECT_EQ(LabelText(row.id), wordsOfId[row.id].front());
+        EXPECT_EQ(LabelText(row.id), firstWord[row.id]);
         EXPECT_TRUE(GetLabelTextFromID(row.id, nullptr));
-        const VocabularyRow* first = fileio::detail::FirstLabelRow(row.id);
-        ASSERT_NE(first, nullptr);
-        EXPECT_EQ(first->word, wordsOfId[row.id].front());
     }
-    std::erase_if(wordsOfId, [](const auto& entry) { return entry.second.size() == 1; });
-    EXPECT_EQ(wordsOfId, kSynonyms);
+    EXPECT_EQ(LabelText(1942), "FurLength");
+    EXPECT_EQ(GetLabelIDFromText("ShagLength"), 1942);
 }
 
 TEST(Vocabulary, WordsMatchExactly) {
-    // A header word is no label word and the other way round, though "FILEINFO" and
-    // "FileInfo" differ in case only.
+    // A header word is no label word and the other way round.
     EXPECT_EQ(GetHeaderIDFromText("FILEINFO"), 157);
     EXPECT_EQ(GetLabelIDFromText("FileInfo"), 4065);
-    const char* const headerMisses[] = {
-        "modelfile",  "MODELFILe", "MODELFILE ",  " MODELFILE",  "MODELFIL",
-        "MODELFILEE", "",          "Filter list", "FilterList",  "<<<<<",
-        "Active",     "FileInfo",  "\xC3\x89",    "MODEL\nFILE", nullptr,
-    };
-    for (const char* word : headerMisses) {
+    for (const char* word : {"modelfile", "MODELFILE ", "MODELFIL", "MODELFILEE", "", "FileInfo",
+                             static_cast<const char*>(nullptr)}) {
         SCOPED_TRACE(word != nullptr ? word : "null");
         EXPECT_EQ(GetHeaderIDFromText(word), -1);
     }
-    const char* const labelMisses[] = {
-        "active",           "Active ",   "Plugin properties",
-        "PluginProperties", "furlength", "",
-        "FILEINFO",         "MODELFILE", nullptr,
-    };
-    for (const char* word : labelMisses) {
+    for (const char* word : {"active", "Active ", "FILEINFO", static_cast<const char*>(nullptr)}) {
         SCOPED_TRACE(word != nullptr ? word : "null");
         EXPECT_EQ(GetLabelIDFromText(word), -1);
     }
 }
 
 TEST(Vocabulary, UnknownIdsGiveTheNotFoundTexts) {
+    // The end bit (bit 29) is dropped from every header id but -1.
     const std::pair<int, const char*> headers[] = {
         {-1, "HeaderNotFound: -1"},
-        {0, "HeaderNotFound: 0"},
         {32, "HeaderNotFound: 32"},
-        {374, "HeaderNotFound: 374"},
-        {375 | kEnd, "HeaderNotFound: 375"},
-        {4046, "HeaderNotFound: 4046"},
-        {-2, "HeaderNotFound: -536870914"},      // bit 29 of -2 cleared: 0xDFFFFFFE
-        {INT_MAX, "HeaderNotFound: 1610612735"}, // 0x7FFFFFFF without bit 29
+        {374 | kEnd, "HeaderNotFound: 374"},
+        {-2, "HeaderNotFound: -536870914"},
         {INT_MIN, "HeaderNotFound: -2147483648"},
     };
     for (const auto& [id, text] : headers) {
         SCOPED_TRACE(id);
         EXPECT_EQ(HeaderText(id), text);
-        EXPECT_EQ(GetHeaderStringFromID(id).View(), text);
     }
     const std::pair<int, const char*> labels[] = {
-        {-1, "LabelNotFound: -1"},
-        {-3, "LabelNotFound: -3"},
-        {1109, "LabelNotFound: 1109"},
-        {1114, "LabelNotFound: 1114"},
-        {5385, "LabelNotFound: 5385"},
-        {336, "LabelNotFound: 336"},
-        {4046 | kEnd, "LabelNotFound: 536874958"},
-        {INT_MIN, "LabelNotFound: -2147483648"},
+        {-1, "LabelNotFound: -1"},     {1109, "LabelNotFound: 1109"},
+        {1114, "LabelNotFound: 1114"}, // a gap in the table
+        {5385, "LabelNotFound: 5385"}, {4046 | kEnd, "LabelNotFound: 536874958"},
     };
     for (const auto& [id, text] : labels) {
         SCOPED_TRACE(id);
@@ -173,8 +135,6 @@ TEST_F(HeaderMapChanges, SetAtAddsAndMovesWordsAndKeepsTheIndexTruthful) {
     HeaderMapSetAt("FARSECTION", 375);
     EXPECT_EQ(GetHeaderIDFromText("FARSECTION"), 375);
     EXPECT_EQ(HeaderText(375), "HeaderNotFound: 375");
-    HeaderMapSetAt("NEGATIVE", -7);
-    EXPECT_EQ(GetHeaderIDFromText("NEGATIVE"), -7);
     // Enough words to need several blocks of entries.
     for (int i = 0; i < 30; ++i)
         HeaderMapSetAt(("EXTRA" + std::to_string(i)).c_str(), 1000 + i);
@@ -191,19 +151,14 @@ TEST_F(HeaderMapChanges, SetAtAddsAndMovesWordsAndKeepsTheIndexTruthful) {
     EXPECT_EQ(HeaderText(373), "MODELFILE2");
     // Moving a table word away leaves its old id without a word.
     HeaderMapSetAt("PATH", 370);
-    EXPECT_EQ(HeaderText(370), "PATH");
     EXPECT_EQ(HeaderText(33), "HeaderNotFound: 33");
-    // The word's own id again, and a null text, change nothing.
-    HeaderMapSetAt("MODELFILE", 336);
-    HeaderMapSetAt(nullptr, 336);
-    EXPECT_EQ(HeaderText(336), "MODELFILE");
+    HeaderMapSetAt(nullptr, 33); // changes nothing
 
     // Freeing drops the added words; the next lookup rebuilds the table's, and words may
     // be added again straight after a free.
     FreeHeaderMap();
     FreeHeaderMap();
     EXPECT_EQ(HeaderText(33), "PATH");
-    EXPECT_EQ(GetHeaderIDFromText("PATH"), 33);
     EXPECT_EQ(GetHeaderIDFromText("MYSECTION"), -1);
     FreeHeaderMap();
     HeaderMapSetAt("MYSECTION", 374);
@@ -217,12 +172,7 @@ TEST_F(HeaderMapChanges, LongTextsAreCutAt79Bytes) {
     HeaderMapSetAt(longWord.c_str(), 374);
     EXPECT_EQ(GetHeaderIDFromText(cut.c_str()), 374);
     EXPECT_EQ(GetHeaderIDFromText(longWord.c_str()), -1);
-    EXPECT_EQ(GetHeaderIDFromText(cut.substr(0, 78).c_str()), -1);
     EXPECT_EQ(HeaderText(374), cut);
-    EXPECT_EQ(GetLabelIDFromText(longWord.c_str()), -1);
-    const std::string fits = std::string(78, 'Z') + "Y";
-    HeaderMapSetAt(fits.c_str(), 373);
-    EXPECT_EQ(HeaderText(373), fits);
 }
 
 TEST_F(HeaderMapChanges, FirstUseFromSeveralThreadsAtOnce) {
@@ -238,8 +188,6 @@ TEST_F(HeaderMapChanges, FirstUseFromSeveralThreadsAtOnce) {
                 mistakes[t] += GetHeaderIDFromText(row.word.data()) != row.id;
                 mistakes[t] += std::string(out) != row.word;
             }
-            for (const VocabularyRow& row : LabelRows())
-                mistakes[t] += GetLabelIDFromText(row.word.data()) != row.id;
         });
     }
     for (std::thread& thread : threads)
@@ -260,7 +208,6 @@ namespace {
 template <class Token> void ExpectToken(const Token& token, int id, const std::string& word) {
     EXPECT_EQ(token.id, id);
     EXPECT_EQ(std::string(token.GetText()), word);
-    EXPECT_EQ(token.GetText(), token.text);
     EXPECT_TRUE(std::all_of(token.text + std::min<std::size_t>(word.size(), 79),
                             token.text + fileio::kTokenTextSize, [](char c) { return c == 0; }))
         << "bytes after the word are not all zero";
@@ -269,30 +216,21 @@ template <class Token> void ExpectToken(const Token& token, int id, const std::s
 } // namespace
 
 TEST(VocabularyToken, ConstructorsLookUpOrTakeTheirTexts) {
-    const std::string longWord = LongWord();
-    const std::string cut = longWord.substr(0, 79);
+    const std::string cut = LongWord().substr(0, 79);
     ExpectToken(Header(), -1, "");
-    ExpectToken(EndHeader(), -1, "");
     ExpectToken(Label(), -1, "");
-    ExpectToken(Header(336), 336, "MODELFILE");
     ExpectToken(Header(336 | kEnd), 336 | kEnd, "MODELFILE");
-    ExpectToken(Header(375), 375, "HeaderNotFound: 375");
     ExpectToken(EndHeader(114), 114 | kEnd, "Filter List");
-    ExpectToken(EndHeader(-1), -1, "HeaderNotFound: -1");
     // A text given is taken as it is: neither it nor the id is looked up.
     ExpectToken(Header(33, "MODELFILE"), 33, "MODELFILE");
     ExpectToken(EndHeader(7, "CUSTOM"), 7 | kEnd, "CUSTOM");
     ExpectToken(Header(5, nullptr), 5, "");
-    ExpectToken(EndHeader(5, nullptr), 5 | kEnd, "");
-    ExpectToken(Header(5, longWord.c_str()), 5, cut);
-    ExpectToken(EndHeader(5, longWord.c_str()), 5 | kEnd, cut);
+    ExpectToken(Header(5, LongWord().c_str()), 5, cut);
     ExpectToken(Label(4046), 4046, "Active");
-    ExpectToken(Label(1942), 1942, "FurLength");
     ExpectToken(Label(9999), 9999, "LabelNotFound: 9999");
     // A label's text is looked up, after the cut.
     ExpectToken(Label("ShagLength"), 1942, "ShagLength");
     ExpectToken(Label("active"), -1, "active");
     ExpectToken(Label(static_cast<const char*>(nullptr)), -1, "");
-    ExpectToken(Label(longWord.c_str()), -1, cut);
-    EXPECT_EQ(Label((std::string("Active") + std::string(194, ' ')).c_str()).id, -1);
+    ExpectToken(Label(LongWord().c_str()), -1, cut);
 }
