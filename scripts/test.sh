@@ -30,9 +30,16 @@ run_preset asan
 run_preset tsan
 run_preset fuzz
 
-# Wine builds its prefix on first use; do it once here rather than inside parallel tests.
+# One persistent Wine server serves every test process, and Wine's own services (which it
+# starts with the first program a server sees) are up before the tests start: a test
+# program that starts while they are still coming up can stall for minutes. wineboot
+# builds the prefix on first use and starts the services.
 export WINEPREFIX="$PWD/build/wineprefix" WINEDEBUG=-all
 wine=$(command -v /usr/lib/wine/wine64 wine64 wine 2>/dev/null | head -n 1)
+wineserver=$(command -v /usr/lib/wine/wineserver64 wineserver64 wineserver 2>/dev/null | head -n 1)
+"$wineserver" -k 2> /dev/null || true
+"$wineserver" -p
+trap '"$wineserver" -k 2> /dev/null || true' EXIT
 "$wine" wineboot --init > /dev/null 2>&1 || true
 run_preset windows
 
