@@ -310,16 +310,9 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
 }
 
 TEST_F(DownloadTest, AServerThatIsGoneFailsCleanly) {
-    std::string why;
-    const auto listener =
-        fileio::platform::Sockets().listen(fileio::test::kUnusedLoopback, 0, 1, why);
-    std::string address;
-    unsigned short port = 0;
-    fileio::platform::Sockets().localAddress(listener, address, port);
-    fileio::platform::Sockets().close(listener);
     String reason;
-    const std::string url =
-        "http://" + std::string(fileio::test::kUnusedLoopback) + ":" + std::to_string(port) + "/x";
+    const std::string url = "http://" + std::string(fileio::test::kUnusedLoopback) + ":" +
+                            std::to_string(fileio::test::ClosedPort()) + "/x";
     EXPECT_FALSE(DownloadFile(url.c_str(), target.c_str(), &reason, 1000, kPatientMs));
     EXPECT_FALSE(reason.IsEmpty());
     ExpectOldFileAlone();

@@ -244,14 +244,11 @@ TEST(VarnSocketTest, AMessageLeftByADeadlineIsCompletedByTheNextReceive) {
 TEST(VarnSocketTest, ConnectingToAClosedPortFailsWithinItsDeadline) {
     // A loopback address no other test listens on, so that no test running in parallel
     // can take the port between its closing and the attempt.
-    CVarnSocket probe;
-    ASSERT_EQ(probe.Listen(0, fileio::test::kUnusedLoopback), SR_OK);
-    const unsigned short port = probe.GetPort();
-    probe.Close();
+    const unsigned short port = fileio::test::ClosedPort();
     CVarnSocket socket;
     const auto start = std::chrono::steady_clock::now();
     const SocketResult result = socket.Connect(fileio::test::kUnusedLoopback, port, 3000);
-    EXPECT_LT(fileio::test::MillisecondsSince(start), 3000 + 2000);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(3000 + 2000));
     EXPECT_TRUE(result == SR_SYSTEM_ERROR || result == SR_TIMED_OUT) << GetSocketResultText(result);
     EXPECT_FALSE(socket.IsConnected());
     EXPECT_FALSE(socket.GetErrorText().IsEmpty());
