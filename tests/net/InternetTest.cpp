@@ -56,6 +56,7 @@ TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
         {"http://x/\t\r\n\x7F", "http://x/%09%0D%0A%7F"},
         {"file:///etc/passwd", ""},
         {"javascript:alert(1)", ""},
+        {"3ds:model", "http://3ds:model"}, // a scheme starts with a letter
         {"", ""},
     };
     for (const UrlCase& c : cases)
@@ -288,7 +289,7 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
     const FailedDownloadCase cases[] = {
         {"truncated", Response(Body(500), 1000), 1 << 20, ""},
         {"too large, announced", Response(Body(5000)), 1000, "limit of 1000"},
-        {"too large, unannounced", Response(Body(5000), -1), 1000, "limit of 1000"},
+        {"too large, unannounced", Response(Body(300000), -1), 100000, "limit of 100000"},
         {"one byte above the limit", Response(Body(1001), -1), 1000, "limit of 1000"},
         {"not found", Response("not found", -2, "404 Not Found"), 1 << 20, "404"},
         {"not http", "SSH-2.0-OpenSSH_9.2\r\n", 1 << 20, ""},
