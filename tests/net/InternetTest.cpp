@@ -56,6 +56,7 @@ TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
         {"http://x/\t\r\n\x7F", "http://x/%09%0D%0A%7F"},
         {"file:///etc/passwd", ""},
         {"javascript:alert(1)", ""},
+        {"3ds:model", "http://3ds:model"}, // a scheme starts with a letter
         {"", ""},
     };
     for (const UrlCase& c : cases)
@@ -89,18 +90,17 @@ TEST(InternetTest, MailUrlsEncodeEveryField) {
         EXPECT_EQ(fileio::net::MailUrl(c.address, c.subject, c.body), c.url) << c.url;
 }
 
+// The exact vectors the desktop gets are in DesktopLaunch_posix.cpp.
 TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
     ScopedServices<InternetServices> saved(Internet());
     Internet().openUrl = RecordUrl;
     g_openedUrls.clear();
-    EXPECT_TRUE(LaunchBrowser("www.example.com/a b"));
+    EXPECT_TRUE(LaunchBrowser("www.example.com"));
     EXPECT_FALSE(LaunchBrowser("file:///etc/passwd")); // refused before the system sees it
     EXPECT_FALSE(LaunchBrowser(String()));
-    EXPECT_TRUE(LaunchMail("ann@example.com", "Render & done", "Frame 12\n"));
-    const std::vector<std::string> expected = {
-        "http://www.example.com/a%20b",
-        "mailto:ann@example.com?subject=Render%20%26%20done&body=Frame%2012%0D%0A"};
-    EXPECT_EQ(g_openedUrls, expected);
+    EXPECT_TRUE(LaunchMail("ann@example.com", "", ""));
+    EXPECT_EQ(g_openedUrls,
+              (std::vector<std::string>{"http://www.example.com", "mailto:ann@example.com"}));
     EXPECT_TRUE(IsConnectedToInternet());
     EXPECT_TRUE(ConnectToInternet());
 }
@@ -118,12 +118,11 @@ struct FakeClient {
     }
 };
 
-ProcessOutcome Answer(bool started, const char* output, int exitCode, bool timedOut = false) {
+ProcessOutcome Answer(bool started, const char* output, int exitCode) {
     ProcessOutcome outcome;
     outcome.started = started;
     outcome.output = output;
     outcome.exitCode = exitCode;
-    outcome.timedOut = timedOut;
     return outcome;
 }
 
@@ -143,7 +142,6 @@ TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
         {"revision 0", Answer(true, "0", 0), 0},
         {"no client installed", Answer(false, "", -1), -1},
         {"the client fails", Answer(true, "12\n", 1), -1},
-        {"the client hangs", Answer(true, "", -1, true), -1},
         {"no answer", Answer(true, "", 0), -1},
         {"not a number", Answer(true, "svn: E155007: not a working copy\n", 0), -1},
         {"two numbers", Answer(true, "12 13\n", 0), -1},
@@ -291,7 +289,7 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
     const FailedDownloadCase cases[] = {
         {"truncated", Response(Body(500), 1000), 1 << 20, ""},
         {"too large, announced", Response(Body(5000)), 1000, "limit of 1000"},
-        {"too large, unannounced", Response(Body(5000), -1), 1000, "limit of 1000"},
+        {"too large, unannounced", Response(Body(300000), -1), 100000, "limit of 100000"},
         {"one byte above the limit", Response(Body(1001), -1), 1000, "limit of 1000"},
         {"not found", Response("not found", -2, "404 Not Found"), 1 << 20, "404"},
         {"not http", "SSH-2.0-OpenSSH_9.2\r\n", 1 << 20, ""},
@@ -313,16 +311,9 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
 }
 
 TEST_F(DownloadTest, AServerThatIsGoneFailsCleanly) {
-    std::string why;
-    const auto listener =
-        fileio::platform::Sockets().listen(fileio::test::kUnusedLoopback, 0, 1, why);
-    std::string address;
-    unsigned short port = 0;
-    fileio::platform::Sockets().localAddress(listener, address, port);
-    fileio::platform::Sockets().close(listener);
     String reason;
-    const std::string url =
-        "http://" + std::string(fileio::test::kUnusedLoopback) + ":" + std::to_string(port) + "/x";
+    const std::string url = "http://" + std::string(fileio::test::kUnusedLoopback) + ":" +
+                            std::to_string(fileio::test::ClosedPort()) + "/x";
     EXPECT_FALSE(DownloadFile(url.c_str(), target.c_str(), &reason, 1000, kPatientMs));
     EXPECT_FALSE(reason.IsEmpty());
     ExpectOldFileAlone();

@@ -2,7 +2,8 @@
 // it plays a second process for the tests instead of running them:
 //
 //     --fileio-net-child args A B ...   writes each argument and a line feed to stdout
-//     --fileio-net-child exit N         writes "out" and "err" to its outputs, exits with N
+//     --fileio-net-child exit N         writes "out", closes its output, then writes "err"
+//                                       to its errors a moment later and exits with N
 //     --fileio-net-child sleep          waits (bounded) until it is killed
 //     --fileio-net-child echo PORT      connects to 127.0.0.1:PORT and replies to every
 //                                       message with the same bytes and form until the
@@ -53,6 +54,8 @@ int RunChild(int argc, char** argv) {
     }
     if (mode == "exit" && argc > 3) {
         std::fputs("out", stdout);
+        std::fclose(stdout);
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
         std::fputs("err", stderr);
         return std::atoi(argv[3]);
     }

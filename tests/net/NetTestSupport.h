@@ -11,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdint>
 #include <future>
 #include <string>
@@ -187,11 +186,15 @@ inline std::string SelfPath() {
     return fileio::platform::Files().exists(base.c_str()) ? base : base + ".exe";
 }
 
-/// Milliseconds since `start`.
-inline long long MillisecondsSince(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
-                                                                 start)
-        .count();
+/// A port of kUnusedLoopback that was listened on a moment ago and is closed again.
+inline unsigned short ClosedPort() {
+    using namespace fileio::platform;
+    std::string why, address;
+    unsigned short port = 0;
+    const SocketHandle listener = Sockets().listen(kUnusedLoopback, 0, 1, why);
+    Sockets().localAddress(listener, address, port);
+    Sockets().close(listener);
+    return port;
 }
 
 } // namespace fileio::test

@@ -44,19 +44,14 @@ long CountQueries(std::string_view drive) {
 
 TEST(NetworkPaths, FindDriveForShareExaminesRemoteDrivesFromTheLast) {
     ScriptedNetwork network(WindowsDrives());
-    ExpectEach(
-        [](const std::string& share) {
-            return OrNone([&](std::string& root) {
-                return detail::FindDriveForShare(share, kWindows, root);
-            });
-        },
-        {
-            {"ART", "\\\\other\\ART"}, // N: comes before M: when walking backwards
-            {"art", "\\\\files\\art"},
-            {"Projects", "\\\\files\\Projects"},
-            {"PROJECTS", "<none>"}, // share names compare exactly
-            {"noshare", "<none>"},
-        });
+    ExpectEach(Reporting(detail::FindDriveForShare, kWindows),
+               {
+                   {"ART", "\\\\other\\ART"}, // N: comes before M: when walking backwards
+                   {"art", "\\\\files\\art"},
+                   {"Projects", "\\\\files\\Projects"},
+                   {"PROJECTS", "<none>"}, // share names compare exactly
+                   {"noshare", "<none>"},
+               });
     // Local drives are never asked for a connection.
     EXPECT_EQ(CountQueries("A:") + CountQueries("C:"), 0);
 }
@@ -123,26 +118,22 @@ TEST(NetworkPaths, LocalSharesNameTheDeepestShareThatHoldsThePath) {
                                  {"Deep", "C:\\Data\\Deep\\"},
                                  {"Drive", "D:\\"},
                                  {"pub", "/srv/pub"}});
-    auto share = [](PathStyle style) {
-        return [style](const std::string& path) {
-            return OrNone(
-                [&](std::string& out) { return detail::LocalPathToShare(path, style, out); });
-        };
-    };
-    ExpectEach(share(kWindows), {
-                                    {"c:\\data\\deep\\x.mdl", "\\\\WORKSTATION\\Deep\\x.mdl"},
-                                    {"C:\\Data\\y.mdl", "\\\\WORKSTATION\\Data\\y.mdl"},
-                                    {"C:\\Database\\y", "<none>"},
-                                    {"D:\\z\\w", "\\\\WORKSTATION\\Drive\\z\\w"},
-                                    {"/srv/PUB/a/b", "\\\\WORKSTATION\\pub\\a/b"},
-                                });
-    ExpectEach(share(kPosix), {
-                                  {"C:\\Data\\Deep\\x.mdl", "//WORKSTATION/Deep/x.mdl"},
-                                  {"c:\\data\\deep\\x.mdl", "<none>"},
-                                  {"D:\\z\\w", "//WORKSTATION/Drive/z\\w"},
-                                  {"/srv/pub/a/b", "//WORKSTATION/pub/a/b"},
-                                  {"/srv/PUB/a", "<none>"},
-                              });
+    ExpectEach(Reporting(detail::LocalPathToShare, kWindows),
+               {
+                   {"c:\\data\\deep\\x.mdl", "\\\\WORKSTATION\\Deep\\x.mdl"},
+                   {"C:\\Data\\y.mdl", "\\\\WORKSTATION\\Data\\y.mdl"},
+                   {"C:\\Database\\y", "<none>"},
+                   {"D:\\z\\w", "\\\\WORKSTATION\\Drive\\z\\w"},
+                   {"/srv/PUB/a/b", "\\\\WORKSTATION\\pub\\a/b"},
+               });
+    ExpectEach(Reporting(detail::LocalPathToShare, kPosix),
+               {
+                   {"C:\\Data\\Deep\\x.mdl", "//WORKSTATION/Deep/x.mdl"},
+                   {"c:\\data\\deep\\x.mdl", "<none>"},
+                   {"D:\\z\\w", "//WORKSTATION/Drive/z\\w"},
+                   {"/srv/pub/a/b", "//WORKSTATION/pub/a/b"},
+                   {"/srv/PUB/a", "<none>"},
+               });
 }
 
 TEST(NetworkPaths, UNCFileNameKeepsDriveLettersAndNetworkNames) {

@@ -39,6 +39,13 @@ template <class Convert> std::string OrNone(Convert convert) {
     return convert(out) ? out : "<none>";
 }
 
+/// `convert(path, style, out)` as a conversion of the path alone, for ExpectEach.
+template <class Convert> auto Reporting(Convert convert, PathStyle style) {
+    return [=](const std::string& path) {
+        return OrNone([&](std::string& out) { return convert(path, style, out); });
+    };
+}
+
 /// Puts the base path back as it was when the guard was made.
 class BasePathGuard {
 public:

@@ -157,28 +157,13 @@ TEST(PathText, StringMembersDecomposeAndGiveNullForNothing) {
     EXPECT_STREQ(path.Get(), "C:\\Projects\\Robot\\arm.mdl");
 }
 
-TEST(PathText, FindAndRemoveDoubleSeparatorsWorksInPlace) {
-    String path("\\\\server\\\\share\\\\x.mdl");
-    EXPECT_EQ(path.FindAndRemoveDoubleSeparators(), 2);
-    EXPECT_STREQ(path.Get(), "\\\\server\\share\\x.mdl");
-    EXPECT_EQ(path.FindAndRemoveDoubleSeparators(), 0);
-    String empty;
-    EXPECT_EQ(empty.FindAndRemoveDoubleSeparators(), 0);
-    EXPECT_EQ(empty.Get(), nullptr);
-}
-
 TEST(PathText, SmallStringMembers) {
-    EXPECT_STREQ(String("a b").Quote().Get(), "\"a b\"");
-    EXPECT_STREQ(String().Quote().Get(), "\"\"");
-    EXPECT_STREQ(String::Point().Get(), ".");
     EXPECT_STREQ(String("C:\\Data\\").NetSharePlaceHolder().Get(), "C-\\Data\\");
     EXPECT_STREQ(String("/home:x").NetSharePlaceHolder().Get(), "/home:x");
-    EXPECT_STREQ(String("C").NetSharePlaceHolder().Get(), "C");
     EXPECT_STREQ(String("C:").NetSharePlaceHolder().Get(), "C-");
-    String original("D:\\x");
-    String copy = original.NetSharePlaceHolder();
+    String original("D:\\x"); // a copy changes
+    EXPECT_STREQ(original.NetSharePlaceHolder().Get(), "D-\\x");
     EXPECT_STREQ(original.Get(), "D:\\x");
-    EXPECT_STREQ(copy.Get(), "D-\\x");
     EXPECT_STREQ(String("a\\b.mdl").GetFileNamesMatchName().Get(), "\"a\\b.mdl\"");
     EXPECT_EQ(String().GetFileNamesMatchName().Get(), nullptr);
 }
@@ -199,19 +184,6 @@ TEST(PathText, CombineNameToPathAndTheProgramsFolderUseTheNativeSeparator) {
     fileio::platform::System().applicationFolder = [] { return std::string(); };
     EXPECT_EQ(String::GetAppPath().Get(), nullptr);
     EXPECT_STREQ(String::AddNameToExeDirectory(String("x")).Get(), "x");
-}
-
-TEST(PathText, TheProgramFolderHoldsTheTestProgram) {
-    String folder = String::GetAppPath();
-    ASSERT_TRUE(folder.IsNotEmpty());
-    ASSERT_FALSE(detail::IsSeparator(folder.View().back()));
-    // The test program's own name is among the folder's files.
-    std::vector<fileio::platform::FolderEntry> entries;
-    ASSERT_TRUE(fileio::platform::Files().listFolder(folder.Get(), entries));
-    bool found = false;
-    for (const auto& entry : entries)
-        found = found || entry.name.rfind("fileio_path_tests", 0) == 0;
-    EXPECT_TRUE(found);
 }
 
 } // namespace

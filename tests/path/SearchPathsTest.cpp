@@ -8,11 +8,12 @@
 
 #include "PathTestSupport.h"
 #include "path/SearchPathsDetail.h"
+#include "platform/HiveFile.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
+#include <optional>
 
 namespace {
 
@@ -36,35 +37,23 @@ std::string Native(std::string text) {
     return text;
 }
 
-// ---- an in-memory hive -------------------------------------------------------------------
-
-std::map<std::string, std::string> g_values; // "key|name" in lower case -> value
+/// An in-memory settings hive, and the writes it received.
+std::optional<platform::HiveDocument> g_hive;
 int g_writes = 0;
-
-std::string Slot(const char* key, const char* name) {
-    std::string slot = platform::NormalizeKeyPath(key) + "|" + name;
-    for (char& c : slot)
-        c = detail::AsciiLower(c);
-    return slot;
-}
 
 /// The settings hive of the test, and a folder list chain that is empty at both ends.
 class SearchPathsTest : public ::testing::Test {
 protected:
     SearchPathsTest()
         : m_hive(platform::Hive()), m_files(platform::Files()), m_system(platform::System()) {
-        g_values.clear();
+        g_hive.emplace("");
         g_writes = 0;
         platform::Hive().readString = [](const char* key, const char* name, std::string& value) {
-            auto found = g_values.find(Slot(key, name));
-            if (found == g_values.end())
-                return false;
-            value = found->second;
-            return true;
+            return g_hive->Find(key, name, value);
         };
         platform::Hive().writeString = [](const char* key, const char* name, const char* value) {
             ++g_writes;
-            g_values[Slot(key, name)] = value;
+            g_hive->Set(key, name, value);
             return true;
         };
         platform::System().applicationFolder = [] { return Native("/opt/suite"); };
@@ -74,12 +63,12 @@ protected:
         FreeAllSearchPaths();
         FreeFoldersLocation();
         FreeLocalRegistryProfile();
+        g_hive.reset();
     }
 
     static std::string Stored(const std::string& section, const std::string& entry) {
-        auto found =
-            g_values.find(Slot(("SOFTWARE\\Varn, Inc.\\" + section).c_str(), entry.c_str()));
-        return found == g_values.end() ? "<absent>" : found->second;
+        std::string value;
+        return g_hive->Find("SOFTWARE\\Varn, Inc.\\" + section, entry, value) ? value : "<absent>";
     }
 
 private:

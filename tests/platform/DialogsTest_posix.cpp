@@ -141,6 +141,7 @@ TEST(PosixDialogsTest, AtATerminalTheTypedAnswerCounts) {
         {"x\n  r\n", box::kAbortRetryIgnore, box::kAnswerRetry}, // asked again after "x"
         {"i\n", box::kAbortRetryIgnore, box::kAnswerIgnore},
         {"\n", box::kOk, box::kAnswerOk},
+        {"\n y\n", box::kYesNoCancel, box::kAnswerYes}, // an empty line chooses only alone
         {"o\n", box::kOkCancel, box::kAnswerOk},
     };
     for (const Row& row : rows) {
@@ -159,6 +160,8 @@ TEST(PosixDialogsTest, AtATerminalTheTypedAnswerCounts) {
     EXPECT_EQ(RunAtTerminal("y\ny\n", ask), 3);
     EXPECT_EQ(RunAtTerminal("n\n\n", ask), 0);
     EXPECT_EQ(RunAtTerminal("n\ny\n", ask), 2);
+    EXPECT_EQ(RunAtTerminal("x\ny\n\n", ask), 1); // asked again after "x"
+    EXPECT_EQ(RunAtTerminal("\x04", ask), 0);     // the end of the input says no
 }
 
 // What a locate-file question did, one bit each, as a child's exit code.

@@ -11,7 +11,6 @@
 
 #include <optional>
 #include <string>
-#include <tuple>
 
 namespace {
 
@@ -55,33 +54,15 @@ TEST_F(ProfileSettingsTest, NumbersTravelAsTheirTexts) {
     EXPECT_EQ(SetRegistryValue("Options", "Int", 1), 0);
 }
 
-TEST_F(ProfileSettingsTest, AnIntReadsItsTextInDecimalAndAFloatAsADouble) {
-    // The conversions are the core's; each type uses its own. Not a number reads as 0,
-    // not as the default.
-    const std::tuple<const char*, int, double> rows[] = {
-        {"3.75", 3, 3.75}, {"0x10", 0, 16.0}, {"abc", 0, 0.0}, {"1e3", 1, 1000.0}};
-    for (const auto& [stored, asInt, asDouble] : rows) {
-        SCOPED_TRACE(stored);
-        profile.values[{"Options", "N"}] = stored;
-        EXPECT_EQ(GetRegistryValue("Options", "N", 7), asInt);
-        EXPECT_EQ(GetRegistryValue("Options", "N", 7.0), asDouble);
-        EXPECT_EQ(GetRegistryValue("Options", "N", 7.0f), static_cast<float>(asDouble));
-    }
-}
-
 TEST_F(ProfileSettingsTest, SwitchesAreOnOrOff) {
     EXPECT_EQ(SetRegistryBOOL("Options", "A", true), true);
     EXPECT_EQ(SetRegistryBOOL("Options", "B", false), true);
     EXPECT_EQ(SetRegistryBOOL("Options", "C", 5), 1); // any non-zero int is true
-    EXPECT_EQ(SetRegistryBOOL("Options", "D", 0), 1);
     EXPECT_EQ(Stored("A"), "ON");
     EXPECT_EQ(Stored("B"), "OFF");
     EXPECT_EQ(Stored("C"), "ON");
-    EXPECT_EQ(Stored("D"), "OFF");
     const std::pair<const char*, bool> rows[] = {
-        {"on", true}, {"True", true}, {"OFF", false}, {"1", false},
-        {"", false},  {" ON", false}, {"onn", false}, {"false", false},
-    };
+        {"on", true}, {"True", true}, {"1", false}, {"onn", false}, {"", false}};
     for (const auto& [stored, expected] : rows) {
         SCOPED_TRACE(stored);
         profile.values[{"Options", "S"}] = stored;
@@ -91,101 +72,56 @@ TEST_F(ProfileSettingsTest, SwitchesAreOnOrOff) {
     // A missing switch reads as its default, which travels as "ON" or "OFF".
     profile.calls.clear();
     EXPECT_EQ(GetRegistryBOOL("Options", "Missing", true), true);
-    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", false), false);
-    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", 2), 1);
     EXPECT_EQ(GetRegistryBOOL("Options", "Missing", 0), 0);
-    EXPECT_EQ(Texts(), (std::vector<std::optional<std::string>>{"ON", "OFF", "ON", "OFF"}));
+    EXPECT_EQ(Texts(), (std::vector<std::optional<std::string>>{"ON", "OFF"}));
 }
 
+// Texts pass as they are; the overloads that take an int first ignore it.
 TEST_F(ProfileSettingsTest, TextsAreStoredAsTheyAreAndDeletingWritesANullValue) {
-    for (const char* text : {"a=b\nline", "C:\\Dir\\", "caf\xC3\xA9"}) {
-        SCOPED_TRACE(text);
-        EXPECT_EQ(SetRegistryString("Options", "T", String(text)), 1);
-        EXPECT_EQ(Stored("T"), text);
-        EXPECT_EQ(GetRegistryString("Options", "T", "default"), String(text));
-    }
+    EXPECT_EQ(SetRegistryString("Options", "T", String("a=b\nC:\\")), 1);
+    EXPECT_EQ(GetRegistryString("Options", "T", "default"), String("a=b\nC:\\"));
     EXPECT_EQ(GetRegistryString("Options", "Missing", "default"), String("default"));
+    EXPECT_STREQ(GetRegistryString(1, "Options", "Missing", nullptr), ""); // never null
     // An empty text is written as "", not as a null value (which would remove the entry).
-    EXPECT_EQ(SetRegistryString("Options", "Empty", String()), 1);
+    EXPECT_EQ(SetRegistryString(4, "Options", "Empty", ""), 1);
     EXPECT_EQ(Stored("Empty"), "");
     profile.calls.clear();
-    EXPECT_EQ(DeleteRegistryItem("Options", "T"), 1);
+    EXPECT_EQ(DeleteRegistryItem(1, "Options", "T"), 1);
     ASSERT_EQ(profile.calls.size(), 1u);
     EXPECT_EQ(profile.calls[0].operation, "write");
-    EXPECT_EQ(profile.calls[0].entry, "T");
     EXPECT_EQ(profile.calls[0].text, std::nullopt);
     EXPECT_EQ(Stored("T"), std::nullopt);
-    EXPECT_EQ(DeleteRegistryItem(0, "Options", "T"), 0); // the profile's answer
-}
-
-// The overloads that take an int first ignore it and forward their texts.
-TEST_F(ProfileSettingsTest, IntFirstOverloadsForwardTheirTexts) {
-    EXPECT_EQ(SetRegistryValue(99, "Options", "I", 5), 1);
-    EXPECT_EQ(SetRegistryValue(-1, "Options", "F", 2.5f), 1);
-    EXPECT_EQ(SetRegistryValue(0, "Options", "D", 0.5), 1);
-    EXPECT_EQ(SetRegistryBOOL(3, "Options", "B", 1), 1);
-    EXPECT_EQ(SetRegistryBOOL(3, "Options", "BB", false), true);
-    EXPECT_EQ(SetRegistryString(4, "Options", "S", "text"), 1);
-    EXPECT_EQ(Stored("I"), "5");
-    EXPECT_EQ(Stored("F"), "2.5");
-    EXPECT_EQ(Stored("D"), "0.5");
-    EXPECT_EQ(Stored("B"), "ON");
-    EXPECT_EQ(Stored("BB"), "OFF");
-    EXPECT_EQ(Stored("S"), "text");
-    EXPECT_EQ(GetRegistryValue(1, "Options", "I", 0), 5);
-    EXPECT_EQ(GetRegistryValue(1, "Options", "F", 0.0f), 2.5f);
-    EXPECT_EQ(GetRegistryValue(1, "Options", "D", 0.0), 0.5);
-    EXPECT_EQ(GetRegistryBOOL(1, "Options", "B", 0), 1);
-    EXPECT_EQ(GetRegistryBOOL(1, "Options", "BB", true), false);
-    EXPECT_STREQ(GetRegistryString(1, "Options", "S", "d"), "text");
-    EXPECT_STREQ(GetRegistryString(1, "Options", "Missing", nullptr), ""); // never null
-    EXPECT_EQ(DeleteRegistryItem(1, "Options", "S"), 1);
-    EXPECT_EQ(Stored("S"), std::nullopt);
+    EXPECT_EQ(DeleteRegistryItem("Options", "T"), 0); // the profile's answer
 }
 
 TEST_F(ProfileSettingsTest, BinaryDataPassUnchanged) {
     unsigned char bytes[] = {0, 1, 0xFF, '=', '\n'};
-    EXPECT_EQ(WriteProfileBinarySplit("Options", "Bin", bytes, 5), 5);
-    EXPECT_EQ(WriteProfileBinarySplit(0, "Options", "Bin2", bytes, 2), 5);
-    ASSERT_EQ(profile.binaryWrites.size(), 2u);
+    EXPECT_EQ(WriteProfileBinarySplit(0, "Options", "Bin", bytes, 5), 5);
+    ASSERT_EQ(profile.binaryWrites.size(), 1u);
     EXPECT_EQ(profile.binaryWrites[0].data, std::vector<unsigned char>(bytes, bytes + 5));
-    EXPECT_EQ(profile.binaryWrites[1].entry, "Bin2");
-    EXPECT_EQ(profile.binaryWrites[1].data, std::vector<unsigned char>(bytes, bytes + 2));
     profile.binaryAnswer = {9, 8, 7};
     unsigned char* data = nullptr;
     unsigned int size = 0;
-    EXPECT_EQ(GetProfileBinarySplit("Options", "Bin", &data, &size), 7);
+    EXPECT_EQ(GetProfileBinarySplit(0, "Options", "Bin", &data, &size), 7);
     EXPECT_EQ(data, profile.binaryAnswer.data()); // the profile's buffer, as it gave it
     EXPECT_EQ(size, 3u);
-    EXPECT_EQ(GetProfileBinarySplit(0, "Options", "Other", &data, &size), 7);
-    EXPECT_EQ(profile.binaryReads.back().second, "Other");
 }
 
 TEST(ProfileSettingsWithoutProfileTest, WritersReturnZeroAndReadersTheirDefaults) {
-    MemoryProfile first;
-    ApplicationProfile* original = SetApplicationProfile(&first);
-    EXPECT_EQ(GetApplicationProfile(), &first);
-    EXPECT_EQ(SetApplicationProfile(nullptr), &first);
-    EXPECT_EQ(SetRegistryValue("S", "E", 1), 0);
-    EXPECT_EQ(SetRegistryValue("S", "E", 1.0f), 0);
+    ScopedHandler<ApplicationProfile> none(&SetApplicationProfile, nullptr);
     EXPECT_EQ(SetRegistryValue("S", "E", 1.0), 0);
     EXPECT_EQ(SetRegistryBOOL("S", "E", true), false);
-    EXPECT_EQ(SetRegistryString("S", "E", "x"), 0);
     EXPECT_EQ(DeleteRegistryItem("S", "E"), 0);
     unsigned char byte = 1;
     EXPECT_EQ(WriteProfileBinarySplit("S", "E", &byte, 1), 0);
-    EXPECT_EQ(GetRegistryValue("S", "E", 7), 7);
     EXPECT_EQ(GetRegistryValue("S", "E", 0.25f), 0.25f);
-    EXPECT_EQ(GetRegistryValue("S", "E", 0.1), 0.1);
     EXPECT_EQ(GetRegistryBOOL("S", "E", true), true);
-    EXPECT_EQ(GetRegistryBOOL("S", "E", 0), 0);
     EXPECT_EQ(GetRegistryString("S", "E", "default"), String("default"));
     unsigned char* data = &byte;
     unsigned int size = 99;
     EXPECT_EQ(GetProfileBinarySplit("S", "E", &data, &size), 0);
     EXPECT_EQ(data, nullptr);
     EXPECT_EQ(size, 0u);
-    SetApplicationProfile(original);
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include "support/TempFolder.h"
 
 #include <string>
+#include <string_view>
 
 namespace fileio::test {
 
@@ -26,10 +27,13 @@ public:
     /// The configuration folder the hive file lives in (Linux: Windows keeps the settings
     /// in the registry).
     const std::string& Folder() const { return m_folder.Path(); }
-    /// The hive file's full name (Linux).
-    std::string HivePath() const { return Folder() + "/varn-settings.hive"; }
+    /// The hive file's full name, its bytes and a write of them (Linux).
+    std::string HivePath() const { return m_folder.Join(kHive); }
+    std::string ReadHive() const { return m_folder.ReadFile(kHive); }
+    void WriteHive(std::string_view bytes) const { m_folder.WriteFile(kHive, bytes); }
 
 private:
+    static constexpr const char* kHive = "varn-settings.hive";
     TempFolder m_folder{"fileio-settings"};
     std::string m_savedXdg;
     bool m_hadXdg = false;
