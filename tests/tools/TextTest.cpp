@@ -11,6 +11,7 @@ namespace {
 
 using fileio::tool::EqualsIgnoringCase;
 using fileio::tool::Printable;
+using fileio::tool::Utf8SequenceLength;
 
 struct PrintableCase {
     std::string text;
@@ -41,6 +42,7 @@ TEST(TextTest, PrintableEscapesWhatATerminalWouldObey) {
         EXPECT_EQ(Printable(c.text), c.shown);
         EXPECT_EQ(Printable(c.text, true), c.shownKeepingLines);
     }
+    EXPECT_EQ(Utf8SequenceLength(""), 0u) << "no sequence in no text";
 }
 
 TEST(TextTest, WordsCompareWithoutRegardToAsciiCase) {
