@@ -84,13 +84,15 @@ TEST_F(ReferencesTest, AFileAtItsStoredPlaceOrInOtherLetterCaseIsFound) {
 
 TEST_F(ReferencesTest, AWindowsFolderMapsOntoThisMachinesFolderWhateverTheLetterCase) {
     ReferenceSearch search;
-    const std::string stored = "c:/users/ANN/robot/maps/SKIN.png";
+    const std::string stored = "C:/Users/ann/Robot/maps/SKIN.png";
     EXPECT_EQ(Resolve(search, stored).how, Found::Missing);
     Map("C:\\Users\\ann\\Robot=" + m_work.Files().Join("Documents/Robot"));
     const Resolution r = Resolve(search, stored);
     EXPECT_EQ(r.how, Found::Alias);
     EXPECT_EQ(r.found,
               CaseSensitive() ? "Documents/Robot/Maps/skin.png" : "Documents/Robot/maps/SKIN.png");
+    // The folder's own letter case in the file is not the mapping's.
+    EXPECT_EQ(Resolve(search, "c:/users/ANN/robot/Maps/skin.png").how, Found::Alias);
 }
 
 TEST_F(ReferencesTest, TheNameSearchBelowTheSearchFoldersIgnoresCaseAndNeverPicksOneOfTwo) {
