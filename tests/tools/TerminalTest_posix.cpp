@@ -103,32 +103,27 @@ protected:
     WorkFolder m_work;
 };
 
-TEST_F(TerminalTest, TheProgressBarShowsOnATerminalAfterItsDelayAndIsWipedAgain) {
-    const std::string shown =
-        ShownAtTerminal({"check", "good/square.prj"}, {{"FILEIO_PROGRESS_DELAY", "0"}});
-    EXPECT_NE(shown.find(kFullBar), std::string::npos) << shown;
-    EXPECT_NE(shown.rfind(kWipe), std::string::npos) << shown;
-    EXPECT_NE(shown.find("good/square.prj: "), std::string::npos) << shown;
-}
-
-TEST_F(TerminalTest, NoProgressBarForQuickWorkQuietRunsJsonOrAnotherStandardError) {
-    const std::vector<std::string> cases[] = {
-        {"check", "--quiet", "good/square.prj"},
-        {"check", "--json", "good/square.prj"},
-        {"deps", "-q", "good/refs.prj"},
+TEST_F(TerminalTest, TheProgressBarShowsOnlyOnATerminalAfterItsDelayAndIsWipedAgain) {
+    struct BarCase {
+        std::vector<std::string> args;
+        const char* delay;
+        bool errorsElsewhere;
+        bool bar;
     };
-    for (const auto& args : cases) {
-        const std::string shown = ShownAtTerminal(args, {{"FILEIO_PROGRESS_DELAY", "0"}});
-        EXPECT_EQ(shown.find(kFullBar), std::string::npos) << args[1] << ":\n" << shown;
+    const BarCase cases[] = {
+        {{"check", "good/square.prj"}, "0", false, true},
+        {{"check", "--quiet", "good/square.prj"}, "0", false, false},
+        {{"check", "--json", "good/square.prj"}, "0", false, false},
+        {{"deps", "-q", "good/refs.prj"}, "0", false, false},
+        {{"check", "good/square.prj"}, "3600000", false, false}, // longer than any check here
+        {{"check", "good/square.prj"}, "0", true, false}, // only standard output is a terminal
+    };
+    for (const BarCase& c : cases) {
+        const std::string shown =
+            ShownAtTerminal(c.args, {{"FILEIO_PROGRESS_DELAY", c.delay}}, c.errorsElsewhere);
+        EXPECT_EQ(shown.find(kFullBar) != std::string::npos, c.bar) << c.args[1] << ":\n" << shown;
+        EXPECT_EQ(shown.rfind(kWipe) != std::string::npos, c.bar) << c.args[1] << ":\n" << shown;
     }
-    // Work shorter than the delay shows no bar (an hour is longer than any check here).
-    const std::string quick =
-        ShownAtTerminal({"check", "good/square.prj"}, {{"FILEIO_PROGRESS_DELAY", "3600000"}});
-    EXPECT_EQ(quick.find(kFullBar), std::string::npos) << quick;
-    // Standard error elsewhere: the terminal of standard output shows no bar.
-    const std::string elsewhere =
-        ShownAtTerminal({"check", "good/square.prj"}, {{"FILEIO_PROGRESS_DELAY", "0"}}, true);
-    EXPECT_EQ(elsewhere.find(kFullBar), std::string::npos) << elsewhere;
 }
 
 TEST_F(TerminalTest, ColoursShowOnATerminalUnlessNoColorIsSet) {

@@ -82,13 +82,18 @@ public:
     /// The text with the work folder written "<work>" and every "\" as "/" (but for the
     /// tool's escapes of unprintable bytes, "\xNN"), so that the output of both platforms
     /// compares with one expected text.
-    [[nodiscard]] std::string Normalised(std::string text) const {
+    [[nodiscard]] std::string Normalised(const std::string& text) const {
+        return Slashed(WithoutWork(text));
+    }
+
+    /// The text with the work folder written "<work>" (its separators either way).
+    [[nodiscard]] std::string WithoutWork(std::string text) const {
         for (const std::string& form : {m_path, Slashed(m_path)}) {
             for (std::size_t at = text.find(form); at != std::string::npos;
                  at = text.find(form, at))
                 text.replace(at, form.size(), "<work>");
         }
-        return Slashed(text);
+        return text;
     }
 
     static std::string Slashed(std::string text) {
