@@ -11,6 +11,7 @@
 
 namespace {
 
+using fileio::detail::FusedMultiplyAdd;
 using fileio::detail::RoundToNearestEven;
 
 // The double nearest to 1/135000.
@@ -93,7 +94,7 @@ float Time::GetFrame(double fps) const noexcept {
 
 int Time::GetFrameInt(double fps) const noexcept {
     return fileio::detail::TruncateToInt(
-        std::fma(static_cast<double>(m_ticks) * SecondsPerTick, fps, 0.5));
+        FusedMultiplyAdd(static_cast<double>(m_ticks) * SecondsPerTick, fps, 0.5));
 }
 
 float Time::GetCell(double fps) const noexcept {
@@ -115,7 +116,7 @@ void Time::SetFrame(double frame, double fps) noexcept {
 }
 
 void Time::SetCell(double cell, double fps) noexcept {
-    m_ticks = RoundToNearestEven(std::fma(cell, TicksPerSecond, -TicksPerSecond) / fps);
+    m_ticks = RoundToNearestEven(FusedMultiplyAdd(cell, TicksPerSecond, -TicksPerSecond) / fps);
 }
 
 void Time::StepFrame(double fps) noexcept {

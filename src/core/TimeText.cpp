@@ -17,6 +17,7 @@
 namespace {
 
 using fileio::detail::FormatPaddedGeneral;
+using fileio::detail::FusedMultiplyAdd;
 
 // Room for the longest text: "-", minutes (up to 20 digits), ":", seconds, ":", frames.
 constexpr std::size_t MaxTimeTextLength =
@@ -51,7 +52,7 @@ double RoundToHundredths(double v) {
     if (v == std::round(v))
         return v;
     const double bias = v >= 0 ? 0x1p-23 : -0x1p-23;
-    return std::round(std::fma(v, 100.0, bias)) * 0.01;
+    return std::round(FusedMultiplyAdd(v, 100.0, bias)) * 0.01;
 }
 
 // "[-]MM:SS:F": minutes not wrapped into hours, F the frames with up to two decimals,
@@ -144,7 +145,7 @@ Time String::ToTime(int fps, TimeUnit unit, bool zeroBasedCells) const {
 
     // minutes x 8.1e6 is exact for any sensible count of minutes, so the sum of both
     // products is rounded once.
-    const double ticks = std::fma(seconds + last / fps, 135000.0, minutes * 8.1e6);
+    const double ticks = FusedMultiplyAdd(seconds + last / fps, 135000.0, minutes * 8.1e6);
     const Time time(fileio::detail::RoundToNearestEven(ticks));
     return negative ? -time : time;
 }

@@ -4,13 +4,17 @@
 // out by hand or by an independent integer / long double computation in the test.
 #include "fileio/core/Time.h"
 
+#include "core/Rounding.h"
+
 #include <gtest/gtest.h>
 
 #include <cfenv>
 #include <cfloat>
 #include <climits>
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <random>
 
 // The time arithmetic relies on floating point without excess precision (x86-64 SSE).
 static_assert(FLT_EVAL_METHOD == 0,
@@ -296,6 +300,43 @@ TEST(Time, MultiplicationAndDivisionByNumbersRound) {
     EXPECT_EQ(Time(3LL) / Time(2LL), 1.5f);
     EXPECT_EQ(Time(3LL) / Time(0LL), 0.0f);
     EXPECT_EQ(Time(kMax) / Time(1LL), 9223372036854775808.0f);
+}
+
+// The time arithmetic's multiply-add rounds once on every platform: the rows need the low
+// bits that a second rounding loses.
+TEST(Time, MultiplyAddRoundsOnce) {
+    using fileio::detail::FusedMultiplyAdd;
+    const double tiny = std::ldexp(1.0, -52);
+    const struct {
+        double a, b, c, result;
+    } rows[] = {
+        {5.0 / 48.0, 135000.0, 218700000.0, 218714062.5}, // not 218714062.50000003
+        {0.1, 10.0, -1.0, std::ldexp(1.0, -54)},          // not 0
+        {1.0 + tiny, 1.0 - tiny, -1.0, -std::ldexp(1.0, -104)},
+        {3.0, 0.0, -0.0, 0.0},
+        {std::numeric_limits<double>::infinity(), 2.0, 1.0,
+         std::numeric_limits<double>::infinity()},
+        {1e300, 1e10, 1.0, std::numeric_limits<double>::infinity()}, // the runtime's range
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(FusedMultiplyAdd(row.a, row.b, row.c), row.result) << &row - rows;
+#if defined(__GLIBC__)
+    // glibc's fma is correctly rounded: random operands of many magnitudes, and sums that
+    // cancel the product, give the same bits.
+    std::mt19937_64 random(20261125);
+    std::uniform_real_distribution<double> mantissa(-1.0, 1.0);
+    std::uniform_int_distribution<int> exponent(-80, 80);
+    for (int i = 0; i < 200000; ++i) {
+        const double a = std::ldexp(mantissa(random), exponent(random));
+        const double b = std::ldexp(mantissa(random), exponent(random));
+        const double c = i % 2 == 0 ? -(a * b) : std::ldexp(mantissa(random), exponent(random));
+        const double expected = std::fma(a, b, c);
+        const double got = FusedMultiplyAdd(a, b, c);
+        ASSERT_TRUE(std::memcmp(&expected, &got, sizeof got) == 0)
+            << std::hexfloat << a << " x " << b << " + " << c << ": " << got << ", not "
+            << expected;
+    }
+#endif
 }
 
 } // namespace

@@ -124,6 +124,9 @@ TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
         {"1:2:3:4", 30, SMPTE, false, 16623000}, // the earliest field falls off
         {"1::2", 30, SMPTE, false, 8109000},
         {"1:50", 100, SMPTE, false, 202500}, // 1 s + 50 / 100 s
+        // 218714062.5 + 4.5e-13 exactly: rounded once it is a tie (to even); rounded twice,
+        // as a runtime's fma without the fused instruction may, it goes up.
+        {"27:00:05", 48, SMPTE, false, 218714062},
         {"1.5", 24, FRAMES, false, 8438},    // 8437.5 ticks: a tie, to even
         {"250", 30, FRAMES, false, 1125000}, // no carry outside SMPTE
         {"1:30", 30, FRAMES, false, 270000}, // fields work in every unit
