@@ -23,5 +23,6 @@ if(NOT FILEIO_WINE)
     find_program(FILEIO_WINE NAMES wine64 wine)
 endif()
 if(FILEIO_WINE)
-    set(CMAKE_CROSSCOMPILING_EMULATOR ${FILEIO_WINE})
+    # Through a script that hands the output on only when the program has ended.
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/RunUnderWine.sh ${FILEIO_WINE})
 endif()
