@@ -38,6 +38,7 @@ export WINEPREFIX="$PWD/build/wineprefix" WINEDEBUG=-all
 wine=$(command -v /usr/lib/wine/wine64 wine64 wine 2>/dev/null | head -n 1)
 wineserver=$(command -v /usr/lib/wine/wineserver64 wineserver64 wineserver 2>/dev/null | head -n 1)
 "$wineserver" -k 2> /dev/null || true
+mkdir -p "$WINEPREFIX"
 "$wineserver" -p
 trap '"$wineserver" -k 2> /dev/null || true' EXIT
 "$wine" wineboot --init > /dev/null 2>&1 || true
