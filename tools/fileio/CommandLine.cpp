@@ -168,7 +168,7 @@ std::string HelpOf(const CommandSpec& command) {
         return help;
     help += "\nThe fields whose values name files:\n";
     std::size_t column = 0;
-    for (const FieldSpec& field : KnownFields()) {
+    for (const FieldRule& field : KnownFields()) {
         if (!field.reference)
             continue;
         if (column + 1 + std::strlen(field.word) > kHelpWidth) {

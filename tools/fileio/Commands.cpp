@@ -205,7 +205,7 @@ public:
             line += Printable(ValueText(*field.value));
         else
             line += Printable(Bytes(m_in, field.valueBegin, field.valueEnd)) +
-                    (field.spec == nullptr ? "  (unknown field)" : "  (bad value)");
+                    (field.rule == nullptr ? "  (unknown field)" : "  (bad value)");
         Line(path.Depth(), line);
     }
 
@@ -252,10 +252,10 @@ public:
         m_json.Key("offset");
         m_json.Number(field.offset);
         m_json.Key("kind");
-        if (field.spec == nullptr)
+        if (field.rule == nullptr)
             m_json.Null();
         else
-            m_json.String(KindName(field.spec->kind));
+            m_json.String(KindName(field.rule->kind));
         m_json.Key("value");
         if (field.value == nullptr)
             m_json.Null();

@@ -23,7 +23,7 @@ namespace {
 // words that name a setting of a kind of map rather than a file (ShadowMap, PhotonMap),
 // names of things inside the project (DefaultModel, ShortcutTo) and files the suite writes
 // rather than reads (OutputName).
-constexpr FieldSpec kFields[] = {
+constexpr FieldRule kFields[] = {
     // flags
     {"Active", Kind::Bool, false},
     {"Selected", Kind::Bool, false},
@@ -363,23 +363,23 @@ template <class T> void ReadInto(VarnStream& in, Value& value) {
 
 } // namespace
 
-const std::vector<const FieldSpec*>& FieldsById() {
-    static const std::vector<const FieldSpec*> byId = [] {
-        std::vector<const FieldSpec*> index;
-        for (const FieldSpec& spec : kFields) {
-            const int id = GetLabelIDFromText(spec.word);
+const std::vector<const FieldRule*>& FieldsById() {
+    static const std::vector<const FieldRule*> byId = [] {
+        std::vector<const FieldRule*> index;
+        for (const FieldRule& rule : kFields) {
+            const int id = GetLabelIDFromText(rule.word);
             if (id < 0)
                 continue;
             if (static_cast<std::size_t>(id) >= index.size())
                 index.resize(static_cast<std::size_t>(id) + 1, nullptr);
-            index[static_cast<std::size_t>(id)] = &spec;
+            index[static_cast<std::size_t>(id)] = &rule;
         }
         return index;
     }();
     return byId;
 }
 
-std::span<const FieldSpec> KnownFields() {
+std::span<const FieldRule> KnownFields() {
     return kFields;
 }
 

@@ -50,7 +50,7 @@ using Value = std::variant<bool, int, float, double, ::String, ::Vector, ::Quate
 }
 
 /// A field the tool knows.
-struct FieldSpec {
+struct FieldRule {
     const char* word;
     Kind kind;
     /// The value names a file.
@@ -58,15 +58,15 @@ struct FieldSpec {
 };
 
 /// The known fields by label id (null for a label the tool does not know), for FindField.
-[[nodiscard]] const std::vector<const FieldSpec*>& FieldsById();
+[[nodiscard]] const std::vector<const FieldRule*>& FieldsById();
 /// The known field of a label id; null for a field the tool does not know.
-[[nodiscard]] inline const FieldSpec*
-FindField(int labelId, const std::vector<const FieldSpec*>& byId = FieldsById()) {
+[[nodiscard]] inline const FieldRule*
+FindField(int labelId, const std::vector<const FieldRule*>& byId = FieldsById()) {
     const auto index = static_cast<std::size_t>(labelId);
     return index < byId.size() ? byId[index] : nullptr;
 }
 /// Every known field, in the table's order.
-[[nodiscard]] std::span<const FieldSpec> KnownFields();
+[[nodiscard]] std::span<const FieldRule> KnownFields();
 /// The kind's name as the tool prints it: "bool", "int", "float", "double", "text",
 /// "vector", "quaternion", "color", "matrix", "time", "range".
 [[nodiscard]] const char* KindName(Kind kind);

@@ -151,16 +151,16 @@ private:
     void TextField(unsigned long long at, unsigned long long valueBegin) {
         m_in >> m_label;
         ++m_counts.fields;
-        const FieldSpec* spec = FindField(m_label.id, m_fields);
+        const FieldRule* rule = FindField(m_label.id, m_fields);
         const std::string_view rest(m_data + valueBegin, m_length - valueBegin);
         ValueExtent extent;
         std::string problem;
-        if (spec == nullptr)
+        if (rule == nullptr)
             extent = MeasureValue(rest);
         else
-            problem = CheckValueText(spec->kind, rest, extent);
-        FieldEvent event{m_label, spec, at, valueBegin, valueBegin + extent.end, nullptr};
-        if (spec == nullptr) {
+            problem = CheckValueText(rule->kind, rest, extent);
+        FieldEvent event{m_label, rule, at, valueBegin, valueBegin + extent.end, nullptr};
+        if (rule == nullptr) {
             Note(
                 at, [&] { return m_path.Place(m_label.text); },
                 "unknown field: its value is skipped");
@@ -168,7 +168,7 @@ private:
             Error(at, m_path.Place(m_label.text), problem);
         } else {
             // The words were counted: the reader takes exactly them and the line's end.
-            ReadValue(m_in, spec->kind, m_value);
+            ReadValue(m_in, rule->kind, m_value);
             const std::string range = CheckValueRange(m_value, rest.substr(0, extent.end));
             if (range.empty())
                 event.value = &m_value;
@@ -249,18 +249,18 @@ private:
         m_in >> m_label;
         ++m_counts.fields;
         const unsigned long long valueBegin = at + kTokenSize;
-        const FieldSpec* spec = FindField(m_label.id, m_fields);
+        const FieldRule* rule = FindField(m_label.id, m_fields);
         const auto place = [&] { return m_path.Place(m_label.text); };
-        if (spec == nullptr) {
+        if (rule == nullptr) {
             Stop(at, place(),
                  "unknown field (id " + std::to_string(m_label.id) +
                      "): the binary form does not tell the size of its value, so the rest of "
                      "the file cannot be read");
             return;
         }
-        unsigned long long size = BinarySize(spec->kind);
+        unsigned long long size = BinarySize(rule->kind);
         const unsigned long long left = m_length - valueBegin;
-        if (spec->kind == Kind::Text && left >= size)
+        if (rule->kind == Kind::Text && left >= size)
             size += static_cast<unsigned char>(m_data[valueBegin]) |
                     static_cast<unsigned>(static_cast<unsigned char>(m_data[valueBegin + 1])) << 8;
         if (left < size) {
@@ -269,13 +269,13 @@ private:
                      std::to_string(size) + " bytes");
             return;
         }
-        ReadValue(m_in, spec->kind, m_value);
-        if (spec->kind == Kind::Bool && static_cast<unsigned char>(m_data[valueBegin]) > 1)
+        ReadValue(m_in, rule->kind, m_value);
+        if (rule->kind == Kind::Bool && static_cast<unsigned char>(m_data[valueBegin]) > 1)
             Error(at, place(),
                   "a truth value of " +
                       std::to_string(static_cast<unsigned char>(m_data[valueBegin])) +
                       ", 0 or 1 expected");
-        m_visitor.Field(FieldEvent{m_label, spec, at, valueBegin, valueBegin + size, &m_value},
+        m_visitor.Field(FieldEvent{m_label, rule, at, valueBegin, valueBegin + size, &m_value},
                         m_path);
     }
 
@@ -371,7 +371,7 @@ private:
     WorkMeter* m_meter;
     const char* m_data;
     unsigned long long m_length;
-    const std::vector<const FieldSpec*>& m_fields = FieldsById();
+    const std::vector<const FieldRule*>& m_fields = FieldsById();
     SectionPath m_path;
     WalkCounts m_counts;
     // The tokens and the value are read into the same objects each time.

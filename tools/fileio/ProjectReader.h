@@ -89,7 +89,7 @@ struct FieldEvent {
     /// The label as read: its word and id.
     const Label& label;
     /// The field as the tool knows it; null for an unknown field.
-    const FieldSpec* spec;
+    const FieldRule* rule;
     /// The label's offset, and the bytes of the value: after the "=" up to the end of the
     /// line (text), after the label's id word (binary).
     unsigned long long offset, valueBegin, valueEnd;

@@ -77,7 +77,7 @@ const char* FoundName(Found how) {
 }
 
 void ReferenceCollector::Field(const FieldEvent& field, const SectionPath& path) {
-    if (field.spec == nullptr || !field.spec->reference || field.value == nullptr)
+    if (field.rule == nullptr || !field.rule->reference || field.value == nullptr)
         return;
     const std::string_view text = std::get<::String>(*field.value).View();
     if (text.empty())
