@@ -179,6 +179,28 @@ inline Checksum ReadProject(VarnStream& s) {
     return c;
 }
 
+/// Reports a case's rate over `bytes` of the project per iteration.
+inline void Report(benchmark::State& state, std::size_t bytes) {
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            static_cast<std::int64_t>(bytes));
+    state.counters["MB"] = static_cast<double>(bytes) / (1 << 20);
+}
+
+/// Writing the project: each iteration writes it again into the block the stream already
+/// holds, as the readers read a block already in memory.
+inline void BM_StreamWrite(benchmark::State& state, bool binary) {
+    const std::size_t bytes = Project(binary).size();
+    MemoryStream stream;
+    stream.Open(binary ? FM_BINARY : FM_STORING);
+    stream.SetVersion(13.0f);
+    for (auto _ : state) {
+        stream.Assign(nullptr, 0);
+        WriteProject(stream, ProjectBytes());
+        benchmark::DoNotOptimize(stream.GetData());
+    }
+    Report(state, bytes);
+}
+
 /// The benchmark program's main: --size_mb=N taken out, then Google Benchmark's run. A host
 /// always has other strings alive, so one is kept here: without it every string value read
 /// would empty the string pool's only block and take it back again, and the cases would

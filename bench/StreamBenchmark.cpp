@@ -291,27 +291,6 @@ Checksum ReadMinimal(const std::string& bytes, bool binary) {
 // ---- the cases
 // ------------------------------------------------------------------------------------
 
-void Report(benchmark::State& state, std::size_t bytes) {
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
-                            static_cast<std::int64_t>(bytes));
-    state.counters["MB"] = static_cast<double>(bytes) / (1 << 20);
-}
-
-// Each iteration writes the project again into the block the stream already holds, as the
-// readers read a block already in memory.
-void BM_StreamWrite(benchmark::State& state, bool binary) {
-    const std::size_t bytes = Project(binary).size();
-    MemoryStream stream;
-    stream.Open(binary ? FM_BINARY : FM_STORING);
-    stream.SetVersion(13.0f);
-    for (auto _ : state) {
-        stream.Assign(nullptr, 0);
-        WriteProject(stream, ProjectBytes());
-        benchmark::DoNotOptimize(stream.GetData());
-    }
-    Report(state, bytes);
-}
-
 // The same into a new stream each time: the block grows from nothing, and the system's
 // fresh pages are part of the time.
 void BM_StreamWriteGrowing(benchmark::State& state, bool binary) {

@@ -63,11 +63,6 @@ struct OpenedProject {
     }
 };
 
-void Report(benchmark::State& state, std::size_t bytes) {
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
-                            static_cast<std::int64_t>(bytes));
-}
-
 /// The baseline: the stream benchmark's reader over the same bytes.
 void BM_StreamRead(benchmark::State& state, bool binary) {
     const std::string& project = Project(binary);
@@ -79,19 +74,6 @@ void BM_StreamRead(benchmark::State& state, bool binary) {
         benchmark::DoNotOptimize(ReadProject(stream));
     }
     Report(state, project.size());
-}
-
-/// The other half of dump's work: the library writing the text form of the project.
-void BM_StreamWrite(benchmark::State& state, bool binary) {
-    MemoryStream stream;
-    stream.Open(binary ? FM_BINARY : FM_STORING);
-    stream.SetVersion(13.0f);
-    for (auto _ : state) {
-        stream.Assign(nullptr, 0);
-        WriteProject(stream, ProjectBytes());
-        benchmark::DoNotOptimize(stream.GetData());
-    }
-    Report(state, Project(binary).size());
 }
 
 void BM_ToolCheck(benchmark::State& state, bool binary) {
