@@ -4,8 +4,8 @@
 // The pool finds chunks through an index of its own; the model below applies the rules in
 // the most direct way (ordered maps, linear searches), so any difference in placement,
 // splitting, coalescing or block release between the two shows as an address mismatch.
-// Block identities are matched by creation: the model numbers its blocks, and the pool's
-// block of number k is wherever the model said a new block k begins.
+// Block identities are matched by creation: the pool's block k is wherever the model's k-th
+// new block begins.
 
 #include "fileio/memory/NamedPools.h"
 #include "fileio/memory/Pool.h"
@@ -29,7 +29,7 @@ public:
     struct Place {
         int block;
         unsigned long long offset; // of the chunk header within the block
-        unsigned long long size;   // of the chunk
+        bool fresh;                // the chunk begins a new block
     };
 
     // Where VarnAlloc(n) must put its chunk. REQUIRES: n > 0.
@@ -51,7 +51,7 @@ public:
                         Record(*b, offset + size, remainder);
                     b->allocated[offset] = size;
                     b->freeBytes -= size;
-                    return {b->id, offset, size};
+                    return {b->id, offset, false};
                 }
             }
         }
@@ -64,7 +64,7 @@ public:
         block.allocated[0] = size;
         m_blocks.push_back(block);
         m_headerArrays = std::max<unsigned long long>(m_headerArrays, (m_blocks.size() + 99) / 100);
-        return {block.id, 0, size};
+        return {block.id, 0, true};
     }
 
     void Free(int id, unsigned long long offset) {
@@ -107,10 +107,6 @@ public:
         return ram;
     }
     bool Empty() const { return m_blocks.empty(); }
-    bool Holds(int id) const {
-        return std::any_of(m_blocks.begin(), m_blocks.end(),
-                           [id](const Block& b) { return b.id == id; });
-    }
 
 private:
     struct Block {
@@ -184,11 +180,9 @@ void Replay(VarnPool& pool, PlacementModel& model, const Phase& phase, std::mt19
             const PlacementModel::Place place = model.Alloc(n);
             auto* p = static_cast<unsigned char*>(pool.VarnAlloc(n));
             unsigned char* chunk = p - 16;
-            if (place.offset == 0 && (place.block >= static_cast<int>(blockStarts.size()) ||
-                                      blockStarts[place.block] == nullptr)) {
-                blockStarts.resize(std::max<std::size_t>(blockStarts.size(), place.block + 1));
-                blockStarts[place.block] = chunk; // a new block begins here
-            }
+            if (place.fresh)
+                blockStarts.push_back(chunk); // block numbers count up from 0
+
             ASSERT_EQ(chunk, blockStarts[place.block] + place.offset)
                 << "operation " << op << ": VarnAlloc(" << n << ") landed elsewhere than block "
                 << place.block << " offset " << place.offset;
@@ -205,8 +199,6 @@ void Replay(VarnPool& pool, PlacementModel& model, const Phase& phase, std::mt19
                 << "operation " << op << ": an allocation was overwritten";
             pool.VarnFree(a.p);
             model.Free(a.block, a.offset);
-            if (!model.Holds(a.block))
-                blockStarts[a.block] = nullptr;
             live[i] = live.back();
             live.pop_back();
         }
