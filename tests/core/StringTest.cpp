@@ -28,12 +28,6 @@ TEST_F(StringConstruction, NullAndEmptyBufferStates) {
         {"String(p, 0)", [] { return String("xyz", 0); }, false},
         {"String(0, 0)", [] { return String(0, 0); }, false},
         {"String(p, -5)", [] { return String("xyz", -5); }, false},
-        {"copy of an empty buffer",
-         [] {
-             const String empty('\0');
-             return String(empty);
-         },
-         true},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

