@@ -1,10 +1,6 @@
-// Tests of the pool-memory report, the swapping line and the total-memory message: the
-// memory layer keeps the figures, this layer formats them and posts them to the handlers.
-//
-// Expected figures follow the allocation rules: a block pool's figure grows by n + 16
-// rounded up to 8 for each allocation of n bytes; a scratch pool's figure is the chunks it
-// took: 2097152 bytes for a standard chunk, n rounded up to 8 plus an 8-byte link word for
-// a request above 2097144 bytes.
+// Tests of the pool-memory report, the swapping line and the total-memory message. The
+// figures follow the allocation rules: a block pool grows by n + 16 rounded up to 8 for n
+// bytes; a scratch pool by 2097152 bytes a chunk, or n + 8 for a request above a chunk.
 #include "fileio/memory/MemoryReport.h"
 
 #include "fileio/handlers/ScopedHandler.h"
@@ -27,9 +23,8 @@ using fileio::test::RecordingLog;
 using fileio::test::RecordingMessages;
 using fileio::test::ScriptedDialogProvider;
 
-// The report after a known sequence of allocations in several pools. The text: the
-// eighteen indented lines have their "=" in one column, and no line end follows the last
-// figure. The log: the same figures, one line each; none without a handler.
+// The report after known allocations in several pools: in the text the eighteen indented
+// lines have their "=" in one column; the log has one line a figure, none without a handler.
 TEST(MemoryReportTest, TextAndLogHoldNineteenLinesInOrder) {
     const String keepStringBlock("the string pool keeps a block while the test runs");
     FreeTempMemory();
@@ -111,8 +106,6 @@ TEST(SwappingTest, EverySettingLogsTheSameLine) {
             EXPECT_EQ(IsSwapping(), flag) << on;
         }
     }
-    SetSwapping(1);
-    EXPECT_EQ(IsSwapping(), 1);
     SetSwapping(0);
     EXPECT_EQ(IsSwapping(), 0);
     EXPECT_EQ(log.lines, std::vector<std::string>(3, "Swapping Set"));

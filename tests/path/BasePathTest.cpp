@@ -86,8 +86,7 @@ TEST(BasePath, ResolvingLeavesTheCurrentDirectoryAtTheBaseFolder) {
     EXPECT_EQ(ScriptedFolders::Script().currentDir, "C:\\Projects\\Robot");
     EXPECT_EQ(Project::Changes(), std::vector<std::string>{"C:\\Projects\\Robot\\"});
     // Already there: no further change. Doubled separators, "." and ".." fold.
-    EXPECT_EQ(project.Absolute("../Shared//sky.tga"), "C:\\Projects\\Shared\\sky.tga");
-    EXPECT_EQ(project.Absolute("C:/Projects/./Robot/../Shared/x.tga"),
+    EXPECT_EQ(project.Absolute("C:/Projects/./Robot/..//Shared/x.tga"),
               "C:\\Projects\\Shared\\x.tga");
     EXPECT_EQ(Project::Changes().size(), 1u);
     // A missing base folder leaves the current directory where it is.
@@ -95,14 +94,6 @@ TEST(BasePath, ResolvingLeavesTheCurrentDirectoryAtTheBaseFolder) {
     ScriptedFolders::Script().currentDir = "C:\\Elsewhere";
     EXPECT_EQ(project.Absolute("x.mdl"), "C:\\Elsewhere\\x.mdl");
     EXPECT_EQ(Project::Changes().size(), 1u);
-    // Paths longer than the old fixed buffers convert whole.
-    SetBasePath(String("C:\\Projects\\Robot\\robot.prj"));
-    std::string tail;
-    while (tail.size() < 400)
-        tail += "Level\xe9\\";
-    tail += "deep.mdl";
-    EXPECT_EQ(project.Relative("C:\\Projects\\Robot\\" + tail), detail::NativeToUniversal(tail));
-    EXPECT_EQ(project.Absolute(detail::NativeToUniversal(tail)), "C:\\Projects\\Robot\\" + tail);
 }
 
 std::vector<std::string> g_trace;
