@@ -110,18 +110,6 @@ TEST(NetworkPaths, LocalSharesNameTheDeepestShareThatHoldsThePath) {
                });
 }
 
-TEST(NetworkPaths, UNCFileNameKeepsDriveLettersAndNetworkNames) {
-    ScriptedNetwork network(WindowsDrives(), {{"Root", "\\Public"}});
-    ExpectEach([](const std::string& path) { return detail::GetUNCFileName(path, kWindows); },
-               {
-                   {"P:\\Robot\\arm.mdl", "P:\\Robot\\arm.mdl"}, // drive letters stay as written
-                   {"\\\\files\\Projects\\x", "\\\\files\\Projects\\x"},
-                   {"\\Public\\x.mdl", "\\\\WORKSTATION\\Root\\x.mdl"},
-                   {"relative\\x", "relative\\x"},
-               });
-    EXPECT_EQ(detail::GetNonRelativePath("\\Public\\x.mdl", kWindows), "//WORKSTATION/Root/x.mdl");
-}
-
 TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
     ScriptedNetwork network(PosixDrives());
     ExpectEach([](const std::string& path) { return detail::GetUNCFileName(path, kPosix); },
@@ -132,7 +120,8 @@ TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
                    {"/media/usb/x", "/media/usb/x"}, // not a network mount
                    {"/mnt/odd/x", "/mnt/odd/x"},     // a result with "\" is refused
                    {"/mnt/trail/x", "//srv/T/x"},
-                   {"D:/x", "D:/x"},
+                   {"D:/x", "D:/x"},                   // drive letters stay as written
+                   {"//srv/share/x", "//srv/share/x"}, // already a network name
                });
     EXPECT_EQ(detail::GetServerFileName("//MACSERVER/Volumes/art/sky.tga", kPosix),
               "//fileserver/ART/sky.tga");
@@ -140,6 +129,7 @@ TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
     BasePathGuard base;
     SetBasePath(String("/home/ann/Projects/Robot/robot.prj"));
     EXPECT_EQ(detail::GetRelativePath("/mnt/art/sky.tga", kPosix), "//fileserver/ART/sky.tga");
+    EXPECT_EQ(detail::GetNonRelativePath("/mnt/art/sky.tga", kPosix), "//fileserver/ART/sky.tga");
     // A network file system mounted as the root.
     ScriptedNetwork rootMount({{"/", kRemoteDrive, "//nas/root"}});
     EXPECT_EQ(detail::GetUNCFileName("/etc/x", kPosix), "//nas/root/etc/x");
