@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <filesystem>
 #include <initializer_list>
 #include <set>
@@ -84,73 +83,59 @@ struct ScriptedDrive {
 /// connection cache is emptied at both ends.
 class ScriptedNetwork {
 public:
+    struct State {
+        std::vector<ScriptedDrive> drives;
+        std::vector<platform::SharedFolder> shares;
+        std::vector<std::string> queries; // the drive names connectionName was asked for
+    };
+
     explicit ScriptedNetwork(std::vector<ScriptedDrive> drives,
                              std::vector<platform::SharedFolder> shares = {})
         : m_network(platform::Network()), m_system(platform::System()) {
-        Drives() = std::move(drives);
-        Shares() = std::move(shares);
-        Queries().clear();
-        ComputerNameReadable() = true;
+        Script() = State{std::move(drives), std::move(shares), {}};
         platform::Network().logicalDrives = [] {
             std::vector<std::string> roots;
-            for (const ScriptedDrive& drive : Drives())
+            for (const ScriptedDrive& drive : Script().drives)
                 roots.push_back(drive.root);
             return roots;
         };
         platform::Network().driveType = [](const char* root) {
-            for (const ScriptedDrive& drive : Drives())
-                if (drive.root == root)
-                    return drive.type;
-            return 1;
+            const ScriptedDrive* drive = Find(root);
+            return drive != nullptr ? drive->type : 1;
         };
         platform::Network().connectionName = [](const char* name, std::string& out) {
-            Queries().emplace_back(name);
-            for (const ScriptedDrive& drive : Drives())
-                if (IsDriveNamed(drive, name) && !drive.connection.empty()) {
-                    out = drive.connection;
-                    return true;
-                }
-            return false;
+            Script().queries.emplace_back(name);
+            const ScriptedDrive* drive = Find(name);
+            if (drive == nullptr || drive->connection.empty())
+                return false;
+            out = drive->connection;
+            return true;
         };
-        platform::Network().sharedFolders = [] { return Shares(); };
+        platform::Network().sharedFolders = [] { return Script().shares; };
         platform::System().hostName = [](std::string& out) {
             out = "WORKSTATION";
             return true;
         };
         platform::System().computerName = [](std::string& out) {
             out = "COMPUTER";
-            return ComputerNameReadable();
+            return true;
         };
         fileio::detail::ClearConnectionCache();
     }
     ~ScriptedNetwork() { fileio::detail::ClearConnectionCache(); }
 
-    /// The drive names connectionName was asked for, in order.
-    static std::vector<std::string>& Queries() {
-        static std::vector<std::string> queries;
-        return queries;
-    }
-    /// Whether computerName succeeds (the Macintosh server conversion needs it).
-    static bool& ComputerNameReadable() {
-        static bool readable = true;
-        return readable;
+    static State& Script() {
+        static State state;
+        return state;
     }
 
 private:
-    static std::vector<ScriptedDrive>& Drives() {
-        static std::vector<ScriptedDrive> drives;
-        return drives;
-    }
-    static std::vector<platform::SharedFolder>& Shares() {
-        static std::vector<platform::SharedFolder> shares;
-        return shares;
-    }
-    /// The drive's name as the library asks for it: "X:" for a Windows root, else the root.
-    static bool IsDriveNamed(const ScriptedDrive& drive, std::string_view name) {
-        if (drive.root.size() == 3 && drive.root[1] == ':')
-            return name.size() == 2 && name[1] == ':' &&
-                   std::toupper(static_cast<unsigned char>(drive.root[0])) == name[0];
-        return drive.root == name;
+    /// The drive of a root, or of the name the library asks for: "X:" for the root "X:\\".
+    static const ScriptedDrive* Find(std::string_view name) {
+        for (const ScriptedDrive& drive : Script().drives)
+            if (drive.root == name || drive.root == std::string(name) + '\\')
+                return &drive;
+        return nullptr;
     }
 
     platform::ScopedServices<platform::NetworkServices> m_network;

@@ -16,18 +16,10 @@ namespace detail = fileio::detail;
 
 TEST(UniversalPath, NativeAndUniversalFormsBothWays) {
     ScriptedNetwork network({}); // no drives: the server step changes nothing
-    std::string longPath = "C:";
-    while (longPath.size() < 400)
-        longPath += "\\f\xe9older";
     // Windows paths and their universal forms, which turn back into them.
     const std::string windows[] = {
-        "C:\\Projects\\arm.mdl",
-        "\\\\Server\\Share\\b.mdl",
-        "..\\Shared\\.\\sky.TGA",
-        "caf\xe9\\trailing\\",
-        "MACSERVER\\Volumes\\x",
-        longPath,
-        "",
+        "C:\\Projects\\arm.mdl", "\\\\Server\\Share\\b.mdl", "..\\Shared\\.\\sky.TGA",
+        "caf\xe9\\trailing\\",   "MACSERVER\\Volumes\\x",    "",
     };
     for (const std::string& path : windows) {
         SCOPED_TRACE(path.substr(0, 30));
@@ -38,43 +30,29 @@ TEST(UniversalPath, NativeAndUniversalFormsBothWays) {
         EXPECT_EQ(detail::UniversalToNative(universal, kPosix), universal);
     }
     // "/" stays; the byte 0x12 stands for a "/" inside a name; on POSIX "\" becomes "/".
+    const std::string inName = "dir/a\x12z\\c";
     EXPECT_EQ(detail::NativeToUniversal("/home/ann/mixed\\x"), "/home/ann/mixed/x");
-    EXPECT_EQ(detail::UniversalToNative("dir/a\x12"
-                                        "b\\c",
-                                        kWindows),
-              "dir\\a/b\\c");
-    EXPECT_EQ(detail::UniversalToNative("dir/a\x12"
-                                        "b\\c",
-                                        kPosix),
-              "dir/a/b/c");
+    EXPECT_EQ(detail::UniversalToNative(inName, kWindows), "dir\\a/z\\c");
+    EXPECT_EQ(detail::UniversalToNative(inName, kPosix), "dir/a/z/c");
     // The public forms: null for nothing, the platform's separator.
     EXPECT_EQ(NativeToUniversal(String()).Get(), nullptr);
-    EXPECT_STREQ(NativeToUniversal(String("a\\b")).Get(), "a/b");
     EXPECT_EQ(UniversalToNative(String()).Get(), nullptr);
-    EXPECT_STREQ(UniversalToNative(String("a/b\x12"
-                                          "c"))
-                     .Get(),
-                 platform::kNativePathStyle == kWindows ? "a\\b/c" : "a/b/c");
+    EXPECT_EQ(UniversalToNative(String(inName)).View(),
+              platform::kNativePathStyle == kWindows ? "dir\\a/z\\c" : "dir/a/z/c");
 }
 
 TEST(UniversalPath, DepthSharedDepthAndShorteningCountWholeComponents) {
-    ExpectEach<int>(
-        [](const std::string& path) {
-            const int depth = detail::PathDepth(path);
-            EXPECT_EQ(GetPathDepth(String(path)), depth);
-            return depth;
-        },
-        {
-            {"C:/Projects/Robot/", 3},
-            {"C:/Projects//Robot//arm.mdl", 4},
-            {"C:", 1},
-            {"//Server/Share/x", 3},
-            {"../Shared/sky.tga", 3},
-            {"a:b:c", 3},
-            {"C:\\Projects\\Robot", 2}, // "\" is not a separator of universal paths
-            {"", 0},
-            {":/:", 0},
-        });
+    ExpectEach<int>(detail::PathDepth,
+                    {
+                        {"C:/Projects/Robot/", 3},
+                        {"C:/Projects//Robot//arm.mdl", 4},
+                        {"C:", 1},
+                        {"//Server/Share/x", 3},
+                        {"a:b:c", 3},
+                        {"C:\\Projects\\Robot", 2}, // "\" is not a separator of universal paths
+                        {"", 0},
+                        {":/:", 0},
+                    });
     const std::tuple<std::string, std::string, int> shared[] = {
         {"C:/Proj/", "C:/Proj/x", 2},
         {"C:/Proj/", "C:/Project/x", 1},
@@ -82,55 +60,43 @@ TEST(UniversalPath, DepthSharedDepthAndShorteningCountWholeComponents) {
         {"C:/Projects/Robot/", "C:/Projects/Robot", 3},
         {"C:/Projects/Robot/", "D:/sky.tga", 0},
         {"C:/a", "Cx/a", 0},
-        {"a/x", "a/y", 1},
-        {"/home/ann/", "/home/bob/", 1},
-        {"", "C:/x", -1},
         {"C:/x", "", -1},
-        {"same", "same", 1},
     };
-    for (const auto& [a, b, depth] : shared) {
+    for (const auto& [a, b, depth] : shared)
         EXPECT_EQ(detail::MatchPathDepth(a, b), depth) << a << " | " << b;
-        EXPECT_EQ(MatchPathDepth(String(a), String(b)), depth) << a << " | " << b;
-    }
     const std::tuple<std::string, int, std::string> shortened[] = {
         {"C:/Projects/Robot/arm.mdl", 1, "Projects/Robot/arm.mdl"},
-        {"C:/Projects/Robot/arm.mdl", 3, "arm.mdl"},
         {"C:/Projects/Robot/arm.mdl", 4, ""},
         {"C:/Projects/Robot/arm.mdl", 0, ""},
         {"C://Projects//Robot//arm.mdl", 2, "Robot//arm.mdl"},
         {"/home/ann/Projects/Robot/", 3, "Robot/"},
-        {"", 1, ""},
     };
-    for (const auto& [path, count, rest] : shortened) {
+    for (const auto& [path, count, rest] : shortened)
         EXPECT_EQ(detail::ShortenPath(path, count), rest) << path << " by " << count;
-        EXPECT_EQ(ShortenPath(String(path), count).View(), rest) << path << " by " << count;
-    }
+    // The String forms answer the same.
+    EXPECT_EQ(GetPathDepth(String("C:/a//b")), 3);
+    EXPECT_EQ(MatchPathDepth(String("C:/a/x"), String("c:/A/y")), 2);
+    EXPECT_EQ(ShortenPath(String("C:/a/b"), 1).View(), "a/b");
+    EXPECT_EQ(ShortenPath(String(), 1).View(), ""); // the null string
 }
 
 TEST(LexicalPath, FoldsDotsAgainstTheCurrentDirectory) {
-    std::string deep;
-    for (int i = 0; i < 60; ++i)
-        deep += "/level";
     const std::tuple<std::string, std::string, std::string> rows[] = {
         {"/home/ann", "./Parts/../sky.tga", "/home/ann/sky.tga"},
         {"/home/ann", "../../../../etc", "/etc"},
         {"/home/ann", "/abs//x/./y/", "/abs/x/y/"},
-        {"/home/ann/", ".", "/home/ann"},
-        {"/home/ann", "../..", "/"},
         {"/home/ann", "win\\style\\..\\x", "/home/ann/win/x"},
         {"/home/ann", "c:\\x\\..\\..\\y", "c:/y"},
         {"/home/ann", "//server/share/../x", "//server/x"},
-        {"/", "a", "/a"},
         {"C:\\Projects\\Robot", "Parts/arm.mdl", "C:/Projects/Robot/Parts/arm.mdl"},
         {"", "rel/../../x", "../x"},
         {"/home/ann", "", ""},
-        {"/base", deep.substr(1) + "/../x", "/base" + deep.substr(0, deep.size() - 6) + "/x"},
     };
     for (const auto& [currentDir, path, full] : rows)
         EXPECT_EQ(platform::LexicalFullPath(currentDir, path), full) << currentDir << " + " << path;
-    for (const char* path : {"/x", "\\x", "//server", "C:/x", "c:\\x"})
+    for (const char* path : {"/x", "\\x", "C:/x", "c:\\x"})
         EXPECT_TRUE(platform::IsLexicallyAbsolute(path)) << path;
-    for (const char* path : {"x", "C:x", "C:", "", "./x", "1:/x"})
+    for (const char* path : {"x", "C:x", "", "1:/x"})
         EXPECT_FALSE(platform::IsLexicallyAbsolute(path)) << path;
 }
 
