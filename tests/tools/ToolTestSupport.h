@@ -20,43 +20,28 @@ namespace fileio::test {
 inline const std::string kToolData = FILEIO_TOOL_DATA;
 inline const std::string kSamples = FILEIO_SAMPLES;
 
-/// How long one run of the program may take.
+/// How long one run of the program may take, and how often a start of it is tried: Wine
+/// under load now and then refuses to start a process ("Internal error"), which is not what
+/// these tests are about. A program that started is never run again.
 constexpr int kToolTimeoutMs = 60'000;
-/// How often a start of the program is tried: Wine under load now and then refuses to start
-/// a process ("Internal error"), which is not what these tests are about. A program that
-/// started is never run again.
 constexpr int kStartAttempts = 3;
 
-/// What a run of the program gave.
-struct ToolRun {
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-};
+/// What a run of the program gave (exit status, standard output and error).
+using ToolRun = platform::ProcessOutcome;
 
-/// The fileio program, beside the test program.
-inline std::string ToolPath() {
+/// Runs the fileio program beside the test program with `args` (no standard input).
+inline ToolRun RunTool(const std::vector<std::string>& args) {
     const std::string base =
         platform::System().applicationFolder() + platform::NativeSeparator() + "fileio";
-    return platform::Files().exists((base + ".exe").c_str()) ? base + ".exe" : base;
-}
-
-/// Runs the program with `args` (no standard input; its outputs captured).
-inline ToolRun RunTool(const std::vector<std::string>& args) {
-    std::vector<std::string> argv{ToolPath()};
+    std::vector<std::string> argv{platform::Files().exists((base + ".exe").c_str()) ? base + ".exe"
+                                                                                    : base};
     argv.insert(argv.end(), args.begin(), args.end());
-    platform::ProcessOutcome outcome;
     ToolRun run;
     bool ran = false;
-    for (int attempt = 0; attempt < kStartAttempts && !ran && !outcome.started; ++attempt)
-        ran = platform::Processes().run(argv, kToolTimeoutMs, outcome);
-    if (!ran || outcome.timedOut) {
-        ADD_FAILURE() << "the tool did not run to its end: " << outcome.why;
-        return run;
-    }
-    run.exitCode = outcome.exitCode;
-    run.out = std::move(outcome.output);
-    run.err = std::move(outcome.errors);
+    for (int attempt = 0; attempt < kStartAttempts && !ran && !run.started; ++attempt)
+        ran = platform::Processes().run(argv, kToolTimeoutMs, run);
+    if (!ran || run.timedOut)
+        ADD_FAILURE() << "the tool did not run to its end: " << run.why;
     return run;
 }
 
