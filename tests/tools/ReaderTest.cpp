@@ -15,12 +15,12 @@
 #include <random>
 #include <sstream>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace {
 
 using namespace fileio::tool;
+using fileio::test::BinaryProject;
 
 /// The problems of a walk, and where its top-level sections' end tokens are (their offset and
 /// the length of their word).
@@ -60,25 +60,6 @@ std::string ReadAll(const std::string& path) {
 const std::string kSampleText = fileio::test::kSamples + "/Documents/Robot/robot.prj";
 const std::string kSampleBinary = fileio::test::kSamples + "/Documents/Robot/robot-binary.prj";
 
-/// A raw word of the binary form (a token the library would not write).
-struct Word {
-    unsigned value;
-};
-
-/// A little binary file: "B", then tokens, words and values as the library writes them.
-template <class... Items> std::string Binary(const Items&... items) {
-    MemoryStream stream;
-    stream.Open(FM_VARN | FM_BINARY);
-    const auto put = [&](const auto& item) {
-        if constexpr (std::is_same_v<std::decay_t<decltype(item)>, Word>)
-            stream.Write(&item.value, sizeof item.value);
-        else
-            stream << item;
-    };
-    (put(items), ...);
-    return std::string(reinterpret_cast<const char*>(stream.GetData()), stream.GetLength());
-}
-
 const int kModel = GetHeaderIDFromText("MODELFILE");
 
 struct ProblemCase {
@@ -97,14 +78,14 @@ TEST(ReaderTest, EachFaultIsReportedWithItsOffsetAndPlace) {
          {"12 MODELFILE/GADGET: unknown section without an end",
           "12 MODELFILE/GADGET[0]: not closed before </MODELFILE>"}},
         {"a token cut short",
-         Binary(Header(kModel)) + "\x50\x01",
+         BinaryProject(Header(kModel)) + "\x50\x01",
          {"5 MODELFILE: the data end inside a token: 2 of 4 bytes"}},
         {"a truth value that is neither 0 nor 1",
-         Binary(Header(kModel), Label("Active")) + "\x07" + Binary(EndHeader(kModel)).substr(1),
+         BinaryProject(Header(kModel), Label("Active")) + "\x07" +
+             BinaryProject(EndHeader(kModel)).substr(1),
          {"5 MODELFILE/Active: a truth value of 7, 0 or 1 expected"}},
         {"an unknown binary section is skipped to its end",
-         Binary(Header(kModel), Word{0x80000000u | 374}, Word{0xA0000000u | 374},
-                EndHeader(kModel)),
+         BinaryProject(Header(kModel), Header(374), EndHeader(374), EndHeader(kModel)),
          {"5 MODELFILE/#374: note: unknown section: skipped"}},
     };
     for (const ProblemCase& c : cases)

@@ -17,6 +17,7 @@
 namespace {
 
 using namespace fileio::tool;
+using fileio::test::BinaryProject;
 using fileio::test::WorkFolder;
 
 /// A work folder laid out as a moved project, and the process-wide search state emptied
@@ -125,13 +126,10 @@ TEST_F(ReferencesTest, RewritingChangesTheValuesAndNothingElseInBothForms) {
               "<MODELFILE>\nName=A&#38;B\nImage=Maps/a&#38;b.png   \n"
               "Wibble=kept as it is\nSound=Maps/a&#38;b.png\n</MODELFILE>\n");
 
-    const auto binary = [](const char* image) {
-        const int model = GetHeaderIDFromText("MODELFILE");
-        MemoryStream stream;
-        stream.Open(FM_VARN | FM_BINARY);
-        stream << Header(model) << Label("Image") << String(image) << Label("Opacity") << 0.5f
-               << EndHeader(model);
-        return std::string(reinterpret_cast<const char*>(stream.GetData()), stream.GetLength());
+    const int model = GetHeaderIDFromText("MODELFILE");
+    const auto binary = [&](const char* image) {
+        return BinaryProject(Header(model), Label("Image"), String(image), Label("Opacity"), 0.5f,
+                             EndHeader(model));
     };
     EXPECT_EQ(RewriteAll(binary("C:/x.png"), "Maps/skin.png"), binary("Maps/skin.png"));
     std::string why;

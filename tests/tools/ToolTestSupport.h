@@ -1,8 +1,10 @@
 // ToolTestSupport.h - running the fileio program from the tool's tests: a work folder that is
 // the current folder while a test runs, the program's output with the work folder's path
-// and the separators made the same on every platform, and the files the tests start from.
+// and the separators made the same on every platform, and the files the tests start from
+// (the data tree, the samples, little binary projects).
 #pragma once
 
+#include "fileio/FileIO.h"
 #include "platform/Platform.h"
 #include "support/TempFolder.h"
 
@@ -43,6 +45,14 @@ inline ToolRun RunTool(const std::vector<std::string>& args) {
     if (!ran || run.timedOut)
         ADD_FAILURE() << "the tool did not run to its end: " << run.why;
     return run;
+}
+
+/// A little binary project: "B", then tokens and values as the library writes them.
+template <class... Items> std::string BinaryProject(const Items&... items) {
+    MemoryStream stream;
+    stream.Open(FM_VARN | FM_BINARY);
+    (stream << ... << items);
+    return std::string(reinterpret_cast<const char*>(stream.GetData()), stream.GetLength());
 }
 
 /// A temporary folder that is the current folder for the life of the object (the program
@@ -88,6 +98,7 @@ public:
         return text;
     }
 
+private:
     static std::string Slashed(std::string text) {
         const auto isHex = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
         for (std::size_t i = 0; i < text.size(); ++i) {
@@ -99,7 +110,6 @@ public:
         return text;
     }
 
-private:
     TempFolder m_folder{"fileio-tool"};
     std::filesystem::path m_previous;
     std::string m_path;
