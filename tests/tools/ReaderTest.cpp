@@ -12,8 +12,8 @@
 #include <algorithm>
 #include <cctype>
 #include <fstream>
+#include <iterator>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -52,9 +52,7 @@ Recorder Walk(const std::string& bytes, WalkCounts* counts = nullptr) {
 
 std::string ReadAll(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    std::stringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 const std::string kSampleText = fileio::test::kSamples + "/Documents/Robot/robot.prj";

@@ -101,9 +101,8 @@ TEST_F(ReferencesTest, AMappingWithAnEmptySideIsRefused) {
         EXPECT_FALSE(ReferenceSearch::AddMapping(mapping, why)) << mapping;
 }
 
-/// Walks a file and rewrites every reference to `text`; returns the new bytes.
-std::string RewriteAll(const std::string& bytes, const std::string& text,
-                       std::string* why = nullptr) {
+/// Walks a file and rewrites every reference to `text`; gives the new bytes, or why not.
+std::string RewriteAll(const std::string& bytes, const std::string& text) {
     MemoryStream in;
     OpenProject(bytes.data(), bytes.size(), in);
     ReferenceCollector collector;
@@ -112,11 +111,8 @@ std::string RewriteAll(const std::string& bytes, const std::string& text,
     for (const Reference& reference : collector.References())
         rewrites.push_back(Rewrite{&reference, text});
     std::string rewritten;
-    std::string reason;
-    const bool done = RewriteReferences(in, rewrites, rewritten, reason);
-    if (why != nullptr)
-        *why = reason;
-    return done ? rewritten : std::string();
+    std::string why;
+    return RewriteReferences(in, rewrites, rewritten, why) ? rewritten : why;
 }
 
 TEST_F(ReferencesTest, RewritingChangesTheValuesAndNothingElseInBothForms) {
@@ -132,9 +128,8 @@ TEST_F(ReferencesTest, RewritingChangesTheValuesAndNothingElseInBothForms) {
                              EndHeader(model));
     };
     EXPECT_EQ(RewriteAll(binary("C:/x.png"), "Maps/skin.png"), binary("Maps/skin.png"));
-    std::string why;
-    EXPECT_EQ(RewriteAll(binary("C:/x.png"), std::string(70000, 'x'), &why), "");
-    EXPECT_EQ(why, "MODELFILE/Image: the path is too long for the binary form");
+    EXPECT_EQ(RewriteAll(binary("C:/x.png"), std::string(70000, 'x')),
+              "MODELFILE/Image: the path is too long for the binary form");
 }
 
 TEST_F(ReferencesTest, CaseVariantsOfOneNameAreAllFound) {

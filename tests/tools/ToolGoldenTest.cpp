@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -41,16 +40,14 @@ public:
 /// The bytes that are not printable text shown as \x{NN} (apart from the program's own
 /// escapes, \xNN), for an expected file.
 std::string Visible(const std::string& text) {
+    constexpr const char* kHex = "0123456789abcdef";
     std::string out;
     for (const char c : text) {
         const unsigned char byte = static_cast<unsigned char>(c);
-        if ((byte >= 0x20 && byte < 0x7F) || c == '\n' || c == '\t') {
+        if ((byte >= 0x20 && byte < 0x7F) || c == '\n' || c == '\t')
             out += c;
-        } else {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\x{%02x}", byte);
-            out += escape;
-        }
+        else
+            out += std::string("\\x{") + kHex[byte >> 4] + kHex[byte & 15] + "}";
     }
     return out;
 }

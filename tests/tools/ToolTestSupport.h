@@ -67,8 +67,6 @@ public:
         std::error_code ignored;
         std::filesystem::current_path(m_previous, ignored);
     }
-    WorkFolder(const WorkFolder&) = delete;
-    WorkFolder& operator=(const WorkFolder&) = delete;
 
     [[nodiscard]] const TempFolder& Files() const { return m_folder; }
     /// The folder as the program sees it.
