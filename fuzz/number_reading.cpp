@@ -76,20 +76,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckReal(fileio::detail::ParseDouble(view), std::strtod(text, nullptr), signalling);
     CheckReal(fileio::detail::ParseFloat(view), std::strtof(text, nullptr), signalling);
 
-    Require(fileio::detail::ParseSigned(view, INT64_MIN, INT64_MAX) ==
-            std::strtoll(text, nullptr, 10));
-    Require(fileio::detail::ParseUnsigned(view, UINT64_MAX) == std::strtoull(text, nullptr, 10));
-
     const long long wide = std::strtoll(text, nullptr, 10);
-    Require(fileio::detail::ParseSigned(view, INT32_MIN, INT32_MAX) == (wide < INT32_MIN ? INT32_MIN
-                                                                        : wide > INT32_MAX
-                                                                            ? INT32_MAX
-                                                                            : wide));
+    Require(fileio::detail::ParseSigned(view, INT64_MIN, INT64_MAX) == wide);
+    Require(fileio::detail::ParseSigned(view, INT32_MIN, INT32_MAX) ==
+            std::clamp<long long>(wide, INT32_MIN, INT32_MAX));
 
     errno = 0;
     char* end = nullptr;
     const unsigned long long unsignedWide = std::strtoull(text, &end, 10);
     const bool overflow = errno == ERANGE;
+    Require(fileio::detail::ParseUnsigned(view, UINT64_MAX) == unsignedWide);
     const std::size_t first = view.find_first_not_of(" \t\n\v\f\r");
     const bool negative = end != text && first != std::string_view::npos && view[first] == '-';
     const unsigned long long magnitude = negative ? 0ULL - unsignedWide : unsignedWide;
