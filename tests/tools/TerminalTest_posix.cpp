@@ -102,6 +102,7 @@ TEST(TerminalTest, BarColoursAndFileBytesShowOnlyAsATerminalShouldShowThem) {
         {{"check", "good/square.prj"}, {kBarAtOnce}, false, std::string("] 100%") + kWipe, true},
         {{"check", "--quiet", "good/square.prj"}, {kBarAtOnce}, false, kWipe, false},
         {{"check", "--json", "good/square.prj"}, {kBarAtOnce}, false, kWipe, false},
+        {{"deps", "-q", "good/refs.prj"}, {kBarAtOnce}, false, kWipe, false},
         {{"check", "good/square.prj"}, {kNoBar}, false, kWipe, false},
         // only standard output is a terminal
         {{"check", "good/square.prj"}, {kBarAtOnce}, true, kWipe, false},
