@@ -10,14 +10,12 @@
 
 #include "../tests/support/ByteWiseStream.h"
 #include "../tests/support/FieldValues.h"
+#include "FuzzSupport.h"
 #include "fileio/FileIO.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <vector>
+#include <string>
 
 namespace streamfuzz {
 
@@ -32,21 +30,18 @@ inline double ReadTypedValue(VarnStream& stream, unsigned kind) {
         stream, static_cast<fileio::test::ValueKind>(kind % fileio::test::kValueKindCount));
 }
 
-/// What a run observed: after each step the position, the failed and end states and a
-/// digest of everything read.
-using Trace = std::vector<std::uint64_t>;
+/// What a run observed: after each step everything read, the failed state and the position,
+/// as bytes.
+using Trace = std::string;
 
-/// Mixes the bytes of a value into the digest.
-template <class T> void Mix(std::uint64_t& digest, const T& value) {
-    unsigned char bytes[sizeof value];
-    std::memcpy(bytes, &value, sizeof value);
-    for (unsigned char b : bytes)
-        digest = (digest ^ b) * 1099511628211ULL;
+/// Adds the bytes of a value to the trace.
+template <class T> void Record(Trace& trace, const T& value) {
+    trace.append(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-inline void MixText(std::uint64_t& digest, const char* text) {
-    for (; *text != '\0'; ++text)
-        Mix(digest, *text);
+/// Adds a text (null reads as empty) and its end to the trace.
+inline void RecordText(Trace& trace, const char* text) {
+    trace.append(text != nullptr ? text : "").push_back('\0');
 }
 
 /// Runs the operations that `selector` seeds over a stream opened on the data.
@@ -63,21 +58,21 @@ inline Trace Run(VarnStream& stream, std::uint8_t selector, std::size_t size) {
     for (std::size_t step = 0; step <= size && !stream.VirtualEof(); ++step) {
         const unsigned long long before = stream.GetPos();
         const std::uint32_t op = next();
-        std::uint64_t digest = 14695981039346656037ULL;
         auto readHeader = [&] {
             Header header;
             stream >> header;
-            Mix(digest, header.id);
-            MixText(digest, header.text);
+            Record(trace, header.id);
+            RecordText(trace, header.text);
             if ((op & 0x100) != 0)
-                Mix(digest, stream.SkipHeader(header));
+                Record(trace, stream.SkipHeader(header));
         };
         auto readField = [&](unsigned kind) {
             Label label;
             stream >> label;
-            Mix(digest, label.id);
-            MixText(digest, label.text);
-            Mix(digest, ReadTypedValue(stream, kind == 0 ? static_cast<unsigned>(label.id) : kind));
+            Record(trace, label.id);
+            RecordText(trace, label.text);
+            Record(trace,
+                   ReadTypedValue(stream, kind == 0 ? static_cast<unsigned>(label.id) : kind));
         };
         switch (op % 10) {
         case 0:
@@ -95,8 +90,8 @@ inline Trace Run(VarnStream& stream, std::uint8_t selector, std::size_t size) {
         case 3: {
             String token;
             stream.ParseToken(token);
-            MixText(digest, token.Get() != nullptr ? token.Get() : "");
-            Mix(digest, stream.DidPassEOL());
+            RecordText(trace, token.Get());
+            Record(trace, stream.DidPassEOL());
             break;
         }
         case 4:
@@ -106,30 +101,29 @@ inline Trace Run(VarnStream& stream, std::uint8_t selector, std::size_t size) {
                 stream.SkipWhite();
             break;
         case 5:
-            Mix(digest, ReadTypedValue(stream, op >> 8));
+            Record(trace, ReadTypedValue(stream, op >> 8));
             break;
         case 6:
-            Mix(digest, stream.ReadLine(line));
-            Mix(digest, line.GetLength());
+            Record(trace, stream.ReadLine(line));
+            Record(trace, line.GetLength());
             break;
         case 7: {
             char token[255];
             stream.ParseToken(token, static_cast<char>(op >> 8));
-            MixText(digest, token);
+            RecordText(trace, token);
             break;
         }
         case 8:
-            Mix(digest, stream.SkipPast((op & 0x100) != 0 ? kActive : kModelFileEnd));
+            Record(trace, stream.SkipPast((op & 0x100) != 0 ? kActive : kModelFileEnd));
             break;
         default: {
             const String text = stream.ReadString(static_cast<char>(op >> 8));
-            MixText(digest, text.Get() != nullptr ? text.Get() : "");
+            RecordText(trace, text.Get());
             break;
         }
         }
-        Mix(digest, stream.IsFailed());
-        Mix(digest, stream.GetPos());
-        trace.push_back(digest);
+        Record(trace, stream.IsFailed());
+        Record(trace, stream.GetPos());
         if (stream.GetPos() == before && !stream.VirtualEof()) {
             char c;
             stream >> c; // make progress
@@ -147,19 +141,16 @@ inline void Drive(const std::uint8_t* data, std::size_t size, bool binary) {
     const std::string_view bytes(reinterpret_cast<const char*>(data + 1), size - 1);
     const FileMode mode = FM_LOADING | (binary ? FM_BINARY : FM_STORING) |
                           ((selector & 2) != 0 ? FM_VARN : FM_STORING);
-    const float version = (selector & 4) != 0 ? 13.0f : 5.0f;
     MemoryStream memory;
     memory.Open(bytes.data(), bytes.size(), mode);
     ByteWiseStream byteWise;
     byteWise.OpenOn(bytes, mode);
     if (!binary && (selector & 2) == 0) {
-        memory.SetVersion(version);
-        byteWise.SetVersion(version);
+        memory.SetVersion((selector & 4) != 0 ? 13.0f : 5.0f);
+        byteWise.SetVersion((selector & 4) != 0 ? 13.0f : 5.0f);
     }
-    if (Run(memory, selector, bytes.size()) != Run(byteWise, selector, bytes.size())) {
-        std::fprintf(stderr, "the memory stream and the byte-wise transport differ\n");
-        std::abort();
-    }
+    // The memory stream and the byte-wise transport read the same bytes alike.
+    fuzz::Require(Run(memory, selector, bytes.size()) == Run(byteWise, selector, bytes.size()));
 }
 
 } // namespace streamfuzz

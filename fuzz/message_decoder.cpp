@@ -5,12 +5,12 @@
 // payload is tried. Whole messages are checked and dropped, and decoding goes on after each
 // one. No input may crash, leak, read outside its bytes, take payload memory beyond what
 // has arrived (doubling from 64 KiB) or pass a message above the limit.
+#include "FuzzSupport.h"
 #include "net/MessageFrame.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0)
@@ -30,25 +30,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::size_t taken = decoder.Feed(data + at, n, status);
         at += taken;
         arrived += taken;
-        if (decoder.Capacity() > held &&
-            decoder.Capacity() > std::max<std::uint64_t>(2 * arrived, 64 * 1024))
-            std::abort(); // memory that no byte paid for
+        // No memory that no byte paid for.
+        fuzz::Require(decoder.Capacity() <= held ||
+                      decoder.Capacity() <= std::max<std::uint64_t>(2 * arrived, 64 * 1024));
         if (status == fileio::net::DecodeStatus::Complete) {
             const fileio::net::FrameHeader& header = decoder.Header();
-            if (header.length > limit || header.version != fileio::net::kProtocolVersion ||
-                (header.mode & ~fileio::net::kCarriedModeBits) != 0)
-                std::abort();
+            fuzz::Require(header.length <= limit &&
+                          header.version == fileio::net::kProtocolVersion &&
+                          (header.mode & ~fileio::net::kCarriedModeBits) == 0);
             volatile std::uint8_t sum = 0;
             for (std::uint64_t i = 0; i < header.length; ++i)
                 sum = static_cast<std::uint8_t>(sum + decoder.Payload()[i]);
             decoder.Next();
             arrived = 0;
         } else if (status != fileio::net::DecodeStatus::NeedMore) {
-            if (decoder.Feed(data, size, status) != 0)
-                std::abort(); // a refused header is final
+            fuzz::Require(decoder.Feed(data, size, status) == 0); // a refused header is final
             break;
-        } else if (taken < n) {
-            std::abort(); // a decoder that needs more must take what it is given
+        } else {
+            fuzz::Require(taken == n); // a decoder that needs more takes what it is given
         }
     }
     return 0;

@@ -14,9 +14,12 @@
 //
 // Runs on glibc: its conversions are the reference the library follows.
 
+#include "FuzzSupport.h"
 #include "core/StringNumbers.h"
 
+#include <algorithm>
 #include <bit>
+#include <cctype>
 #include <cerrno>
 #include <climits>
 #include <clocale>
@@ -30,28 +33,18 @@
 
 namespace {
 
-void Require(bool condition) {
-    if (!condition)
-        std::abort();
-}
+using fuzz::Require;
 
 /// True when the token spells the library's signalling NaN: white space, a sign, then
 /// "nan(snan)" in any case.
 bool SpellsSignallingNaN(std::string_view token) {
     std::size_t i = token.find_first_not_of(" \t\n\v\f\r");
-    if (i == std::string_view::npos)
-        return false;
-    if (token[i] == '+' || token[i] == '-')
+    if (i != std::string_view::npos && (token[i] == '+' || token[i] == '-'))
         ++i;
-    const std::string_view spelling = "nan(snan)";
-    if (token.size() - i < spelling.size())
-        return false;
-    for (std::size_t k = 0; k < spelling.size(); ++k) {
-        const char c = token[i + k];
-        if ((c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c) != spelling[k])
-            return false;
-    }
-    return true;
+    std::string spelling(token.substr(std::min(i, token.size()), 9));
+    for (char& c : spelling)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return spelling == "nan(snan)";
 }
 
 template <class Float> void CheckReal(Float library, Float runtime, bool signalling) {
@@ -83,20 +76,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckReal(fileio::detail::ParseDouble(view), std::strtod(text, nullptr), signalling);
     CheckReal(fileio::detail::ParseFloat(view), std::strtof(text, nullptr), signalling);
 
-    Require(fileio::detail::ParseSigned(view, INT64_MIN, INT64_MAX) ==
-            std::strtoll(text, nullptr, 10));
-    Require(fileio::detail::ParseUnsigned(view, UINT64_MAX) == std::strtoull(text, nullptr, 10));
-
     const long long wide = std::strtoll(text, nullptr, 10);
-    Require(fileio::detail::ParseSigned(view, INT32_MIN, INT32_MAX) == (wide < INT32_MIN ? INT32_MIN
-                                                                        : wide > INT32_MAX
-                                                                            ? INT32_MAX
-                                                                            : wide));
+    Require(fileio::detail::ParseSigned(view, INT64_MIN, INT64_MAX) == wide);
+    Require(fileio::detail::ParseSigned(view, INT32_MIN, INT32_MAX) ==
+            std::clamp<long long>(wide, INT32_MIN, INT32_MAX));
 
     errno = 0;
     char* end = nullptr;
     const unsigned long long unsignedWide = std::strtoull(text, &end, 10);
     const bool overflow = errno == ERANGE;
+    Require(fileio::detail::ParseUnsigned(view, UINT64_MAX) == unsignedWide);
     const std::size_t first = view.find_first_not_of(" \t\n\v\f\r");
     const bool negative = end != text && first != std::string_view::npos && view[first] == '-';
     const unsigned long long magnitude = negative ? 0ULL - unsignedWide : unsignedWide;

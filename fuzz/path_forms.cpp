@@ -3,6 +3,7 @@
 // scripted drive table, shares and current directory so that nothing reaches the system.
 // The input is split at NULs into the base file name, a path, and a style byte.
 
+#include "FuzzSupport.h"
 #include "path/PathForms.h"
 
 #include "fileio/path/BasePath.h"
@@ -66,18 +67,12 @@ void Script() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static bool scripted = (Script(), true);
     (void)scripted;
-    std::string_view input(reinterpret_cast<const char*>(data), size);
-    std::size_t first = input.find('\0');
-    std::string_view base = input.substr(0, first);
-    std::string_view path =
-        first == std::string_view::npos ? std::string_view() : input.substr(first + 1);
-    std::size_t second = path.find('\0');
-    bool posix =
-        second != std::string_view::npos && second + 1 < path.size() && (path[second + 1] & 1);
-    path = path.substr(0, second);
+    const auto [base, rest] = fuzz::SplitAtNul({reinterpret_cast<const char*>(data), size});
+    const auto [path, styleByte] = fuzz::SplitAtNul(rest);
+    const bool posix = !styleByte.empty() && (styleByte[0] & 1) != 0;
     auto style = posix ? detail::PathStyle::Posix : detail::PathStyle::Windows;
 
-    if (base.find('\0') == std::string_view::npos && !base.empty())
+    if (!base.empty())
         SetBasePath(String(std::string(base)));
     else
         FreeBasePaths();
@@ -85,8 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     g_currentDir = posix ? "/cwd" : "C:\\cwd";
 
     std::string universal = detail::NativeToUniversal(path);
-    if (universal.size() != path.size())
-        __builtin_trap();
+    fuzz::Require(universal.size() == path.size());
     std::string relative = detail::GetRelativePath(path, style);
     (void)detail::GetAbsolutePath(relative, true, style);
     (void)detail::GetAbsolutePathQuiet(relative, style);
@@ -94,8 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)detail::GetServerFileName(universal, style);
     (void)detail::UniversalToNative(universal, style);
     std::string out;
-    if (detail::MappedDriveToUNC(path, style, out) && out.size() >= detail::kMaxPath)
-        __builtin_trap();
+    fuzz::Require(!detail::MappedDriveToUNC(path, style, out) || out.size() < detail::kMaxPath);
     (void)detail::LocalPathToShare(path, style, out);
     (void)detail::GetMatchNameRelativeForFile(path, style);
     (void)detail::GetMatchNameAbsoluteFromFile(path, style);

@@ -2,7 +2,8 @@
 // missing ones: the stored place, other letter case, a Windows folder learnt from --map, the
 // name search and its ambiguity, every spelling of a name in other case; and the rewrite of
 // the values in a file of either form. (The relink and deps runs of the tool show the rest:
-// POSIX folders, the derived shorter alias, the search folders, the stored text.)
+// POSIX folders, the derived shorter alias, the mapping's letter case, the search folders,
+// the stored text.)
 
 #include "References.h"
 #include "ProjectReader.h"
@@ -16,6 +17,7 @@
 namespace {
 
 using namespace fileio::tool;
+using fileio::test::BinaryProject;
 using fileio::test::WorkFolder;
 
 /// A work folder laid out as a moved project, and the process-wide search state emptied
@@ -39,19 +41,12 @@ protected:
         FreeBasePaths();
     }
 
-    /// A reference to `stored` resolved by `search`, its paths relative to the work folder.
+    /// A reference to `stored` resolved by `search`, its paths written as Normalised does.
     Resolution Resolve(ReferenceSearch& search, const std::string& stored) {
         Resolution resolution = search.Resolve(Reference{"P/Image", "Image", stored, 0, 0, 0});
-        const auto relative = [&](std::string& path) {
-            path = WorkFolder::Slashed(path);
-            const std::string work = WorkFolder::Slashed(m_work.Path()) + "/";
-            if (path.rfind(work, 0) == 0)
-                path = path.substr(work.size());
-        };
-        relative(resolution.resolved);
-        relative(resolution.found);
+        resolution.found = m_work.Normalised(resolution.found);
         for (std::string& candidate : resolution.candidates)
-            relative(candidate);
+            candidate = m_work.Normalised(candidate);
         return resolution;
     }
 
@@ -71,28 +66,20 @@ protected:
     std::string m_project;
 };
 
-TEST_F(ReferencesTest, AFileAtItsStoredPlaceOrInOtherLetterCaseIsFound) {
+TEST_F(ReferencesTest, AFileIsFoundAtItsStoredPlaceOrThroughAMappingInOtherLetterCase) {
     ReferenceSearch search;
     const Resolution stored = Resolve(search, "Maps\\skin.png");
     EXPECT_EQ(stored.how, Found::Exists);
-    EXPECT_EQ(stored.found, "Documents/Robot/Maps/skin.png");
+    EXPECT_EQ(stored.found, "<work>/Documents/Robot/Maps/skin.png");
     const Resolution r = Resolve(search, "MAPS/Skin.PNG");
     EXPECT_EQ(r.how, CaseSensitive() ? Found::Case : Found::Exists);
-    EXPECT_EQ(r.found,
-              CaseSensitive() ? "Documents/Robot/Maps/skin.png" : "Documents/Robot/MAPS/Skin.PNG");
-}
-
-TEST_F(ReferencesTest, AWindowsFolderMapsOntoThisMachinesFolderWhateverTheLetterCase) {
-    ReferenceSearch search;
-    const std::string stored = "C:/Users/ann/Robot/maps/SKIN.png";
-    EXPECT_EQ(Resolve(search, stored).how, Found::Missing);
+    EXPECT_EQ(r.found, CaseSensitive() ? "<work>/Documents/Robot/Maps/skin.png"
+                                       : "<work>/Documents/Robot/MAPS/Skin.PNG");
     Map("C:\\Users\\ann\\Robot=" + m_work.Files().Join("Documents/Robot"));
-    const Resolution r = Resolve(search, stored);
-    EXPECT_EQ(r.how, Found::Alias);
-    EXPECT_EQ(r.found,
-              CaseSensitive() ? "Documents/Robot/Maps/skin.png" : "Documents/Robot/maps/SKIN.png");
-    // The folder's own letter case in the file is not the mapping's.
-    EXPECT_EQ(Resolve(search, "c:/users/ANN/robot/Maps/skin.png").how, Found::Alias);
+    const Resolution mapped = Resolve(search, "C:/Users/ann/Robot/maps/SKIN.png");
+    EXPECT_EQ(mapped.how, Found::Alias);
+    EXPECT_EQ(mapped.found, CaseSensitive() ? "<work>/Documents/Robot/Maps/skin.png"
+                                            : "<work>/Documents/Robot/maps/SKIN.png");
 }
 
 TEST_F(ReferencesTest, TheNameSearchBelowTheSearchFoldersIgnoresCaseAndNeverPicksOneOfTwo) {
@@ -100,11 +87,12 @@ TEST_F(ReferencesTest, TheNameSearchBelowTheSearchFoldersIgnoresCaseAndNeverPick
     search.SetSearchFolders({m_work.Files().Join("search")});
     const Resolution deep = Resolve(search, "D:/elsewhere/HIDDEN.mdl");
     EXPECT_EQ(deep.how, Found::NameSearch);
-    EXPECT_EQ(deep.found, "search/deep/er/hidden.mdl");
+    EXPECT_EQ(deep.found, "<work>/search/deep/er/hidden.mdl");
     const Resolution twice = Resolve(search, "/elsewhere/dup.png");
     EXPECT_EQ(twice.how, Found::Ambiguous);
     EXPECT_TRUE(twice.found.empty());
-    EXPECT_EQ(twice.candidates, (std::vector<std::string>{"search/a/dup.png", "search/b/dup.png"}));
+    EXPECT_EQ(twice.candidates,
+              (std::vector<std::string>{"<work>/search/a/dup.png", "<work>/search/b/dup.png"}));
 }
 
 TEST_F(ReferencesTest, AMappingWithAnEmptySideIsRefused) {
@@ -113,9 +101,8 @@ TEST_F(ReferencesTest, AMappingWithAnEmptySideIsRefused) {
         EXPECT_FALSE(ReferenceSearch::AddMapping(mapping, why)) << mapping;
 }
 
-/// Walks a file and rewrites every reference to `text`; returns the new bytes.
-std::string RewriteAll(const std::string& bytes, const std::string& text,
-                       std::string* why = nullptr) {
+/// Walks a file and rewrites every reference to `text`; gives the new bytes, or why not.
+std::string RewriteAll(const std::string& bytes, const std::string& text) {
     MemoryStream in;
     OpenProject(bytes.data(), bytes.size(), in);
     ReferenceCollector collector;
@@ -124,11 +111,8 @@ std::string RewriteAll(const std::string& bytes, const std::string& text,
     for (const Reference& reference : collector.References())
         rewrites.push_back(Rewrite{&reference, text});
     std::string rewritten;
-    std::string reason;
-    const bool done = RewriteReferences(in, rewrites, rewritten, reason);
-    if (why != nullptr)
-        *why = reason;
-    return done ? rewritten : std::string();
+    std::string why;
+    return RewriteReferences(in, rewrites, rewritten, why) ? rewritten : why;
 }
 
 TEST_F(ReferencesTest, RewritingChangesTheValuesAndNothingElseInBothForms) {
@@ -138,18 +122,14 @@ TEST_F(ReferencesTest, RewritingChangesTheValuesAndNothingElseInBothForms) {
               "<MODELFILE>\nName=A&#38;B\nImage=Maps/a&#38;b.png   \n"
               "Wibble=kept as it is\nSound=Maps/a&#38;b.png\n</MODELFILE>\n");
 
-    const auto binary = [](const char* image) {
-        const int model = GetHeaderIDFromText("MODELFILE");
-        MemoryStream stream;
-        stream.Open(FM_VARN | FM_BINARY);
-        stream << Header(model) << Label("Image") << String(image) << Label("Opacity") << 0.5f
-               << EndHeader(model);
-        return std::string(reinterpret_cast<const char*>(stream.GetData()), stream.GetLength());
+    const int model = GetHeaderIDFromText("MODELFILE");
+    const auto binary = [&](const char* image) {
+        return BinaryProject(Header(model), Label("Image"), String(image), Label("Opacity"), 0.5f,
+                             EndHeader(model));
     };
     EXPECT_EQ(RewriteAll(binary("C:/x.png"), "Maps/skin.png"), binary("Maps/skin.png"));
-    std::string why;
-    EXPECT_EQ(RewriteAll(binary("C:/x.png"), std::string(70000, 'x'), &why), "");
-    EXPECT_EQ(why, "MODELFILE/Image: the path is too long for the binary form");
+    EXPECT_EQ(RewriteAll(binary("C:/x.png"), std::string(70000, 'x')),
+              "MODELFILE/Image: the path is too long for the binary form");
 }
 
 TEST_F(ReferencesTest, CaseVariantsOfOneNameAreAllFound) {

@@ -1,6 +1,6 @@
 // TerminalTest_posix.cpp - the tool at a terminal: the progress bar (drawn on standard
-// error only when it is a terminal, never with --quiet or --json, and only after the delay),
-// colours (only on a terminal, never with NO_COLOR), and a file's bytes made printable. The
+// error only when it is a terminal, never with --quiet or --json, only after the delay, and
+// wiped again), colours (never with NO_COLOR), and a file's bytes made printable. The
 // program's Main runs in a child whose standard output and error are a new pseudo terminal.
 
 #include "Commands.h"
@@ -27,17 +27,12 @@ using fileio::test::WorkFolder;
 constexpr auto kChildDeadline = std::chrono::seconds(60);
 constexpr int kQuietMilliseconds = 100;
 
-struct Environment {
-    const char* name;
-    const char* value; ///< null: unset
-};
-
 /// Runs the tool's Main with `args` in a child whose standard output and error are a new
-/// terminal (and, when `errorsElsewhere`, standard error goes to /dev/null instead); returns
-/// what the terminal showed.
+/// terminal (and, when `errorsElsewhere`, standard error goes to /dev/null instead), with
+/// NO_COLOR unset and the "NAME=VALUE" texts of `environment` set; returns what the terminal
+/// showed.
 std::string ShownAtTerminal(const std::vector<std::string>& args,
-                            const std::vector<Environment>& environment,
-                            bool errorsElsewhere = false) {
+                            std::vector<std::string> environment, bool errorsElsewhere) {
     const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
     if (master < 0 || ::grantpt(master) != 0 || ::unlockpt(master) != 0) {
         ADD_FAILURE() << "no pseudo terminal";
@@ -53,12 +48,9 @@ std::string ShownAtTerminal(const std::vector<std::string>& args,
         const int errors = errorsElsewhere ? ::open("/dev/null", O_WRONLY) : slave;
         if (slave < 0 || ::dup2(slave, STDOUT_FILENO) < 0 || ::dup2(errors, STDERR_FILENO) < 0)
             ::_exit(97);
-        for (const Environment& variable : environment) {
-            if (variable.value == nullptr)
-                ::unsetenv(variable.name);
-            else
-                ::setenv(variable.name, variable.value, 1);
-        }
+        ::unsetenv("NO_COLOR");
+        for (std::string& variable : environment)
+            ::putenv(variable.data());
         const int status = fileio::tool::Main(args);
         std::fflush(nullptr);
         ::_exit(status);
@@ -92,62 +84,42 @@ std::string ShownAtTerminal(const std::vector<std::string>& args,
     return shown;
 }
 
-/// The bar's end: its last drawing shows the work done.
-constexpr const char* kFullBar = "] 100%";
-/// What wipes the bar's line when the work is done.
+/// What starts each drawing of the progress bar and wipes it when the work is done.
 constexpr const char* kWipe = "\r\x1b[K";
+const std::string kBarAtOnce = "FILEIO_PROGRESS_DELAY=0";
+const std::string kNoBar = "FILEIO_PROGRESS_DELAY=3600000"; // longer than any run here
 
-class TerminalTest : public testing::Test {
-protected:
-    void SetUp() override { m_work.CopyIn(kToolData + "/good", "good"); }
-    WorkFolder m_work;
+struct TerminalCase {
+    std::vector<std::string> args;
+    std::vector<std::string> environment;
+    bool errorsElsewhere;
+    std::string text;
+    bool shown;
 };
 
-TEST_F(TerminalTest, TheProgressBarShowsOnlyOnATerminalAfterItsDelayAndIsWipedAgain) {
-    struct BarCase {
-        std::vector<std::string> args;
-        const char* delay;
-        bool errorsElsewhere;
-        bool bar;
+TEST(TerminalTest, BarColoursAndFileBytesShowOnlyAsATerminalShouldShowThem) {
+    const TerminalCase cases[] = {
+        {{"check", "good/square.prj"}, {kBarAtOnce}, false, std::string("] 100%") + kWipe, true},
+        {{"check", "--quiet", "good/square.prj"}, {kBarAtOnce}, false, kWipe, false},
+        {{"check", "--json", "good/square.prj"}, {kBarAtOnce}, false, kWipe, false},
+        {{"deps", "-q", "good/refs.prj"}, {kBarAtOnce}, false, kWipe, false},
+        {{"check", "good/square.prj"}, {kNoBar}, false, kWipe, false},
+        // only standard output is a terminal
+        {{"check", "good/square.prj"}, {kBarAtOnce}, true, kWipe, false},
+        {{"check", "good/square.prj"}, {kNoBar}, false, "good/square.prj: \x1b[32mOK\x1b[0m", true},
+        // an empty NO_COLOR is unset
+        {{"check", "good/square.prj"}, {kNoBar, "NO_COLOR="}, false, "\x1b[32mOK", true},
+        {{"check", "good/square.prj"}, {kNoBar, "NO_COLOR=1"}, false, "\x1b", false},
+        {{"dump", "good/escapes.prj"}, {kNoBar}, false, "Title=ctrl\\x1b[31mred", true},
     };
-    const BarCase cases[] = {
-        {{"check", "good/square.prj"}, "0", false, true},
-        {{"check", "--quiet", "good/square.prj"}, "0", false, false},
-        {{"check", "--json", "good/square.prj"}, "0", false, false},
-        {{"deps", "-q", "good/refs.prj"}, "0", false, false},
-        {{"check", "good/square.prj"}, "3600000", false, false}, // longer than any check here
-        {{"check", "good/square.prj"}, "0", true, false}, // only standard output is a terminal
-    };
-    for (const BarCase& c : cases) {
-        const std::string shown =
-            ShownAtTerminal(c.args, {{"FILEIO_PROGRESS_DELAY", c.delay}}, c.errorsElsewhere);
-        EXPECT_EQ(shown.find(kFullBar) != std::string::npos, c.bar) << c.args[1] << ":\n" << shown;
-        EXPECT_EQ(shown.rfind(kWipe) != std::string::npos, c.bar) << c.args[1] << ":\n" << shown;
+    const WorkFolder work;
+    work.CopyIn(kToolData + "/good", "good");
+    for (const TerminalCase& c : cases) {
+        const std::string shown = ShownAtTerminal(c.args, c.environment, c.errorsElsewhere);
+        EXPECT_EQ(shown.find(c.text) != std::string::npos, c.shown)
+            << c.args[0] << " " << c.args[1] << ":\n"
+            << shown;
     }
-}
-
-TEST_F(TerminalTest, ColoursShowOnATerminalUnlessNoColorIsSet) {
-    const auto verdict = [](const char* noColour) {
-        return ShownAtTerminal({"check", "good/square.prj"},
-                               {{"NO_COLOR", noColour}, {"FILEIO_PROGRESS_DELAY", "3600000"}});
-    };
-    EXPECT_NE(verdict(nullptr).find("good/square.prj: \x1b[32mOK\x1b[0m"), std::string::npos);
-    EXPECT_NE(verdict("").find("\x1b[32mOK"), std::string::npos) << "an empty NO_COLOR is unset";
-    const std::string plain = verdict("1");
-    EXPECT_NE(plain.find("good/square.prj: OK"), std::string::npos) << plain;
-    EXPECT_EQ(plain.find('\x1b'), std::string::npos) << plain;
-}
-
-TEST_F(TerminalTest, AFilesBytesReachATerminalOnlyPrintable) {
-    const std::string shown =
-        ShownAtTerminal({"dump", "good/escapes.prj"}, {{"FILEIO_PROGRESS_DELAY", "3600000"}});
-    EXPECT_NE(shown.find("Title=ctrl\\x1b[31mred"), std::string::npos) << shown;
-    EXPECT_NE(shown.find("Name=Bad\\xffbyte"), std::string::npos) << shown;
-    EXPECT_NE(shown.find("Notes=Gr\xc3\xbc\xc3\x9f"
-                         "e"),
-              std::string::npos)
-        << "UTF-8 stays";
-    EXPECT_EQ(shown.find("\x1b[31m"), std::string::npos) << "no raw escape reaches the terminal";
 }
 
 } // namespace

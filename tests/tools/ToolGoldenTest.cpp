@@ -1,15 +1,10 @@
-// ToolGoldenTest.cpp - the fileio program against its expected outputs. Every file of the
-// data tree's good/ and bad/ folders, and the bundled sample, goes through each command that
-// reads it (info, check, dump, dump --tree, deps), as text and as --json; a table adds the
-// command line's own cases (help, usage errors, options). Each run's exit status, standard
-// output and standard error are compared with tests/tools/data/expected/<case>.txt after the
-// work folder's path and the separators are written the same way on every platform (so one
-// expected text serves Linux and Windows); a --json output is laid out one value to a line
-// and must be one whole document. Standard error never holds a progress bar or a colour: it
-// is not a terminal here.
-//
-// FILEIO_UPDATE_EXPECTED=1 in the environment writes the expected files instead of
-// comparing them (review the difference before committing it).
+// ToolGoldenTest.cpp - the fileio program against its expected outputs: every file of the data
+// tree's good/ and bad/ folders and the bundled sample through each reading command, as text
+// and as --json, and a table of the command line's own cases. Exit status, standard output and
+// standard error are compared with data/expected/<case>.txt, with the work folder and the
+// separators written alike on every platform; a --json output must be one whole document, and
+// standard error (no terminal here) never holds a progress bar or a colour.
+// FILEIO_UPDATE_EXPECTED=1 writes the expected files instead (review the difference).
 
 #include "ToolTestSupport.h"
 
@@ -17,7 +12,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -32,7 +26,6 @@ using fileio::test::WorkFolder;
 
 /// The sample project, as the work folder holds it.
 constexpr const char* kSampleText = "Documents/Robot/robot.prj";
-constexpr const char* kSampleBinary = "Documents/Robot/robot-binary.prj";
 
 /// A work folder holding the data tree's good/ and bad/ folders and the samples.
 class ToolWork : public WorkFolder {
@@ -47,16 +40,14 @@ public:
 /// The bytes that are not printable text shown as \x{NN} (apart from the program's own
 /// escapes, \xNN), for an expected file.
 std::string Visible(const std::string& text) {
+    constexpr const char* kHex = "0123456789abcdef";
     std::string out;
     for (const char c : text) {
         const unsigned char byte = static_cast<unsigned char>(c);
-        if ((byte >= 0x20 && byte < 0x7F) || c == '\n' || c == '\t') {
+        if ((byte >= 0x20 && byte < 0x7F) || c == '\n' || c == '\t')
             out += c;
-        } else {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\x{%02x}", byte);
-            out += escape;
-        }
+        else
+            out += std::string("\\x{") + kHex[byte >> 4] + kHex[byte & 15] + "}";
     }
     return out;
 }
@@ -102,25 +93,25 @@ std::string Indented(std::string_view json) {
     return out;
 }
 
-/// Runs the program and gives what the expected file holds; adds a failure for a broken
-/// JSON document or a terminal's sequences on standard error.
-std::string Transcript(const std::vector<std::string>& args, const WorkFolder& work) {
+/// Runs the program and compares its transcript with the expected file (or writes the file
+/// when asked to); adds a failure for a broken JSON document or a terminal's sequences on
+/// standard error.
+void ExpectTranscript(const std::string& name, const std::vector<std::string>& args,
+                      const WorkFolder& work) {
     const ToolRun run = RunTool(args);
     const auto optionsEnd = std::find(args.begin(), args.end(), "--");
     const bool json = std::find(args.begin(), optionsEnd, "--json") != optionsEnd;
-    EXPECT_EQ(run.err.find_first_of("\r\x1b"), std::string::npos)
+    EXPECT_EQ(run.errors.find_first_of("\r\x1b"), std::string::npos)
         << "a progress bar or a colour on a standard error that is no terminal:\n"
-        << run.err;
-    std::string command = "$ fileio";
+        << run.errors;
+    std::string transcript = "$ fileio";
     for (const std::string& arg : args)
-        command += " " + arg;
-    return command + "\nexit " + std::to_string(run.exitCode) + "\n--- stdout\n" +
-           Visible(json ? work.WithoutWork(Indented(run.out)) : work.Normalised(run.out)) +
-           "--- stderr\n" + Visible(work.Normalised(run.err));
-}
+        transcript += " " + arg;
+    transcript +=
+        "\nexit " + std::to_string(run.exitCode) + "\n--- stdout\n" +
+        Visible(json ? work.WithoutWork(Indented(run.output)) : work.Normalised(run.output)) +
+        "--- stderr\n" + Visible(work.Normalised(run.errors));
 
-/// Compares a transcript with its expected file, or writes the file when asked to.
-void ExpectTranscript(const std::string& name, const std::string& transcript) {
     const std::string path = kToolData + "/expected/" + name + ".txt";
     if (std::getenv("FILEIO_UPDATE_EXPECTED") != nullptr) {
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
@@ -182,34 +173,12 @@ TEST_P(DataFileTest, EveryCommandGivesItsExpectedOutput) {
     for (const Case& variant : kVariants) {
         std::vector<std::string> args = variant.args;
         args.push_back(GetParam());
-        ExpectTranscript(GetParam() + "/" + variant.name, Transcript(args, work));
+        ExpectTranscript(GetParam() + "/" + variant.name, args, work);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, DataFileTest, testing::ValuesIn(DataFiles()),
                          [](const auto& param) { return TestName(param.param); });
-
-// The binary form of the sample reads as its text form: each text output is the same but for
-// the file's name (what --json adds, the form and the offsets, the small binary file of the
-// data tree shows).
-TEST(SampleTest, BothFormsGiveTheSameOutput) {
-    const ToolWork work;
-    const auto renamed = [](std::string text) {
-        for (std::size_t at; (at = text.find("robot-binary.prj")) != std::string::npos;)
-            text.replace(at, 16, "robot.prj");
-        return text;
-    };
-    for (std::vector<std::string> args :
-         {std::vector<std::string>{"check"}, {"dump"}, {"dump", "--tree"}, {"deps"}}) {
-        args.push_back(kSampleText);
-        const ToolRun text = RunTool(args);
-        args.back() = kSampleBinary;
-        const ToolRun binary = RunTool(args);
-        EXPECT_EQ(binary.exitCode, text.exitCode) << args[0];
-        EXPECT_EQ(renamed(binary.out), text.out) << args[0];
-        EXPECT_EQ(renamed(binary.err), text.err) << args[0];
-    }
-}
 
 // ---- the command line's own cases -------------------------------------------------------------
 
@@ -220,18 +189,15 @@ const Case kCases[] = {
     {"help-deps", {"help", "deps"}},
     {"relink-help", {"relink", "-h"}},
     {"unknown-command", {"frobnicate"}},
-    {"unknown-command-json", {"frobnicate", "--json"}},
     {"unknown-option", {"check", "--frob", "good/square.prj"}},
     {"option-of-another-command", {"check", "--tree", "good/square.prj"}},
     {"option-without-value", {"deps", "good/refs.prj", "--map"}},
     {"flag-with-value", {"check", "--json=yes", "good/square.prj"}},
-    {"dump-two-files", {"dump", "good/square.prj", "good/crlf.prj"}},
     {"convert-one-file", {"convert", "good/square.prj"}},
     {"convert-both-forms", {"convert", "--binary", "--text", "good/square.prj", "out.prj"}},
     {"relink-json-usage", {"relink", "--json"}},
     {"file-after-double-dash", {"check", "--", "--json"}},
     // files that cannot be read, among others
-    {"missing-file", {"check", "nope.prj"}},
     {"missing-file-json", {"check", "--json", "nope.prj"}},
     {"folder-as-file", {"info", "good"}},
     {"worst-status-wins", {"check", "good/square.prj", "bad/color-short.prj", "nope.prj"}},
@@ -239,7 +205,6 @@ const Case kCases[] = {
     // quiet: no notes on standard error (good/unknown.prj/dump shows them)
     {"dump-quiet", {"dump", "--quiet", "good/unknown.prj"}},
     // the search options of deps
-    {"deps-map", {"deps", "--map", "C:/Users/ann/Robot=good/refs", "good/refs.prj"}},
     {"deps-map-case", {"deps", "--map=c:/users/ANN/robot=good/refs", "good/refs.prj"}},
     {"deps-search", {"deps", "--search", "good", "--json", "good/refs.prj"}},
     {"deps-map-malformed", {"deps", "--map", "good/refs", "good/refs.prj"}},
@@ -264,7 +229,7 @@ class CommandLineTest : public testing::TestWithParam<Case> {};
 
 TEST_P(CommandLineTest, GivesItsExpectedOutput) {
     const ToolWork work;
-    ExpectTranscript(std::string("cli/") + GetParam().name, Transcript(GetParam().args, work));
+    ExpectTranscript(std::string("cli/") + GetParam().name, GetParam().args, work);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, CommandLineTest, testing::ValuesIn(kCases),

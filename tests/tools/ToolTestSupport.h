@@ -1,8 +1,10 @@
 // ToolTestSupport.h - running the fileio program from the tool's tests: a work folder that is
 // the current folder while a test runs, the program's output with the work folder's path
-// and the separators made the same on every platform, and the files the tests start from.
+// and the separators made the same on every platform, and the files the tests start from
+// (the data tree, the samples, little binary projects).
 #pragma once
 
+#include "fileio/FileIO.h"
 #include "platform/Platform.h"
 #include "support/TempFolder.h"
 
@@ -20,44 +22,37 @@ namespace fileio::test {
 inline const std::string kToolData = FILEIO_TOOL_DATA;
 inline const std::string kSamples = FILEIO_SAMPLES;
 
-/// How long one run of the program may take.
+/// How long one run of the program may take, and how often a start of it is tried: Wine
+/// under load now and then refuses to start a process ("Internal error"), which is not what
+/// these tests are about. A program that started is never run again.
 constexpr int kToolTimeoutMs = 60'000;
-/// How often a start of the program is tried: Wine under load now and then refuses to start
-/// a process ("Internal error"), which is not what these tests are about. A program that
-/// started is never run again.
 constexpr int kStartAttempts = 3;
 
-/// What a run of the program gave.
-struct ToolRun {
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-};
+/// What a run of the program gave (exit status, standard output and error).
+using ToolRun = platform::ProcessOutcome;
 
-/// The fileio program, beside the test program.
-inline std::string ToolPath() {
+/// Runs the fileio program beside the test program with `args` (no standard input).
+inline ToolRun RunTool(const std::vector<std::string>& args) {
     const std::string base =
         platform::System().applicationFolder() + platform::NativeSeparator() + "fileio";
-    return platform::Files().exists((base + ".exe").c_str()) ? base + ".exe" : base;
-}
-
-/// Runs the program with `args` (no standard input; its outputs captured).
-inline ToolRun RunTool(const std::vector<std::string>& args) {
-    std::vector<std::string> argv{ToolPath()};
+    std::vector<std::string> argv{platform::Files().exists((base + ".exe").c_str()) ? base + ".exe"
+                                                                                    : base};
     argv.insert(argv.end(), args.begin(), args.end());
-    platform::ProcessOutcome outcome;
     ToolRun run;
     bool ran = false;
-    for (int attempt = 0; attempt < kStartAttempts && !ran && !outcome.started; ++attempt)
-        ran = platform::Processes().run(argv, kToolTimeoutMs, outcome);
-    if (!ran || outcome.timedOut) {
-        ADD_FAILURE() << "the tool did not run to its end: " << outcome.why;
-        return run;
-    }
-    run.exitCode = outcome.exitCode;
-    run.out = std::move(outcome.output);
-    run.err = std::move(outcome.errors);
+    for (int attempt = 0; attempt < kStartAttempts && !ran && !run.started; ++attempt)
+        ran = platform::Processes().run(argv, kToolTimeoutMs, run);
+    if (!ran || run.timedOut)
+        ADD_FAILURE() << "the tool did not run to its end: " << run.why;
     return run;
+}
+
+/// A little binary project: "B", then tokens and values as the library writes them.
+template <class... Items> std::string BinaryProject(const Items&... items) {
+    MemoryStream stream;
+    stream.Open(FM_VARN | FM_BINARY);
+    (stream << ... << items);
+    return std::string(reinterpret_cast<const char*>(stream.GetData()), stream.GetLength());
 }
 
 /// A temporary folder that is the current folder for the life of the object (the program
@@ -72,8 +67,6 @@ public:
         std::error_code ignored;
         std::filesystem::current_path(m_previous, ignored);
     }
-    WorkFolder(const WorkFolder&) = delete;
-    WorkFolder& operator=(const WorkFolder&) = delete;
 
     [[nodiscard]] const TempFolder& Files() const { return m_folder; }
     /// The folder as the program sees it.
@@ -103,6 +96,7 @@ public:
         return text;
     }
 
+private:
     static std::string Slashed(std::string text) {
         const auto isHex = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
         for (std::size_t i = 0; i < text.size(); ++i) {
@@ -114,7 +108,6 @@ public:
         return text;
     }
 
-private:
     TempFolder m_folder{"fileio-tool"};
     std::filesystem::path m_previous;
     std::string m_path;
