@@ -1,13 +1,11 @@
 // Headers, end headers and labels: the worked example byte for byte, reading both bracket
 // generations and the binary id words, peeks, and skipping sections.
 
-#include "StreamProject.h"
+#include "StreamTestSupport.h"
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
-#include <vector>
 
 using namespace streamtest;
 
@@ -309,25 +307,5 @@ TEST(StreamTokens, SkipPastFindsLabelsAndHeadersById) {
         LoadBack(stream, written.binary);
         EXPECT_EQ(stream.SkipPast(row.id), row.found);
         EXPECT_EQ(stream.GetPos(), row.binaryPosition);
-    }
-}
-
-TEST(StreamTokens, LineEndsOfEveryKindReadAlike) {
-    // The project with CR LF and CR line ends, and with blank runs, reads as with LF.
-    const std::string lf = ProjectBytes(false, 1);
-    MemoryStream reference;
-    Load(reference, lf, FM_LOADING | FM_VARN);
-    const Outcome expected = ReadProject(reference, lf.size());
-    for (const std::string end : {"\r\n", "\r", "\n\n  \t\r\n"}) {
-        SCOPED_TRACE(Hex(end));
-        std::string data;
-        for (char c : lf)
-            data += c == '\n' ? end : std::string(1, c);
-        OnBothTransports(data, FM_LOADING | FM_VARN, 13.0f, [&](VarnStream& stream) {
-            const Outcome outcome = ReadProject(stream, data.size());
-            EXPECT_EQ(outcome.labels, expected.labels);
-            EXPECT_EQ(outcome.sum, expected.sum);
-            EXPECT_TRUE(outcome.atEnd && !outcome.failed);
-        });
     }
 }
