@@ -43,7 +43,7 @@ TEST(StreamClasses, StoreWritesSchemaLengthAndNameAndLoadFindsTheClass) {
     EXPECT_EQ(Hex(Bytes(stream).substr(0, 9)), "03 00 05 00 4D 6F 64 65 6C");
 
     MemoryStream reader;
-    Load(reader, Bytes(stream), FM_BINARY);
+    LoadBack(reader, stream);
     unsigned int schema = 0;
     // The application's list is searched before the modules'.
     EXPECT_EQ(reader.LoadRuntimeClass(&schema), &model);
@@ -106,6 +106,21 @@ std::vector<unsigned char> FromHex(const std::string& hex) {
     return bytes;
 }
 
+/// An info header with the fields given (2 rows high), then `after` zero bytes.
+std::vector<unsigned char> InfoHeader(std::int32_t width, std::uint16_t bitCount,
+                                      std::uint32_t sizeImage, std::uint32_t used,
+                                      std::size_t after) {
+    std::vector<unsigned char> block(40 + after, 0);
+    const std::int32_t height = 2;
+    block[0] = 40;
+    std::memcpy(&block[4], &width, 4);
+    std::memcpy(&block[8], &height, 4);
+    std::memcpy(&block[14], &bitCount, 2);
+    std::memcpy(&block[20], &sizeImage, 4);
+    std::memcpy(&block[32], &used, 4);
+    return block;
+}
+
 const char* const kFileHeader = "42 4D E8 03 00 00 00 00 00 00 36 00 00 00";
 // 40, 2 x -3, 1 plane, 1 bit, BI_RGB, 12 bytes, 2835 x 2835, 0 used, 0 important.
 const char* const kInfoHeader =
@@ -117,18 +132,14 @@ const char* const kInfoHeader =
 TEST(StreamBitmaps, HeadersFieldByField) {
     std::vector<unsigned char> file = FromHex(kFileHeader);
     std::vector<unsigned char> info = FromHex(kInfoHeader);
-    MemoryStream text, binary;
-    Store(text, false);
-    Store(binary, true);
-    text << As<tagBITMAPFILEHEADER>(file) << sp << As<tagBITMAPINFOHEADER>(info);
-    binary << As<tagBITMAPFILEHEADER>(file) << As<tagBITMAPINFOHEADER>(info);
-    EXPECT_EQ(Bytes(text), "19778 1000 0 0 54 40 2 -3 1 1 0 12 2835 2835 0 0");
-    EXPECT_EQ(Hex(Bytes(binary)), std::string(kFileHeader) + " " + kInfoHeader);
-
-    for (bool fromBinary : {false, true}) {
-        SCOPED_TRACE(fromBinary ? "binary" : "text");
+    BothForms written;
+    written << As<tagBITMAPFILEHEADER>(file) << sp << As<tagBITMAPINFOHEADER>(info);
+    EXPECT_EQ(Bytes(written.text), "19778 1000 0 0 54 40 2 -3 1 1 0 12 2835 2835 0 0");
+    EXPECT_EQ(Hex(Bytes(written.binary)), std::string(kFileHeader) + " " + kInfoHeader);
+    for (const MemoryStream* form : {&written.text, &written.binary}) {
+        SCOPED_TRACE(form->IsBinary() ? "binary" : "text");
         MemoryStream reader;
-        Load(reader, Bytes(fromBinary ? binary : text), fromBinary ? FM_BINARY : FM_LOADING);
+        LoadBack(reader, *form);
         std::vector<unsigned char> fileBack(14, 0xEE), infoBack(40, 0xEE);
         reader >> As<tagBITMAPFILEHEADER>(fileBack) >> As<tagBITMAPINFOHEADER>(infoBack);
         EXPECT_EQ(fileBack, file);
@@ -151,24 +162,18 @@ TEST(StreamBitmaps, InfoCarriesItsColourTable) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        std::vector<unsigned char> block(40 + 4 * 256, 0);
-        block[0] = 40;
-        std::memcpy(&block[14], &row.bitCount, 2);
-        std::memcpy(&block[32], &row.used, 4);
+        std::vector<unsigned char> block = InfoHeader(2, row.bitCount, 0, row.used, 4 * 256);
         for (std::size_t i = 40; i < block.size(); ++i)
             block[i] = static_cast<unsigned char>(i * 7);
         EXPECT_EQ(BitmapColorCount(As<tagBITMAPINFOHEADER>(block)), row.colors);
 
-        for (bool binary : {false, true}) {
-            SCOPED_TRACE(binary ? "binary" : "text");
-            MemoryStream writer;
-            Store(writer, binary);
-            writer << As<tagBITMAPINFO>(block);
-            if (binary) {
-                EXPECT_EQ(writer.GetLength(), 40u + 4u * row.colors);
-            }
+        BothForms written;
+        written << As<tagBITMAPINFO>(block);
+        EXPECT_EQ(written.binary.GetLength(), 40u + 4u * row.colors);
+        for (const MemoryStream* form : {&written.text, &written.binary}) {
+            SCOPED_TRACE(form->IsBinary() ? "binary" : "text");
             MemoryStream reader;
-            Load(reader, Bytes(writer), binary ? FM_BINARY : FM_LOADING);
+            LoadBack(reader, *form);
             std::vector<unsigned char> back(block.size(), 0);
             reader >> As<tagBITMAPINFO>(back);
             EXPECT_FALSE(reader.IsFailed());
@@ -182,10 +187,7 @@ TEST(StreamBitmaps, InfoCarriesItsColourTable) {
 }
 
 TEST(StreamBitmaps, ATableOfMoreThan256ColoursIsRefused) {
-    std::vector<unsigned char> block(40 + 4, 0);
-    block[0] = 40;
-    const std::uint32_t used = 100000;
-    std::memcpy(&block[32], &used, 4);
+    std::vector<unsigned char> block = InfoHeader(2, 8, 0, 100000, 4);
     MemoryStream writer;
     Store(writer, true);
     writer << As<tagBITMAPINFO>(block);
@@ -245,26 +247,20 @@ TEST(StreamIcons, AnIconIsItsColourImageAndMask) {
     const FakeIcons fake;
     const HICON icon = reinterpret_cast<HICON>(&g_handle);
 
-    MemoryStream binary, text;
-    Store(binary, true);
-    Store(text, false);
-    binary << icon;
-    text << icon;
+    BothForms written;
+    written << icon;
     const std::string colorHeader = "28 00 00 00 02 00 00 00 02 00 00 00 01 00 20 00 00 00 00 00 "
                                     "10 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00";
     const std::string maskHeader = "28 00 00 00 02 00 00 00 02 00 00 00 01 00 01 00 00 00 00 00 "
                                    "08 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00";
-    EXPECT_EQ(Hex(Bytes(binary)), colorHeader +
-                                      " 01 11 21 31 41 51 61 71 81 91 A1 B1 C1 D1 E1 F1 " +
-                                      maskHeader + " 00 00 00 00 80 00 00 00");
-    EXPECT_EQ(Bytes(text), "40 2 2 1 32 0 16 0 0 0 0 1 17 33 49 65 81 97 113 129 145 161 177 193 "
-                           "209 225 241 40 2 2 1 1 0 8 0 0 0 0 0 0 0 0 128 0 0 0");
-
-    for (bool fromBinary : {false, true}) {
-        SCOPED_TRACE(fromBinary ? "binary" : "text");
+    EXPECT_EQ(Hex(Bytes(written.binary)), colorHeader +
+                                              " 01 11 21 31 41 51 61 71 81 91 A1 B1 C1 D1 E1 F1 " +
+                                              maskHeader + " 00 00 00 00 80 00 00 00");
+    for (const MemoryStream* form : {&written.text, &written.binary}) {
+        SCOPED_TRACE(form->IsBinary() ? "binary" : "text");
         g_made = IconImage();
         MemoryStream reader;
-        Load(reader, Bytes(fromBinary ? binary : text), fromBinary ? FM_BINARY : FM_LOADING);
+        LoadBack(reader, *form);
         HICON back = nullptr;
         reader >> back;
         EXPECT_EQ(back, icon);
@@ -279,8 +275,8 @@ TEST(StreamIcons, ABadIconFormIsRefused) {
     const FakeIcons fake;
     struct Row {
         const char* name;
-        int width;
-        int bitCount;
+        std::int32_t width;
+        std::uint16_t bitCount;
         std::uint32_t sizeImage;
     };
     const Row rows[] = {
@@ -290,15 +286,9 @@ TEST(StreamIcons, ABadIconFormIsRefused) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        std::vector<unsigned char> header(40, 0);
-        header[0] = 40;
-        std::memcpy(&header[4], &row.width, 4);
-        const int height = 2;
-        std::memcpy(&header[8], &height, 4);
-        std::memcpy(&header[14], &row.bitCount, 2);
-        std::memcpy(&header[20], &row.sizeImage, 4);
+        const auto header = InfoHeader(row.width, row.bitCount, row.sizeImage, 0, 64);
         MemoryStream reader;
-        Load(reader, std::string(header.begin(), header.end()) + std::string(64, '\0'), FM_BINARY);
+        Load(reader, std::string(header.begin(), header.end()), FM_BINARY);
         HICON icon = reinterpret_cast<HICON>(&g_handle);
         reader >> icon;
         EXPECT_EQ(icon, nullptr);
@@ -318,7 +308,7 @@ TEST(StreamIcons, IconSidesUpTo256AreRead) {
         Store(writer, true);
         writer << reinterpret_cast<HICON>(&g_handle);
         MemoryStream reader;
-        Load(reader, Bytes(writer), FM_BINARY);
+        LoadBack(reader, writer);
         HICON back = nullptr;
         reader >> back;
         EXPECT_EQ(back != nullptr, width == 256);
@@ -341,7 +331,7 @@ TEST(StreamIcons, SystemIconsRoundTripWhereIconsExist) {
     }
     EXPECT_FALSE(writer.IsFailed());
     MemoryStream reader;
-    Load(reader, Bytes(writer), FM_BINARY);
+    LoadBack(reader, writer);
     HICON back = nullptr;
     reader >> back;
     ASSERT_NE(back, nullptr);

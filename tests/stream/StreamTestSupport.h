@@ -59,6 +59,25 @@ inline void Store(MemoryStream& stream, bool binary) {
     stream.SetVersion(13.0f);
 }
 
+/// Opens `reader` for loading on what `written` holds, in the form it was written in.
+inline void LoadBack(MemoryStream& reader, const MemoryStream& written) {
+    Load(reader, Bytes(written), written.IsBinary() ? FM_BINARY : FM_LOADING);
+}
+
+/// A text and a binary storing stream that take the same writes.
+struct BothForms {
+    BothForms() {
+        Store(text, false);
+        Store(binary, true);
+    }
+    template <class T> BothForms& operator<<(const T& value) {
+        text << value;
+        binary << value;
+        return *this;
+    }
+    MemoryStream text, binary;
+};
+
 /// A memory stream, or a byte-wise stream that runs the base class's readers.
 inline std::unique_ptr<VarnStream> Transport(bool byteWise) {
     if (byteWise)
@@ -66,15 +85,11 @@ inline std::unique_ptr<VarnStream> Transport(bool byteWise) {
     return std::make_unique<MemoryStream>();
 }
 
-inline const char* TransportName(bool byteWise) {
-    return byteWise ? "byte-wise" : "memory";
-}
-
 /// Runs `check` on a memory stream and on a byte-wise stream, each loaded with `bytes`.
 template <class Check>
 void OnBothTransports(std::string_view bytes, FileMode mode, float version, Check check) {
     for (bool byteWise : {false, true}) {
-        SCOPED_TRACE(TransportName(byteWise));
+        SCOPED_TRACE(byteWise ? "byte-wise" : "memory");
         auto stream = Transport(byteWise);
         Load(*stream, bytes, mode, version);
         check(*stream);

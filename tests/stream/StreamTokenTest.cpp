@@ -1,13 +1,11 @@
 // Headers, end headers and labels: the worked example byte for byte, reading both bracket
 // generations and the binary id words, peeks, and skipping sections.
 
-#include "StreamProject.h"
+#include "StreamTestSupport.h"
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
-#include <vector>
 
 using namespace streamtest;
 
@@ -41,17 +39,6 @@ TEST(StreamTokens, WorkedExampleInBothForms) {
     }
 }
 
-TEST(StreamTokens, AHeaderWithItsOwnTextAndAnUnknownLabel) {
-    // The version does not choose the writer's form: square brackets are never written.
-    MemoryStream text, binary;
-    text.Open(FM_STORING);
-    binary.Open(FM_BINARY);
-    for (VarnStream* stream : {static_cast<VarnStream*>(&text), static_cast<VarnStream*>(&binary)})
-        *stream << Header(kPluginProperties, "Plugin Properties") << Label("NoSuchLabel");
-    EXPECT_EQ(Bytes(text), "<Plugin Properties>NoSuchLabel=");
-    EXPECT_EQ(Hex(Bytes(binary)), "85 0A 00 80 FF FF FF FF");
-}
-
 TEST(StreamTokens, TextHeadersOfBothGenerations) {
     struct Row {
         float version;
@@ -65,8 +52,6 @@ TEST(StreamTokens, TextHeadersOfBothGenerations) {
         {13.0f, "<MODELFILE>\n  X", "MODELFILE", kModelFile, 14},
         {13.0f, "</MODELFILE>", "/MODELFILE", kModelFile | kEnd, 12},
         {13.0f, "</Active>", "/Active", kActive | kEnd, 9}, // a label word opens a section
-        {13.0f, "<modelfile>", "modelfile", -1, 11},
-        {13.0f, "<MESH", "MESH", kMesh, 5},
         // The square form ends just after its bracket; the angle form skips white space.
         {5.0f, "[MODELFILE]\r\nX", "MODELFILE", kModelFile, 11},
         {5.0f, "[ENDMODELFILE]", "ENDMODELFILE", kModelFile | kEnd, 14},
@@ -305,45 +290,22 @@ TEST(StreamTokens, SkipPastFindsLabelsAndHeadersById) {
         {kModelFile, true, "Name=model\n", 4},
         {1207, false, "", 28},
     };
-    MemoryStream text, binary;
-    Store(text, false);
-    Store(binary, true);
-    for (VarnStream* writer : {static_cast<VarnStream*>(&text), static_cast<VarnStream*>(&binary)})
-        *writer << Header(kModelFile) << nl << Label(kName) << String("model") << nl
-                << Header(kMesh) << nl << Label(kActive) << true << nl << EndHeader(kMesh) << nl;
-    text << "Name=last\n";
+    BothForms written;
+    written << Header(kModelFile) << nl << Label(kName) << String("model") << nl << Header(kMesh)
+            << nl << Label(kActive) << true << nl << EndHeader(kMesh) << nl;
+    written.text << "Name=last\n";
     for (const Row& row : rows) {
         SCOPED_TRACE(row.id);
         // Text: line by line, to the start of the following line.
         MemoryStream stream;
-        Load(stream, Bytes(text));
+        LoadBack(stream, written.text);
         EXPECT_EQ(stream.SkipPast(row.id), row.found);
         String line;
         stream.ReadLine(line);
         EXPECT_EQ(line.View(), row.nextLine);
         // Binary: byte by byte, past the token word.
-        Load(stream, Bytes(binary), FM_BINARY);
+        LoadBack(stream, written.binary);
         EXPECT_EQ(stream.SkipPast(row.id), row.found);
         EXPECT_EQ(stream.GetPos(), row.binaryPosition);
-    }
-}
-
-TEST(StreamTokens, LineEndsOfEveryKindReadAlike) {
-    // The project with CR LF and CR line ends, and with blank runs, reads as with LF.
-    const std::string lf = ProjectBytes(false, 1);
-    MemoryStream reference;
-    Load(reference, lf, FM_LOADING | FM_VARN);
-    const Outcome expected = ReadProject(reference, lf.size());
-    for (const std::string end : {"\r\n", "\r", "\n\n  \t\r\n"}) {
-        SCOPED_TRACE(Hex(end));
-        std::string data;
-        for (char c : lf)
-            data += c == '\n' ? end : std::string(1, c);
-        OnBothTransports(data, FM_LOADING | FM_VARN, 13.0f, [&](VarnStream& stream) {
-            const Outcome outcome = ReadProject(stream, data.size());
-            EXPECT_EQ(outcome.labels, expected.labels);
-            EXPECT_EQ(outcome.sum, expected.sum);
-            EXPECT_TRUE(outcome.atEnd && !outcome.failed);
-        });
     }
 }

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <climits>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -106,7 +105,6 @@ TEST(Vocabulary, UnknownIdsGiveTheNotFoundTexts) {
         {32, "HeaderNotFound: 32"},
         {374 | kEnd, "HeaderNotFound: 374"},
         {-2, "HeaderNotFound: -536870914"},
-        {INT_MIN, "HeaderNotFound: -2147483648"},
     };
     for (const auto& [id, text] : headers) {
         SCOPED_TRACE(id);
@@ -153,6 +151,12 @@ TEST_F(HeaderMapChanges, SetAtAddsAndMovesWordsAndKeepsTheIndexTruthful) {
     HeaderMapSetAt("PATH", 370);
     EXPECT_EQ(HeaderText(33), "HeaderNotFound: 33");
     HeaderMapSetAt(nullptr, 33); // changes nothing
+    // A long word is cut at 79 bytes.
+    const std::string cut = LongWord().substr(0, 79);
+    HeaderMapSetAt(LongWord().c_str(), 374);
+    EXPECT_EQ(GetHeaderIDFromText(cut.c_str()), 374);
+    EXPECT_EQ(GetHeaderIDFromText(LongWord().c_str()), -1);
+    EXPECT_EQ(HeaderText(374), cut);
 
     // Freeing drops the added words; the next lookup rebuilds the table's, and words may
     // be added again straight after a free.
@@ -164,15 +168,6 @@ TEST_F(HeaderMapChanges, SetAtAddsAndMovesWordsAndKeepsTheIndexTruthful) {
     HeaderMapSetAt("MYSECTION", 374);
     EXPECT_EQ(HeaderText(374), "MYSECTION");
     EXPECT_EQ(GetHeaderIDFromText("MODELFILE"), 336);
-}
-
-TEST_F(HeaderMapChanges, LongTextsAreCutAt79Bytes) {
-    const std::string longWord = LongWord();
-    const std::string cut = longWord.substr(0, 79);
-    HeaderMapSetAt(longWord.c_str(), 374);
-    EXPECT_EQ(GetHeaderIDFromText(cut.c_str()), 374);
-    EXPECT_EQ(GetHeaderIDFromText(longWord.c_str()), -1);
-    EXPECT_EQ(HeaderText(374), cut);
 }
 
 TEST_F(HeaderMapChanges, FirstUseFromSeveralThreadsAtOnce) {
@@ -227,10 +222,8 @@ TEST(VocabularyToken, ConstructorsLookUpOrTakeTheirTexts) {
     ExpectToken(Header(5, nullptr), 5, "");
     ExpectToken(Header(5, LongWord().c_str()), 5, cut);
     ExpectToken(Label(4046), 4046, "Active");
-    ExpectToken(Label(9999), 9999, "LabelNotFound: 9999");
     // A label's text is looked up, after the cut.
     ExpectToken(Label("ShagLength"), 1942, "ShagLength");
-    ExpectToken(Label("active"), -1, "active");
     ExpectToken(Label(static_cast<const char*>(nullptr)), -1, "");
     ExpectToken(Label(LongWord().c_str()), -1, cut);
 }

@@ -55,19 +55,14 @@ TEST(VocabularyWordMap, EveryTableWordIsFoundWhateverTheBucketCount) {
     }
 }
 
-TEST(VocabularyWordMap, IdIndexCoversOnlyItsRange) {
-    const VocabularyRow rows[] = {{0, "ZERO"}, {9, "NINE"}, {10, "TEN"}, {-1, "NONE"}};
-    const WordMap map(rows, 5, 10);
-    EXPECT_EQ(map.WordOf(0), "ZERO");
-    EXPECT_EQ(map.WordOf(9), "NINE");
-    for (int id : {10, -1, 5})
-        EXPECT_EQ(map.WordOf(id), std::nullopt) << id;
-    EXPECT_EQ(map.IdOf("TEN"), 10);
-}
-
-TEST(VocabularyWordMap, MovingAWordMovesTheIndexOnlyWhenItNamedThatWord) {
-    const VocabularyRow rows[] = {{5, "A"}, {5, "B"}, {-7, "OUT"}};
+TEST(VocabularyWordMap, TheIdIndexCoversItsRangeAndFollowsTheWordThatNamesAnId) {
+    const VocabularyRow rows[] = {{5, "A"}, {5, "B"}, {-7, "OUT"}, {0, "ZERO"}, {10, "TEN"}};
     WordMap map(rows, 3, 10);
+    // The index covers 0 to 9 only; a word outside it still finds its id.
+    EXPECT_EQ(map.WordOf(0), "ZERO");
+    EXPECT_EQ(map.WordOf(10), std::nullopt);
+    EXPECT_EQ(map.WordOf(-7), std::nullopt);
+    EXPECT_EQ(map.IdOf("TEN"), 10);
     map.SetAt("C", 5);
     EXPECT_EQ(map.WordOf(5), "C"); // the newest word of an id names it
     map.SetAt("A", 6);             // the index of 5 named C, not A: it stays
