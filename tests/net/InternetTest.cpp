@@ -31,8 +31,6 @@ using fileio::platform::ScopedServices;
 using fileio::test::kPatientMs;
 using fileio::test::TempFolder;
 
-// ---- browser and mail -----------------------------------------------------------------
-
 std::vector<std::string> g_openedUrls;
 
 bool RecordUrl(const char* url, std::string&) {
@@ -105,8 +103,6 @@ TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
     EXPECT_TRUE(ConnectToInternet());
 }
 
-// ---- the revision query -------------------------------------------------------------------
-
 struct FakeClient {
     static inline std::vector<std::vector<std::string>> calls;
     static inline ProcessOutcome answer;
@@ -119,11 +115,7 @@ struct FakeClient {
 };
 
 ProcessOutcome Answer(bool started, const char* output, int exitCode) {
-    ProcessOutcome outcome;
-    outcome.started = started;
-    outcome.output = output;
-    outcome.exitCode = exitCode;
-    return outcome;
+    return {.started = started, .exitCode = exitCode, .output = output};
 }
 
 struct RevisionCase {
@@ -160,21 +152,12 @@ TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
             "--",  file + "@"};
         EXPECT_EQ(FakeClient::calls[0], argv);
     }
-}
-
-TEST(InternetTest, AFileOutsideAWorkingCopyAsksNoClient) {
-    TempFolder folder("fileio-svn");
-    const std::string file = folder.WriteFile("plain.mdl", "x");
-    ScopedServices<ProcessServices> saved(Processes());
-    Processes().run = FakeClient::Run;
+    // Outside a working copy no client is asked.
     FakeClient::calls.clear();
-    FakeClient::answer = Answer(true, "5", 0);
-    EXPECT_EQ(SVNGetRevision(file.c_str()), -1);
+    EXPECT_EQ(SVNGetRevision(folder.WriteFile("plain.mdl", "x").c_str()), -1);
     EXPECT_EQ(SVNGetRevision(String()), -1);
     EXPECT_TRUE(FakeClient::calls.empty());
 }
-
-// ---- downloads ----------------------------------------------------------------------------
 
 /// Serves one connection on 127.0.0.1 with a scripted response, then closes.
 class OneShotServer {
