@@ -31,8 +31,6 @@ using fileio::platform::ScopedServices;
 using fileio::test::kPatientMs;
 using fileio::test::TempFolder;
 
-// ---- browser and mail -----------------------------------------------------------------
-
 std::vector<std::string> g_openedUrls;
 
 bool RecordUrl(const char* url, std::string&) {
@@ -105,8 +103,6 @@ TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
     EXPECT_TRUE(ConnectToInternet());
 }
 
-// ---- the revision query -------------------------------------------------------------------
-
 struct FakeClient {
     static inline std::vector<std::vector<std::string>> calls;
     static inline ProcessOutcome answer;
@@ -160,21 +156,12 @@ TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
             "--",  file + "@"};
         EXPECT_EQ(FakeClient::calls[0], argv);
     }
-}
-
-TEST(InternetTest, AFileOutsideAWorkingCopyAsksNoClient) {
-    TempFolder folder("fileio-svn");
-    const std::string file = folder.WriteFile("plain.mdl", "x");
-    ScopedServices<ProcessServices> saved(Processes());
-    Processes().run = FakeClient::Run;
+    // Outside a working copy no client is asked.
     FakeClient::calls.clear();
-    FakeClient::answer = Answer(true, "5", 0);
-    EXPECT_EQ(SVNGetRevision(file.c_str()), -1);
+    EXPECT_EQ(SVNGetRevision(folder.WriteFile("plain.mdl", "x").c_str()), -1);
     EXPECT_EQ(SVNGetRevision(String()), -1);
     EXPECT_TRUE(FakeClient::calls.empty());
 }
-
-// ---- downloads ----------------------------------------------------------------------------
 
 /// Serves one connection on 127.0.0.1 with a scripted response, then closes.
 class OneShotServer {
@@ -310,33 +297,40 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
     EXPECT_TRUE(DownloadFile(exact.Url().c_str(), target.c_str(), nullptr, 1000, kPatientMs));
 }
 
-TEST_F(DownloadTest, AServerThatIsGoneFailsCleanly) {
-    String reason;
-    const std::string url = "http://" + std::string(fileio::test::kUnusedLoopback) + ":" +
-                            std::to_string(fileio::test::ClosedPort()) + "/x";
-    EXPECT_FALSE(DownloadFile(url.c_str(), target.c_str(), &reason, 1000, kPatientMs));
-    EXPECT_FALSE(reason.IsEmpty());
-    ExpectOldFileAlone();
-    EXPECT_FALSE(DownloadFile("", target.c_str(), &reason));
-    EXPECT_FALSE(DownloadFile("ftp://127.0.0.1/x", target.c_str(), &reason, 1000, kPatientMs));
-    ExpectOldFileAlone();
-}
+struct UnservedCase {
+    std::string url;
+    int timeoutMs;
+    const char* reason; // a part of the reason given
+};
 
-TEST_F(DownloadTest, AServerThatNeverAnswersTimesOut) {
-    // The system accepts the connection for the listener, which never reads or answers.
-    std::string why;
-    const auto listener = fileio::platform::Sockets().listen("127.0.0.1", 0, 4, why);
-    std::string address;
+// A closed port, a listener that never answers (the system accepts for it), and URLs that
+// are no downloads.
+TEST_F(DownloadTest, AServerThatIsGoneOrSilentFailsCleanly) {
+    std::string why, address;
     unsigned short port = 0;
-    fileio::platform::Sockets().localAddress(listener, address, port);
-    const std::string url = "http://127.0.0.1:" + std::to_string(port) + "/x";
-    for (const int timeoutMs : {0, 200}) {
+    const auto silent = fileio::platform::Sockets().listen("127.0.0.1", 0, 4, why);
+    fileio::platform::Sockets().localAddress(silent, address, port);
+    const std::string silentUrl = "http://127.0.0.1:" + std::to_string(port) + "/x";
+    const UnservedCase cases[] = {
+        {"http://" + std::string(fileio::test::kUnusedLoopback) + ":" +
+             std::to_string(fileio::test::ClosedPort()) + "/x",
+         kPatientMs, ""},
+        {silentUrl, 0, "timed out"},
+        {silentUrl, 200, "timed out"},
+        {"", kPatientMs, ""},
+        {"ftp://127.0.0.1/x", kPatientMs, ""},
+    };
+    for (const UnservedCase& c : cases) {
+        SCOPED_TRACE(c.url + " " + std::to_string(c.timeoutMs));
         String reason;
-        EXPECT_FALSE(DownloadFile(url.c_str(), target.c_str(), &reason, 1000, timeoutMs));
-        EXPECT_NE(reason.Find("timed out"), -1) << reason.Get();
+        EXPECT_FALSE(DownloadFile(c.url.c_str(), target.c_str(), &reason, 1000, c.timeoutMs));
+        EXPECT_FALSE(reason.IsEmpty());
+        if (*c.reason != '\0') {
+            EXPECT_NE(reason.Find(c.reason), -1) << reason.Get();
+        }
         ExpectOldFileAlone();
     }
-    fileio::platform::Sockets().close(listener);
+    fileio::platform::Sockets().close(silent);
 }
 
 bool FailWrite(fileio::platform::FileHandle, const void*, std::size_t) {

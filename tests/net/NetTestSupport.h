@@ -1,8 +1,6 @@
 // NetTestSupport.h - what the networking tests share: a raw peer that sends exactly the
 // bytes a test chooses, connected pairs of message sockets, hand-made frames, and this
-// test program started again as a child process.
-//
-// Every wait here is bounded by a deadline; every loop by a count.
+// test program started again as a child process. Every wait and loop here is bounded.
 #pragma once
 
 #include "fileio/net/VarnSocket.h"
@@ -19,8 +17,7 @@
 
 namespace fileio::test {
 
-/// Generous deadline of the tests' calls: long enough for a loaded machine, short enough
-/// that a hang fails the test rather than the run.
+/// Long enough for a loaded machine, short enough that a hang fails the test, not the run.
 inline constexpr int kPatientMs = 20000;
 
 /// A loopback address on which no test listens for long: a port closed there stays closed
@@ -53,7 +50,6 @@ inline std::string Hello(std::uint64_t limit = 1 << 20, std::uint16_t version = 
     return bytes;
 }
 
-/// A storing stream holding `bytes`, in the binary form when `binary`.
 inline MemoryStream StreamOf(const std::string& bytes, bool binary = false) {
     MemoryStream stream;
     stream.Open(binary ? FM_BINARY : FM_STORING);
@@ -61,7 +57,6 @@ inline MemoryStream StreamOf(const std::string& bytes, bool binary = false) {
     return stream;
 }
 
-/// The data of a stream as a string.
 inline std::string BytesOf(const MemoryStream& stream) {
     return stream.GetLength() == 0
                ? std::string()
@@ -77,7 +72,6 @@ public:
     RawPeer(const RawPeer&) = delete;
     RawPeer& operator=(const RawPeer&) = delete;
 
-    /// Connects to 127.0.0.1:port.
     bool Connect(unsigned short port) {
         using namespace fileio::platform;
         if (Sockets().connect("127.0.0.1", port, m_socket).status != SocketStatus::Done)
@@ -127,7 +121,6 @@ public:
         return got;
     }
 
-    /// Ends the sending side, then closes.
     void Finish() {
         fileio::platform::Sockets().shutdownSend(m_socket);
         Close();
@@ -143,15 +136,13 @@ private:
     fileio::platform::SocketHandle m_socket = fileio::platform::kNoSocket;
 };
 
-/// A listening message socket and a raw peer connected to it: the raw peer plays a peer
-/// that may break the protocol.
+/// A message socket and the raw peer it accepted: a peer that may break the protocol.
 struct RawPair {
     CVarnSocket listener;
     CVarnSocket socket; // the accepted side
     RawPeer peer;
 
-    /// Listens, connects the raw peer, which sends `opening` (a hello, usually), and
-    /// accepts; returns Accept's result.
+    /// The raw peer sends `opening` (a hello, usually) before the accept.
     SocketResult Open(const std::string& opening, int acceptTimeoutMs = kPatientMs) {
         if (listener.Listen() != SR_OK || !peer.Connect(listener.GetPort()) || !peer.Send(opening))
             return SR_SYSTEM_ERROR;

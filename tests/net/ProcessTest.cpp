@@ -1,16 +1,12 @@
 // ProcessTest.cpp - child processes: the command line an argument vector becomes on
-// Windows, real children that echo their arguments, exit, hang or cannot be found, and two
-// real processes exchanging a thousand messages through the message socket.
+// Windows, and real children that echo their arguments, exit, hang or cannot be found.
 
-#include "fileio/net/VarnSocket.h"
-#include "fileio/stream/MemoryStream.h"
 #include "net/NetTestSupport.h"
 #include "platform/Platform.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <future>
 #include <string>
 #include <vector>
 
@@ -18,7 +14,6 @@ namespace {
 
 using fileio::platform::Processes;
 using fileio::platform::ProcessOutcome;
-using fileio::test::BytesOf;
 using fileio::test::kChildArgument;
 using fileio::test::kPatientMs;
 using fileio::test::SelfPath;
@@ -39,7 +34,6 @@ TEST(ProcessTest, WindowsCommandLinesQuoteByTheRuntimesRules) {
         {{"C:\\my dir\\"}, "\"C:\\my dir\\\\\""}, // before the closing quote: doubled
         {{"a\\\\\"b"}, "\"a\\\\\\\\\\\"b\""},     // two backslashes and a quote
         {{"x", "a&b|c>d"}, "x a&b|c>d"},          // no shell: nothing to escape
-        {{"f\xC3\xBCr", "@peg@"}, "f\xC3\xBCr @peg@"},
     };
     for (const CommandLineCase& c : cases)
         EXPECT_EQ(fileio::platform::WindowsCommandLine(c.argv), c.line) << c.line;
@@ -102,47 +96,6 @@ TEST(ProcessTest, AProgramThatIsNotInstalledIsNotStarted) {
     std::string why;
     EXPECT_FALSE(Processes().startDetached({"fileio-no-such-program-3f9a"}, why));
     EXPECT_FALSE(why.empty());
-}
-
-/// The message of round `i`: text and binary forms in turn, sizes from 0 to a few KiB.
-MemoryStream RoundMessage(int i, const String& field) {
-    MemoryStream message;
-    message.Open(i % 2 == 0 ? FM_STORING : FM_BINARY);
-    for (int k = 0; k < i % 97; ++k)
-        message << i << sp << field << sp << static_cast<double>(k) / 3 << nl;
-    return message;
-}
-
-TEST(ProcessTest, TwoProcessesExchangeAThousandMessagesByteIdentical) {
-    constexpr int kMessages = 1000;
-    CVarnSocket listener;
-    ASSERT_EQ(listener.Listen(), SR_OK);
-    auto child = std::async(std::launch::async, [port = listener.GetPort()] {
-        ProcessOutcome outcome;
-        Processes().run(Child({"echo", std::to_string(port)}), 10 * kPatientMs, outcome);
-        return outcome;
-    });
-    CVarnSocket peer;
-    ASSERT_EQ(listener.Accept(peer, kPatientMs), SR_OK) << listener.GetErrorText().Get();
-    int identical = 0;
-    MemoryStream reply;
-    const String field("field"); // one string for all: no string-pool churn in the loop
-    for (int i = 0; i < kMessages; ++i) {
-        const MemoryStream message = RoundMessage(i, field);
-        unsigned int number = 0;
-        ASSERT_EQ(peer.Send(message, kPatientMs, &number), SR_OK) << i;
-        ASSERT_EQ(peer.Receive(reply, kPatientMs), SR_OK) << i << peer.GetErrorText().Get();
-        EXPECT_TRUE(peer.IsReply());
-        EXPECT_EQ(peer.GetRequestNumber(), number);
-        EXPECT_EQ(reply.IsBinary(), i % 2 == 1);
-        identical += BytesOf(reply) == BytesOf(message) ? 1 : 0;
-    }
-    EXPECT_EQ(identical, kMessages);
-    peer.Close(kPatientMs);
-    const ProcessOutcome outcome = child.get();
-    EXPECT_TRUE(outcome.started) << outcome.why;
-    EXPECT_FALSE(outcome.timedOut);
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
 }
 
 } // namespace

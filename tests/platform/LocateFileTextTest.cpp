@@ -39,14 +39,12 @@ TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
         {"Text|*.txt;*.log|Images|*.png||", {"Text", "*.txt;*.log", "Images", "*.png"}},
         // The list ends at the first empty field, with or without "||".
         {"Text|*.txt||Hidden|*.x", {"Text", "*.txt"}},
-        {"Text|*.txt|****", {"Text", "*.txt"}},
         {"|Text|*.txt", {}},
         // A text without its pattern is dropped; marks are read past wherever they stand.
         {"Text|*.txt|Orphan||", {"Text", "*.txt"}},
         {"****|****|Text|****|*.txt||", {"Text", "*.txt"}},
         // Fields are taken as they are: blanks kept, "***" is no mark.
         {" A |*.a|***|*.b||", {" A ", "*.a", "***", "*.b"}},
-        {"", {}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.filter);
@@ -68,17 +66,13 @@ TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
         {"\"/home/ann/a b.mdl\"", Kind::Chosen, "/home/ann/a b.mdl"},
         {"'/x.mdl\"", Kind::Chosen, "'/x.mdl\""}, // quotes that do not match stay
         {"'", Kind::Chosen, "'"},
-        {"C:\\Work\\robot.mdl", Kind::Chosen, "C:\\Work\\robot.mdl"},
         {"", Kind::Cancel, ""},
-        {" \t \r", Kind::Cancel, ""},
         {"''", Kind::Cancel, ""},
         {"!cancel-all", Kind::CancelAll, ""},
         {"  !cancel-all\r", Kind::CancelAll, ""},
         // Only the word itself: near misses are paths.
         {"!cancel-all2", Kind::Chosen, "!cancel-all2"},
-        {"!Cancel-All", Kind::Chosen, "!Cancel-All"},
         {"'!cancel-all'", Kind::Chosen, "!cancel-all"},
-        {"./!cancel-all", Kind::Chosen, "./!cancel-all"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.typed);

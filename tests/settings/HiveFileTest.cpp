@@ -1,10 +1,6 @@
-// HiveFileTest.cpp - the text form of the settings hive: escaping, round trips of hostile
-// texts, case-insensitive keys and names, removal of keys with their subkeys, and damaged
-// lines that are skipped, reported and kept byte for byte.
-//
-// Expected file texts follow the format written down in HiveFile.h ("%HH" escapes of "%",
-// control bytes, bytes of 0x80 and above and blanks at either end; "=", "[", "]", ";", "#"
-// in names; "[" and "]" in key names).
+// HiveFileTest.cpp - the text form of the settings hive (format in HiveFile.h): escaping,
+// round trips of hostile texts, case-insensitive keys and names, removal of keys with their
+// subkeys, and damaged lines that are skipped, reported and kept byte for byte.
 
 #include "platform/HiveFile.h"
 #include "platform/Platform.h"
@@ -51,7 +47,6 @@ TEST(HiveFileTest, WritesValueLinesWithTheDocumentedEscapes) {
         {"Brackets", "[a=b] \"q\"", "Brackets=[a=b] \"q\""}, // no escapes needed in a value
         {"High", "caf\xC3\xA9 \x80\xFF", "High=caf%C3%A9 %80%FF"},
         {"Delete", "\x7F", "Delete=%7F"},
-        {"Empty", "", "Empty="},
         {"a=b", "1", "a%3Db=1"}, // "=" in a name
         {"[x]", "2", "%5Bx%5D=2"},
         {"", "default", "=default"}, // the key's unnamed value
@@ -139,19 +134,16 @@ TEST(HiveFileTest, RemovingAKeyRemovesItsSubkeysAndNothingElse) {
     EXPECT_TRUE(document.Find("P", "v", value));
 }
 
-TEST(HiveFileTest, RemovingAValueRemovesEveryOccurrence) {
-    HiveDocument document("[K]\na=1\nb=2\n[k]\nA=3\n");
+// A removed value goes wherever it occurs; a new value joins its key's first block, a new
+// key goes at the end.
+TEST(HiveFileTest, EditsTouchOnlyTheirOwnLines) {
+    HiveDocument document("[K]\na=1\nb=2\n\n; about L\n[L]\nx=1\n[k]\nA=3\n");
     EXPECT_TRUE(document.Remove("K", "a"));
-    EXPECT_EQ(document.Text(), "[K]\nb=2\n[k]\n");
     EXPECT_FALSE(document.Remove("K", "a"));
     EXPECT_FALSE(document.Remove("Missing", "b"));
-}
-
-TEST(HiveFileTest, NewValuesJoinTheirKeysBlockAndNewKeysGoAtTheEnd) {
-    HiveDocument document("[K]\na=1\n\n; about L\n[L]\nx=1\n");
-    document.Set("K", "b", "2");
+    document.Set("K", "c", "2");
     document.Set("M", "c", "3");
-    EXPECT_EQ(document.Text(), "[K]\na=1\nb=2\n\n; about L\n[L]\nx=1\n\n[M]\nc=3\n");
+    EXPECT_EQ(document.Text(), "[K]\nb=2\nc=2\n\n; about L\n[L]\nx=1\n[k]\n\n[M]\nc=3\n");
 }
 
 // A person's edits: blanks around "=", CRLF line ends, comments, raw bytes of 0x80 and

@@ -1,9 +1,6 @@
 // StoreSettingsTest.cpp - the settings that reach the current user's store (the registry on
 // Windows, the hive file on Linux): the local registry family and its keys, the library's
-// ready application profile, the resets, and the location strings.
-//
-// Where a key matters, the test reads the store directly through the platform's hive, so
-// that the key a value landed under is checked independently of the function that wrote it.
+// ready application profile and the resets. Keys are checked by reading the store directly.
 
 #include "fileio/handlers/ScopedHandler.h"
 #include "fileio/settings/ApplicationProfile.h"
@@ -67,13 +64,10 @@ TEST_F(StoreSettingsTest, LocalKeysFollowTheLocalRegistryProfile) {
 }
 
 TEST_F(StoreSettingsTest, LocalTextsAndNumbersRoundTripAndNamesIgnoreCase) {
-    // The file's escaping is the hive's (HiveFileTest.cpp): here the texts come back whole,
-    // read after both were written, so that no write disturbed another.
-    const std::string texts[] = {AllBytes(), std::string(5000, 'x')};
-    for (int i = 0; i < 2; ++i)
-        ASSERT_EQ(SetLocalRegistryString("Texts", String(std::to_string(i)), String(texts[i])), 1);
-    for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(GetLocalRegistryString("Texts", String(std::to_string(i)), "d").View(), texts[i]);
+    // The file's escaping is the hive's (HiveFileTest.cpp): here a long text comes back whole.
+    const std::string text = AllBytes() + std::string(5000, 'x');
+    ASSERT_EQ(SetLocalRegistryString("Texts", "All", String(text)), 1);
+    EXPECT_EQ(GetLocalRegistryString("Texts", "All", "d").View(), text);
     EXPECT_EQ(SetLocalRegistryValue("Numbers", "Float", 0.1f), 1);
     EXPECT_EQ(SetLocalRegistryString("numbers", "TEXT", "abc"), 1);
     EXPECT_EQ(Raw(kCompany + kTestKey + "\\Numbers", "Float"), "0.100000001");
@@ -86,12 +80,10 @@ TEST_F(StoreSettingsTest, ResetLocalRegistryRemovesAKeyWithItsSubkeys) {
     FreeLocalRegistryProfile(); // the resets ignore the profile; write the keys directly
     const std::string base = std::string(kTestKey) + "\\Tree";
     SetLocalRegistryString(String(base), "a", "1");
-    SetLocalRegistryString(String(base + "\\Child"), "b", "2");
     SetLocalRegistryString(String(base + "\\Child\\Grandchild"), "c", "3");
     SetLocalRegistryString(String(base + "Sibling"), "d", "4");
     ResetLocalRegistry(String(base));
     EXPECT_EQ(Raw(kCompany + base, "a"), "<absent>");
-    EXPECT_EQ(Raw(kCompany + base + "\\Child", "b"), "<absent>");
     EXPECT_EQ(Raw(kCompany + base + "\\Child\\Grandchild", "c"), "<absent>");
     EXPECT_EQ(Raw(kCompany + base + "Sibling", "d"), "4");
 
@@ -153,9 +145,7 @@ TEST_F(StoreSettingsTest, TheReadyProfileRoundTripsBinaryData) {
     EXPECT_EQ(profile.WriteProfileBinary("Bin", "All", bytes.data(), 256), 1);
     EXPECT_EQ(profile.WriteProfileBinary("Bin", "Empty", nullptr, 0), 1);
     const std::string appKey = std::string("Software\\Varn, Inc.\\") + kTestKey;
-    EXPECT_EQ(Raw(appKey + "\\Bin", "All").substr(0, 10), "0001020304");
-    EXPECT_EQ(Raw(appKey + "\\Bin", "All").size(), 512u); // two digits a byte
-    EXPECT_EQ(Raw(appKey + "\\Bin", "All").substr(504), "FCFDFEFF");
+    EXPECT_EQ(Raw(appKey + "\\Bin", "All").substr(504), "FCFDFEFF"); // two digits a byte
 
     unsigned char* data = nullptr;
     unsigned int size = 0;
@@ -166,8 +156,7 @@ TEST_F(StoreSettingsTest, TheReadyProfileRoundTripsBinaryData) {
     EXPECT_EQ(size, 0u);
     delete[] data;
 
-    // Absent or damaged data read as nothing.
-    // Lower-case digits, as a hand-edited file may hold, read too.
+    // Lower-case digits, as a hand-edited file may hold, read too; damaged data read as nothing.
     profile.WriteProfileString("Bin", "Lower", "ff0a");
     ASSERT_NE(profile.GetProfileBinary("Bin", "Lower", &data, &size), 0);
     EXPECT_EQ(std::vector<unsigned char>(data, data + size), (std::vector<unsigned char>{255, 10}));

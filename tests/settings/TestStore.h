@@ -1,9 +1,6 @@
-// TestStore.h - gives a test a settings store of its own for its lifetime.
-//
-// Linux: a fresh temporary folder becomes $XDG_CONFIG_HOME (the previous value comes back
-// afterwards), so the hive file is the test's own. Windows: the registry is the user's
-// real one, so tests write only below "Software\Varn, Inc.\FileIO Tests", which is
-// removed before and after each test.
+// TestStore.h - gives a test a settings store of its own for its lifetime. Linux: a fresh
+// temporary folder is $XDG_CONFIG_HOME until the end. Windows: tests write only below
+// "Software\Varn, Inc.\FileIO Tests" of the user's registry, removed before and after.
 #pragma once
 
 #include "support/TempFolder.h"
@@ -24,10 +21,8 @@ public:
     TestStore(const TestStore&) = delete;
     TestStore& operator=(const TestStore&) = delete;
 
-    /// The configuration folder the hive file lives in (Linux: Windows keeps the settings
-    /// in the registry).
+    /// The configuration folder, the hive file's name, its bytes and a write of them (Linux).
     const std::string& Folder() const { return m_folder.Path(); }
-    /// The hive file's full name, its bytes and a write of them (Linux).
     std::string HivePath() const { return m_folder.Join(kHive); }
     std::string ReadHive() const { return m_folder.ReadFile(kHive); }
     void WriteHive(std::string_view bytes) const { m_folder.WriteFile(kHive, bytes); }
