@@ -60,6 +60,7 @@ TEST(UniversalPath, DepthSharedDepthAndShorteningCountWholeComponents) {
         {"C:/Projects/Robot/", "C:/Projects/Robot", 3},
         {"C:/Projects/Robot/", "D:/sky.tga", 0},
         {"C:/a", "Cx/a", 0},
+        {"a/x", "A/y", 1}, // one shared letter is a whole component
         {"C:/x", "", -1},
     };
     for (const auto& [a, b, depth] : shared)
