@@ -108,10 +108,12 @@ TEST(FileSystem, CreateFolderMakesEveryMissingLevel) {
 TEST(FileSystem, NamesWithBytesAbove127SurviveTheSystem) {
     TempFolder scratch;
     scratch.WriteFile("plain.txt", "content");
-    const std::string name = "caf\xe9 \xfc.txt";
-    ASSERT_TRUE(VarnCopyFile(S(scratch.Join("plain.txt")), S(scratch.Join(name))));
-    EXPECT_EQ(Found(scratch, "caf*", false), std::vector<std::string>{name});
-    EXPECT_TRUE(Remove(S(scratch.Join(name))));
+    // The name in the form the runtime hands to the system (Windows may re-encode it).
+    const std::string path = scratch.Join("caf\xe9 \xfc.txt");
+    ASSERT_TRUE(VarnCopyFile(S(scratch.Join("plain.txt")), S(path)));
+    EXPECT_EQ(Found(scratch, "caf*", false),
+              std::vector<std::string>{path.substr(scratch.Path().size() + 1)});
+    EXPECT_TRUE(Remove(S(path)));
 }
 
 TEST(DirectorySearch, FindsMatchingFilesInOrderAndOptionallyBelow) {
