@@ -232,6 +232,18 @@ protected:
         EXPECT_EQ(entries[0].name, "robot.mdl");
     }
 
+    /// The download fails with a reason that contains `reason` and leaves the old file.
+    void ExpectFailure(const std::string& url, unsigned long long limit, int timeoutMs,
+                       const char* reason) {
+        String why;
+        EXPECT_FALSE(DownloadFile(url.c_str(), target.c_str(), &why, limit, timeoutMs));
+        EXPECT_FALSE(why.IsEmpty());
+        if (*reason != '\0') {
+            EXPECT_NE(why.Find(reason), -1) << why.Get();
+        }
+        ExpectOldFileAlone();
+    }
+
     static constexpr const char* kOld = "the old file, intact";
     TempFolder folder{"fileio-download"};
     std::string target;
@@ -284,13 +296,7 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
     for (const FailedDownloadCase& c : cases) {
         SCOPED_TRACE(c.what);
         OneShotServer server(c.response);
-        String why;
-        EXPECT_FALSE(DownloadFile(server.Url().c_str(), target.c_str(), &why, c.limit, kPatientMs));
-        EXPECT_FALSE(why.IsEmpty());
-        if (*c.reason != '\0') {
-            EXPECT_NE(why.Find(c.reason), -1) << why.Get();
-        }
-        ExpectOldFileAlone();
+        ExpectFailure(server.Url(), c.limit, kPatientMs, c.reason);
     }
     // The limit itself is allowed.
     OneShotServer exact(Response(Body(1000), -1));
@@ -322,13 +328,7 @@ TEST_F(DownloadTest, AServerThatIsGoneOrSilentFailsCleanly) {
     };
     for (const UnservedCase& c : cases) {
         SCOPED_TRACE(c.url + " " + std::to_string(c.timeoutMs));
-        String reason;
-        EXPECT_FALSE(DownloadFile(c.url.c_str(), target.c_str(), &reason, 1000, c.timeoutMs));
-        EXPECT_FALSE(reason.IsEmpty());
-        if (*c.reason != '\0') {
-            EXPECT_NE(reason.Find(c.reason), -1) << reason.Get();
-        }
-        ExpectOldFileAlone();
+        ExpectFailure(c.url, 1000, c.timeoutMs, c.reason);
     }
     fileio::platform::Sockets().close(silent);
 }
