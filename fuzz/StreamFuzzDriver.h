@@ -146,8 +146,9 @@ inline void Drive(const std::uint8_t* data, std::size_t size, bool binary) {
     ByteWiseStream byteWise;
     byteWise.OpenOn(bytes, mode);
     if (!binary && (selector & 2) == 0) {
-        memory.SetVersion((selector & 4) != 0 ? 13.0f : 5.0f);
-        byteWise.SetVersion((selector & 4) != 0 ? 13.0f : 5.0f);
+        const float version = (selector & 4) != 0 ? 13.0f : 5.0f;
+        memory.SetVersion(version);
+        byteWise.SetVersion(version);
     }
     // The memory stream and the byte-wise transport read the same bytes alike.
     fuzz::Require(Run(memory, selector, bytes.size()) == Run(byteWise, selector, bytes.size()));
