@@ -2,6 +2,7 @@
 //
 // Counts are worked out by hand: an item from frame a to b by step s counts
 // trunc((b - a + 1) / s) and enumerates a, a + s, ... up to b.
+
 #include "fileio/core/CustomRange.h"
 
 #include "memory/NamedPoolObjects.h"
@@ -69,41 +70,6 @@ TEST(CustomRangeTest, CountingAgainstEnumeration) {
     }
 }
 
-// Items run in order; a position is asked for directly, and past the end or below 0 the
-// call fails with the total (when asked for) and changes nothing else.
-TEST(CustomRangeTest, EnumerationRunsOverAllItemsInOrder) {
-    int total = -1;
-    EXPECT_TRUE(Enumerate(CustomRange(), kFps, &total).empty());
-    EXPECT_EQ(total, 0);
-    CustomRange range;
-    range.Append(Frame(20), Frame(24), 2); // 20 22 24, counts 2
-    range.Append(Frame(3), Frame(3), 1);   // 3
-    range.Append(Frame(9), Frame(7), 1);   // nothing, counts -1
-    range.Append(Frame(0), Frame(1), 1);   // 0 1
-    EXPECT_EQ(range.GetTotalFrames(kFps), 2 + 1 - 1 + 2);
-    EXPECT_EQ(
-        Enumerate(range, kFps, &total),
-        (std::vector<long long>{20 * kFrame, 22 * kFrame, 24 * kFrame, 3 * kFrame, 0, kFrame}));
-    EXPECT_EQ(total, 6);
-    const struct {
-        int index;
-        long long ticks; // -7: not found
-    } rows[] = {{0, 20 * kFrame}, {3, 3 * kFrame}, {5, kFrame}, {6, -7}, {1000, -7}, {-1, -7}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.index);
-        int index = row.index;
-        Time time(-7LL);
-        int reported = -1;
-        EXPECT_EQ(range.GetNextTime(kFps, index, time, &reported), row.ticks != -7);
-        EXPECT_EQ(time.GetTicks(), row.ticks);
-        EXPECT_EQ(index, row.index + (row.ticks != -7 ? 1 : 0));
-        EXPECT_EQ(reported, row.ticks != -7 ? -1 : 6);
-    }
-    int index = 6;
-    Time time;
-    EXPECT_FALSE(range.GetNextTime(kFps, index, time, nullptr)); // a null total is not written
-}
-
 TEST(CustomRangeTest, HostileItemsNeverLoopForEver) {
     // A span over the whole tick range: positions are found directly, and the total is
     // clamped to the int range.
@@ -152,19 +118,6 @@ TEST(CustomRangeTest, HostileItemsNeverLoopForEver) {
     ASSERT_EQ(count, Time::MaxTicks / stepTicks + 1);
     ASSERT_EQ(times.size(), static_cast<std::size_t>(count));
     EXPECT_EQ(times.back(), (Time::MaxTicks / stepTicks) * stepTicks);
-}
-
-// The step is truncated toward zero; one beyond the int range is 0. Set replaces the list.
-TEST(CustomRangeTest, AppendTruncatesTheStepAndSetReplaces) {
-    for (const auto& [step, expected] : {std::pair{-2.9f, -2}, {0.99f, 0}, {3e9f, 0}}) {
-        SCOPED_TRACE(step);
-        CustomRange range;
-        range.Append(Frame(1), Frame(2), 1);
-        range.Set(Frame(3), Frame(4), step);
-        ASSERT_EQ(range.GetCount(), 1);
-        EXPECT_EQ(range.GetItems()[0]->start, Frame(3));
-        EXPECT_EQ(range.GetItems()[0]->step, expected);
-    }
 }
 
 // Equality is by item identity: same values in other objects are not equal. Copies (moves

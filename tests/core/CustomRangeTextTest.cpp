@@ -1,6 +1,7 @@
 // Tests of a CustomRange read from free text and written back.
 //
 // Expected items are worked out by hand from the text rules: numbers are times in the unit.
+
 #include "fileio/core/CustomRange.h"
 
 #include "core/CustomRangeText.h"
@@ -30,29 +31,6 @@ void ExpectItems(const CustomRange& range, const std::vector<Item>& expected, in
         EXPECT_EQ(item->end, Time(static_cast<double>(expected[i].end), fps));
         EXPECT_EQ(item->step, expected[i].step);
     }
-}
-
-// The one pass over free text (the rows below read these texts too): a pending blank is
-// used up by the next copied character, step mark or not; a bare step mark ended by another
-// character gets the step 1, at the end it stays bare; blanks around a dash join, a dash
-// without a number before it is dropped; a step mark only counts after a span's end.
-TEST(CustomRangeNormaliseTest, FreeTextBecomesCommaSeparatedItems) {
-    const struct {
-        const char *text, *normalised;
-    } rows[] = {
-        {"1-10 s20", "1-10s20"},
-        {"1-10 s2 5", "1-10s2,5"},
-        {"1-10S;2", "1-10S1,2"},
-        {"1 - , 5", "1-5"},
-        {"-5", "5"},
-        {"1-2-3", "1-2,3"},
-        {"10 s2", "10,2"},
-        {"a1b2c", "1,2"},
-        {"   ", ""},
-        {"1:30 2", "1:30,2"},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(fileio::detail::NormaliseRangeText(row.text), row.normalised) << row.text;
 }
 
 TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {

@@ -103,25 +103,6 @@ TEST_F(StringAssignment, SelfAssignmentKeepsTheBuffer) {
     EXPECT_NE(empty.Get(), nullptr);
 }
 
-TEST_F(StringAssignment, Set) {
-    const char bytes[] = {'a', 'b', '\0', 'c'};
-    const struct {
-        const char* p;
-        int n;
-        std::string expected;
-    } rows[] = {
-        {"hello", 3, "hel"}, {"hello", 0, "<null>"}, {nullptr, 5, "<null>"}, {bytes, 4, "ab"}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.n);
-        String s("old text");
-        s.Set(row.p, row.n);
-        EXPECT_EQ(TextOf(s), row.expected);
-    }
-    String s;
-    s.Set(bytes, 4); // all four bytes are copied, NUL included
-    EXPECT_EQ(s.Get()[3], 'c');
-}
-
 TEST_F(StringAssignment, IndexingANullStringReadsNul) {
     EXPECT_EQ(String()[5], '\0');
     const String text("abc");

@@ -1,5 +1,5 @@
-// HandlerSlotsTest.cpp - the handler slots and their scoped installers, the base classes'
-// defaults, posting to the log, the debug-trace log handler and the log file's name.
+// HandlerSlotsTest.cpp - the base classes' defaults, posting to the log, the debug-trace log
+// handler and the log file's name.
 
 #include "fileio/handlers/FileHandler.h"
 #include "fileio/handlers/LogHandler.h"
@@ -34,17 +34,6 @@ template <class Handler> void ExpectSlot(Handler* (*set)(Handler*), Handler& a, 
         EXPECT_EQ(set(&b), &b);
     }
     EXPECT_EQ(set(nullptr), &a);
-}
-
-TEST(HandlerSlotsTest, SettersReturnThePreviousHandlerAndScopesRestoreIt) {
-    FileHandler file1, file2;
-    ExpectSlot(&SetFileHandler, file1, file2);
-    MessageHandler message1, message2;
-    ExpectSlot(&SetMessageHandler, message1, message2);
-    LogHandler log1, log2;
-    ExpectSlot(&SetLogHandler, log1, log2);
-    SilentStatus status1, status2;
-    ExpectSlot<StatusHandler>(&StatusMessage::SetHandler, status1, status2);
 }
 
 TEST(HandlerSlotsTest, BaseClassesHaveTheirDefaults) {

@@ -28,10 +28,6 @@ struct StaticString {
 };
 StaticString g_staticString;
 
-TEST(NamedPools, UsableFromStaticInitialisers) {
-    EXPECT_STREQ(g_staticString.text, "early");
-}
-
 // AllocString(n) reserves n + 1 bytes: with the 16-byte chunk header and rounding to 8, a
 // string of length n occupies RoundUp8(n + 17) bytes of the string pool.
 TEST(NamedPools, AllocStringReservesRoomForTheNul) {

@@ -79,16 +79,6 @@ TEST_F(SimplePoolTest, ChunkSizes) {
     }
 }
 
-// A request that does not fit abandons the rest of the current chunk for good.
-TEST_F(SimplePoolTest, TheRestOfAChunkIsAbandoned) {
-    char* a = static_cast<char*>(pool.Alloc(10));
-    char* b = static_cast<char*>(pool.Alloc(kChunk - 8 - 10 + 1)); // one byte too many
-    EXPECT_EQ(pool.GetTotal(), 2 * kChunk);
-    char* c = static_cast<char*>(pool.Alloc(1)); // follows b, not a
-    EXPECT_EQ(c, b + (kChunk - 8 - 10 + 1));
-    EXPECT_NE(c, a + 10);
-}
-
 TEST(SimplePoolDeathTest, ImpossibleRequestsEndTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     SimplePool pool;

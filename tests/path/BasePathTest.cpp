@@ -74,27 +74,6 @@ TEST(BasePath, ReferencesConvertToRelativeFormsAndBack) {
     }
 }
 
-TEST(BasePath, ResolvingLeavesTheCurrentDirectoryAtTheBaseFolder) {
-    const Project project(kWindows);
-    // "." resolves to the base folder without changing the current directory: native with
-    // GetAbsolutePath, universal with the quiet form.
-    EXPECT_EQ(project.Absolute("."), "C:\\Projects\\Robot\\");
-    EXPECT_EQ(detail::GetAbsolutePathQuiet(".", kWindows), "C:/Projects/Robot/");
-    EXPECT_TRUE(Project::Changes().empty());
-    EXPECT_EQ(project.Absolute("Parts/arm.mdl"), "C:\\Projects\\Robot\\Parts\\arm.mdl");
-    EXPECT_EQ(ScriptedFolders::Script().currentDir, "C:\\Projects\\Robot");
-    EXPECT_EQ(Project::Changes(), std::vector<std::string>{"C:\\Projects\\Robot\\"});
-    // Already there: no further change. Doubled separators, "." and ".." fold.
-    EXPECT_EQ(project.Absolute("C:/Projects/./Robot/..//Shared/x.tga"),
-              "C:\\Projects\\Shared\\x.tga");
-    EXPECT_EQ(Project::Changes().size(), 1u);
-    // A missing base folder leaves the current directory where it is.
-    SetBasePath(String("C:\\Gone\\doc.prj"));
-    ScriptedFolders::Script().currentDir = "C:\\Elsewhere";
-    EXPECT_EQ(project.Absolute("x.mdl"), "C:\\Elsewhere\\x.mdl");
-    EXPECT_EQ(Project::Changes().size(), 1u);
-}
-
 std::vector<std::string> g_trace;
 
 TEST(BasePath, FailuresAreTracedAndLeaveThePath) {

@@ -75,34 +75,6 @@ private:
     platform::ScopedServices<platform::SystemServices> m_system;
 };
 
-TEST(CreateFullPaths, SplitsAtSemicolonsAndEndsFoldersWithASeparator) {
-    struct Row {
-        std::string text;
-        std::vector<std::string> windows, posix;
-    };
-    const Row rows[] = {
-        {"a\\b;;c/d", {"a\\b\\", "c\\d\\"}, {"a/b/", "c/d/"}},
-        {"", {}, {}},
-        {";x", {"x"}, {"x"}},
-        {"C:\\A\\;D:/B", {"C:\\A\\", "D:\\B\\"}, {"C:/A/", "D:/B/"}},
-        {"two words\\;  ", {"two words\\", "  "}, {"two words/", "  "}},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.text);
-        FullPaths* windows = detail::CreateFullPaths(row.text, kWindows);
-        FullPaths* posix = detail::CreateFullPaths(row.text, kPosix);
-        EXPECT_EQ(Folders(windows), row.windows);
-        EXPECT_EQ(Folders(posix), row.posix);
-        FreeFullPaths(windows);
-        FreeFullPaths(posix);
-    }
-    FullPaths* native = CreateFullPaths(String("one/two;three"));
-    EXPECT_EQ(Folders(native), (std::vector<std::string>{Native("one/two/"), "three"}));
-    FreeFullPaths(native);
-    EXPECT_EQ(native, nullptr);
-    EXPECT_EQ(CreateFullPaths(String()), nullptr);
-}
-
 TEST_F(SearchPathsTest, ListsFromTextJoinEachFolderToTheBase) {
     EXPECT_EQ(detail::JoinFoldersToBase("a;b\\c;;d/", "C:\\Suite", kWindows),
               "C:\\Suite\\a;C:\\Suite\\b\\c;C:\\Suite\\d/");

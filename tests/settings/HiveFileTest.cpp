@@ -1,6 +1,6 @@
-// HiveFileTest.cpp - the text form of the settings hive (format in HiveFile.h): escaping,
-// round trips of hostile texts, case-insensitive keys and names, removal of keys with their
-// subkeys, and damaged lines that are skipped, reported and kept byte for byte.
+// HiveFileTest.cpp - the text form of the settings hive (format in HiveFile.h): escaping, round
+// trips of hostile texts, removal of keys with their subkeys, and damaged lines that are skipped,
+// reported and kept byte for byte.
 
 #include "platform/HiveFile.h"
 #include "platform/Platform.h"
@@ -14,7 +14,6 @@ namespace {
 
 using fileio::platform::EscapeHiveText;
 using fileio::platform::HiveDocument;
-using fileio::platform::NormalizeKeyPath;
 
 /// The part of a document's text after its opening comment and the blank line that
 /// separates the first key block from it.
@@ -59,14 +58,6 @@ TEST(HiveFileTest, WritesValueLinesWithTheDocumentedEscapes) {
     }
 }
 
-TEST(HiveFileTest, EscapesKeyNamesButKeepsTheirSeparators) {
-    HiveDocument document("");
-    document.Set("Software\\Varn, Inc.\\a]b[c\\ edge ", "n", "v");
-    EXPECT_EQ(Body(document), "[Software\\Varn, Inc.\\a%5Db%5Bc\\%20edge%20]\nn=v\n");
-    EXPECT_EQ(EscapeHiveText("x=y", "="), "x%3Dy");
-    EXPECT_EQ(EscapeHiveText("x=y", ""), "x=y");
-}
-
 // Any text written comes back exactly, through the file's text and a fresh parse.
 TEST(HiveFileTest, HostileTextsRoundTripThroughTheFile) {
     const std::vector<std::string> texts = {"[section]",    "%41 is not A", " lead", "trail ",
@@ -83,29 +74,6 @@ TEST(HiveFileTest, HostileTextsRoundTripThroughTheFile) {
         ASSERT_TRUE(read.Find("Software\\Varn, Inc.\\Test", "after", value));
         EXPECT_EQ(value, "x");
         EXPECT_TRUE(read.Damage().empty());
-    }
-}
-
-TEST(HiveFileTest, KeysAndNamesCompareWithoutRegardToCase) {
-    HiveDocument document("");
-    document.Set("Software\\Varn, Inc.\\App", "AutoSave", "ON");
-    std::string value;
-    EXPECT_TRUE(document.Find("SOFTWARE\\VARN, INC.\\app", "autosave", value));
-    EXPECT_EQ(value, "ON");
-    // Writing through another spelling changes the one value, which keeps its stored name.
-    EXPECT_TRUE(document.Set("software\\varn, inc.\\APP", "AUTOSAVE", "OFF"));
-    EXPECT_EQ(Body(document), "[Software\\Varn, Inc.\\App]\nAutoSave=OFF\n");
-    // Case matters in values.
-    EXPECT_TRUE(document.Set("Software\\Varn, Inc.\\App", "AutoSave", "off"));
-    EXPECT_FALSE(document.Set("Software\\Varn, Inc.\\App", "AutoSave", "off"));
-}
-
-TEST(HiveFileTest, KeyPathsAreNormalized) {
-    const std::pair<const char*, const char*> rows[] = {
-        {"\\A\\\\\\B\\", "A\\B"}, {"\\\\", ""}, {"Software\\Varn, Inc.\\", "Software\\Varn, Inc."}};
-    for (const auto& [in, out] : rows) {
-        SCOPED_TRACE(in);
-        EXPECT_EQ(NormalizeKeyPath(in), out);
     }
 }
 
@@ -132,18 +100,6 @@ TEST(HiveFileTest, RemovingAKeyRemovesItsSubkeysAndNothingElse) {
     document.Set("P", "v", "2");
     EXPECT_TRUE(document.RemoveKey("P\\c"));
     EXPECT_TRUE(document.Find("P", "v", value));
-}
-
-// A removed value goes wherever it occurs; a new value joins its key's first block, a new
-// key goes at the end.
-TEST(HiveFileTest, EditsTouchOnlyTheirOwnLines) {
-    HiveDocument document("[K]\na=1\nb=2\n\n; about L\n[L]\nx=1\n[k]\nA=3\n");
-    EXPECT_TRUE(document.Remove("K", "a"));
-    EXPECT_FALSE(document.Remove("K", "a"));
-    EXPECT_FALSE(document.Remove("Missing", "b"));
-    document.Set("K", "c", "2");
-    document.Set("M", "c", "3");
-    EXPECT_EQ(document.Text(), "[K]\nb=2\nc=2\n\n; about L\n[L]\nx=1\n[k]\n\n[M]\nc=3\n");
 }
 
 // A person's edits: blanks around "=", CRLF line ends, comments, raw bytes of 0x80 and

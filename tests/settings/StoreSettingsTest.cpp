@@ -46,23 +46,6 @@ protected:
     TestStore store;
 };
 
-TEST_F(StoreSettingsTest, LocalKeysFollowTheLocalRegistryProfile) {
-    // With the profile P: "SOFTWARE\Varn, Inc.\" + P + "\" + section.
-    EXPECT_EQ(SetLocalRegistryString("Sec", "Entry", "with profile"), 1);
-    EXPECT_EQ(Raw(kCompany + kTestKey + "\\Sec", "Entry"), "with profile");
-    // With no profile: "SOFTWARE\Varn, Inc.\" + section.
-    FreeLocalRegistryProfile();
-    const std::string plainSection = std::string(kTestKey) + "\\Plain";
-    EXPECT_EQ(SetLocalRegistryString(String(plainSection), "Entry", "no profile"), 1);
-    EXPECT_EQ(Raw(kCompany + plainSection, "Entry"), "no profile");
-    EXPECT_EQ(Raw(kCompany + kTestKey + "\\Plain", "Entry"), "no profile");
-    // Reading follows the same key.
-    EXPECT_EQ(GetLocalRegistryString(String(plainSection), "Entry", "d"), String("no profile"));
-    SetLocalRegistryProfile(String(kTestKey));
-    EXPECT_EQ(GetLocalRegistryString("Sec", "Entry", "d"), String("with profile"));
-    EXPECT_EQ(GetLocalRegistryString("Plain", "Entry", "d"), String("no profile"));
-}
-
 TEST_F(StoreSettingsTest, LocalTextsAndNumbersRoundTripAndNamesIgnoreCase) {
     // The file's escaping is the hive's (HiveFileTest.cpp): here a long text comes back whole.
     const std::string text = AllBytes() + std::string(5000, 'x');

@@ -1,6 +1,5 @@
-// The search for a missing file that may ask the user: the locate dialog's exact texts,
-// "cancel all", the failed list, the file handler, the don't-ask bit, and a moved project
-// that asks once.
+// The search for a missing file that may ask the user: the locate dialog's exact texts, "cancel
+// all", the failed list, the file handler and the don't-ask bit.
 
 #include "StreamTestSupport.h"
 
@@ -141,29 +140,6 @@ TEST_F(LocateFile, ThePickIsLearntAsTheAliasesItImplies) {
     EXPECT_TRUE(FileStream::FindAliasAsk(sibling));
     EXPECT_EQ(sibling.View(), m_folder.Join("new/Robot/leg.mdl"));
     EXPECT_EQ(m_dialogs.Of("locate").size(), 1u);
-}
-
-TEST_F(LocateFile, AMovedProjectAsksOnce) {
-    std::vector<std::string> stored;
-    for (int i = 0; i < 4; ++i) {
-        const std::string file = "Maps/part" + std::to_string(i) + ".mdl";
-        m_folder.WriteFile("moved/Robot/" + file, "<MODELFILE>\n");
-        stored.push_back("C:\\Users\\ann\\Robot\\" + std::string(i % 2 == 0 ? "Maps\\" : "maps\\") +
-                         "part" + std::to_string(i) + ".mdl");
-    }
-    m_dialogs.locateAnswers = {
-        ScriptedDialogProvider::Choose(m_folder.Join("moved/Robot/Maps/part0.mdl"))};
-    for (const std::string& file : stored) {
-        SCOPED_TRACE(file);
-        FileStream in;
-        String name(file);
-        ASSERT_TRUE(in.Open(name, FM_LOADING | FM_VARN));
-        Header header;
-        in >> header;
-        EXPECT_STREQ(header.text, "MODELFILE");
-    }
-    EXPECT_EQ(m_dialogs.Of("locate").size(), 1u);
-    EXPECT_FALSE(FileStream::HasFileAliases()); // the files kept their names
 }
 
 TEST_F(LocateFile, OpeningNeverLoopsAndTheDontAskBitAsksNothing) {

@@ -1,6 +1,5 @@
-// The value encoding: the exact text and bytes of every type, the round trip through both
-// forms, and the reading rules of the text form (number conversions, bool tokens, strings,
-// times).
+// The value encoding: the exact text and bytes of every type, the round trip through both forms,
+// and the reading rules of the text form (long tokens, strings, times).
 
 #include "StreamTestSupport.h"
 
@@ -97,33 +96,6 @@ TEST(StreamEncoding, CompositesInBothForms) {
     EXPECT_EQ(b.GetTime(), 4000000000LL);
 }
 
-// The conversions themselves are the core's: here each type reads its token with its own
-// conversion and width.
-TEST(StreamEncoding, EachTypeReadsItsTextWithItsOwnConversion) {
-    // The types up to 32 bits read a 32-bit strtol (short keeps the low 16 bits), unsigned
-    // long a 32-bit strtoul, the 64-bit types strtoll.
-    MemoryStream stream;
-    Load(stream, "4000000000 70000 4000000000 -1 4000000000 1e40");
-    long asLong = 1;
-    short asShort = 1;
-    unsigned int asUnsignedInt = 1;
-    unsigned long asUnsignedLong = 1;
-    long long asLongLong = 1;
-    float asFloat = 1;
-    stream >> asLong >> asShort >> asUnsignedInt >> asUnsignedLong >> asLongLong;
-    EXPECT_EQ(asLong, INT_MAX);
-    EXPECT_EQ(asShort, 4464);
-    EXPECT_EQ(asUnsignedInt, 2147483647U);
-    EXPECT_EQ(asUnsignedLong, 4294967295UL);
-    EXPECT_EQ(asLongLong, 4000000000LL);
-    stream >> asFloat;
-    EXPECT_EQ(asFloat, std::numeric_limits<float>::infinity());
-    // A token that is not there reads as 0.
-    EXPECT_TRUE(stream.VirtualEof());
-    stream >> asLong;
-    EXPECT_EQ(asLong, 0);
-}
-
 TEST(StreamEncoding, TokensLongerThan255BytesAreReadWhole) {
     // Such a token goes through the library's shared scratch token, on both transports.
     for (const std::string& token : {std::string(300, '0') + "42", std::string(300, '\0')}) {
@@ -134,30 +106,6 @@ TEST(StreamEncoding, TokensLongerThan255BytesAreReadWhole) {
             EXPECT_EQ(next, 7);
         });
     }
-}
-
-TEST(StreamEncoding, BoolTokens) {
-    const std::pair<const char*, bool> rows[] = {
-        {"TRUE", true},   {"oN", true},  {"1", true},    {"FALSE", false},
-        {"truee", false}, {"01", false}, {"tru", false},
-    };
-    for (const auto& [token, expected] : rows) {
-        SCOPED_TRACE(token);
-        MemoryStream stream;
-        Load(stream, std::string(token) + " " + token);
-        bool value = !expected;
-        StreamBOOL flag(expected ? 0 : 7);
-        stream >> value >> flag;
-        EXPECT_EQ(value, expected);
-        EXPECT_EQ(flag.value, expected ? 1 : 0);
-    }
-    // Binary: any byte but 0 is true.
-    MemoryStream binary;
-    Load(binary, Raw({0x00, 0x7F}), FM_BINARY);
-    bool a = true, b = false;
-    binary >> a >> b;
-    EXPECT_FALSE(a);
-    EXPECT_TRUE(b);
 }
 
 // ---- strings ---------------------------------------------------------------------------------
@@ -203,52 +151,6 @@ TEST(StreamEncoding, StringForms) {
     wrapped << String(std::string(65537, 'r'));
     ASSERT_EQ(wrapped.GetLength(), 2u + 65537u);
     EXPECT_EQ(Hex(Bytes(wrapped).substr(0, 3)), "01 00 72");
-}
-
-TEST(StreamEncoding, StringsRoundTripInBinaryAndSplitAtBlanksInText) {
-    const std::string values[] = {"A&B", "", "x&#38;y", "\t\n\r", std::string(65535, 'z')};
-    MemoryStream stream;
-    Store(stream, true);
-    for (const std::string& value : values)
-        stream << String(value);
-    MemoryStream reader;
-    Load(reader, Bytes(stream), FM_BINARY);
-    for (const std::string& value : values) {
-        SCOPED_TRACE(value.substr(0, 10));
-        String back("stale");
-        reader >> back;
-        EXPECT_EQ(back.View(), value);
-        EXPECT_EQ(back.Get() == nullptr, value.empty());
-    }
-    EXPECT_TRUE(reader.VirtualEof());
-    EXPECT_FALSE(reader.IsFailed());
-
-    // The text form has no quoting: "&" comes back, a blank splits the value in two, and an
-    // empty value is no token at all, so the next token is read in its place.
-    Store(stream, false);
-    stream << String("A&B") << nl << String("x&#38;y") << nl << String("a b") << nl << String("")
-           << nl << String("next");
-    EXPECT_EQ(Bytes(stream), "A&#38;B\nx&#38;#38;y\na b\n\nnext");
-    Load(reader, Bytes(stream));
-    for (const char* expected : {"A&B", "x&#38;y", "a", "b", "next"}) {
-        String back;
-        reader >> back;
-        EXPECT_EQ(back.View(), expected);
-    }
-    EXPECT_TRUE(reader.VirtualEof());
-}
-
-TEST(StreamEncoding, BinaryStringCountBeyondTheDataFails) {
-    for (const std::string& data : {Raw({0xFF, 0xFF}) + "abc", Raw({0x05}), std::string()}) {
-        SCOPED_TRACE(Hex(data));
-        MemoryStream stream;
-        Load(stream, data, FM_BINARY);
-        String value("stale");
-        stream >> value;
-        EXPECT_TRUE(value.IsEmpty());
-        EXPECT_TRUE(stream.IsFailed());
-        EXPECT_TRUE(stream.VirtualEof());
-    }
 }
 
 // ---- times -------------------------------------------------------------------------------------

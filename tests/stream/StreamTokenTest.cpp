@@ -1,5 +1,5 @@
-// Headers, end headers and labels: the worked example byte for byte, reading both bracket
-// generations and the binary id words, peeks, and skipping sections.
+// Headers, end headers and labels: the binary id words, peeks by version, and skipping past labels
+// and headers.
 
 #include "StreamTestSupport.h"
 
@@ -18,62 +18,7 @@ constexpr int kName = 4007;     // "Name"
 constexpr int kPluginProperties = 2693;
 constexpr int kEnd = 0x20000000;
 
-/// The worked example: a model section with one bool label.
-void WriteWorkedExample(VarnStream& stream) {
-    stream << Header(kModelFile) << nl << Label(kActive) << StreamBOOL(1) << nl
-           << EndHeader(kModelFile) << nl;
-}
-
 } // namespace
-
-// The readers are the tables below, the truncation sweep reads these forms back whole.
-TEST(StreamTokens, WorkedExampleInBothForms) {
-    for (bool binary : {false, true}) {
-        SCOPED_TRACE(binary ? "binary" : "text");
-        MemoryStream writer;
-        writer.Open(binary ? FM_VARN | FM_BINARY : FM_VARN);
-        WriteWorkedExample(writer);
-        EXPECT_EQ(Bytes(writer), binary ? "B" + Raw({0x50, 0x01, 0x00, 0x80, 0xCE, 0x0F, 0x00, 0x40,
-                                                     0x01, 0x50, 0x01, 0x00, 0xA0})
-                                        : "<MODELFILE>\nActive=TRUE\n</MODELFILE>\n");
-    }
-}
-
-TEST(StreamTokens, TextHeadersOfBothGenerations) {
-    struct Row {
-        float version;
-        std::string data;
-        std::string text;
-        int id;
-        unsigned long long position;
-    };
-    const std::string a79(79, 'A');
-    const Row rows[] = {
-        {13.0f, "<MODELFILE>\n  X", "MODELFILE", kModelFile, 14},
-        {13.0f, "</MODELFILE>", "/MODELFILE", kModelFile | kEnd, 12},
-        {13.0f, "</Active>", "/Active", kActive | kEnd, 9}, // a label word opens a section
-        // The square form ends just after its bracket; the angle form skips white space.
-        {5.0f, "[MODELFILE]\r\nX", "MODELFILE", kModelFile, 11},
-        {5.0f, "[ENDMODELFILE]", "ENDMODELFILE", kModelFile | kEnd, 14},
-        {5.0f, "[END]", "END", -1, 5},
-        {5.0f, "[EndMODELFILE]", "EndMODELFILE", -1, 14},
-        // A header text keeps 79 characters. The angle form reads at most 255 bytes, the
-        // square form reads to its bracket.
-        {13.0f, "<" + std::string(100, 'A') + ">\nX", a79, -1, 103},
-        {13.0f, "<" + std::string(300, 'A') + ">X", a79, -1, 256},
-        {5.0f, "[" + std::string(300, 'A') + "]X", a79, -1, 302},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.data.substr(0, 20));
-        OnBothTransports(row.data, FM_LOADING, row.version, [&](VarnStream& stream) {
-            Header header(kMesh);
-            stream >> header;
-            EXPECT_EQ(std::string(header.text), row.text);
-            EXPECT_EQ(header.id, row.id);
-            EXPECT_EQ(stream.GetPos(), row.position);
-        });
-    }
-}
 
 TEST(StreamTokens, BinaryHeaderWords) {
     struct Row {
@@ -116,37 +61,6 @@ TEST(StreamTokens, BinaryHeaderWords) {
     EXPECT_EQ(header.id, -1);
     EXPECT_TRUE(stream.WasLastTokenHeader());
     EXPECT_TRUE(stream.WasLastTokenLabel());
-}
-
-TEST(StreamTokens, LabelsInBothForms) {
-    struct Row {
-        const char* name;
-        std::string data;
-        FileMode mode;
-        const char* text;
-        int id;
-        unsigned long long position;
-    };
-    const Row rows[] = {
-        {"text", "Active=TRUE", FM_LOADING, "Active", kActive, 7},
-        {"text with a blank in the word", "Back Distance=3", FM_LOADING, "Back Distance", 1207, 14},
-        // The word is taken as it stands, white space and all.
-        {"text after white space", " \n\tName=x", FM_LOADING, " \n\tName", -1, 8},
-        {"binary", Raw({0xCE, 0x0F, 0x00, 0x40, 0x01}), FM_BINARY, "Active", kActive, 4},
-        {"binary no id", Raw({0xFF, 0xFF, 0xFF, 0xFF}), FM_BINARY, "LabelNotFound: -1", -1, 4},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        MemoryStream stream;
-        Load(stream, row.data, row.mode);
-        Label label;
-        stream >> label;
-        EXPECT_STREQ(label.text, row.text);
-        EXPECT_EQ(label.id, row.id);
-        EXPECT_EQ(stream.GetPos(), row.position);
-        EXPECT_FALSE(stream.WasLastTokenHeader());
-        EXPECT_EQ(stream.WasLastTokenLabel(), stream.IsBinary());
-    }
 }
 
 TEST(StreamTokens, HeaderPeeksByVersion) {
@@ -210,71 +124,6 @@ TEST(StreamTokens, LabelPeeks) {
 }
 
 // ---- skipping ------------------------------------------------------------------------------
-
-TEST(StreamTokens, SkipHeaderInTextCountsNestedSectionsOfTheSameName) {
-    // A model section (whose header the caller has read) with a nested model section inside
-    // a mesh, then one more label after the section's end.
-    const char* const nested = "<MESH>\n"
-                               "<MODELFILE>\n"
-                               "Active=TRUE\n"
-                               "</MODELFILE>\n"
-                               "  </MODELFILE>\n" // indented: not a header line
-                               "</MESH>\n"
-                               "</modelfile>\n" // the end word matches ignoring case
-                               "Name=after\n";
-    OnBothTransports(nested, [](VarnStream& stream) {
-        EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
-        Label label;
-        String value;
-        stream >> label >> value;
-        EXPECT_STREQ(label.text, "Name");
-        EXPECT_EQ(value.View(), "after");
-    });
-    MemoryStream square;
-    Load(square, "[MODELFILE]\r\nX=1\r\n[ENDMODELFILE]\r\n[endmodelfile]\r\nName=after", FM_LOADING,
-         5.0f);
-    EXPECT_TRUE(square.SkipHeader(Header(kModelFile)));
-    Label label;
-    square >> label;
-    EXPECT_STREQ(label.text, "Name");
-}
-
-TEST(StreamTokens, SkipHeaderInBinaryStopsAtTheFirstEndWordOfItsId) {
-    MemoryStream writer;
-    Store(writer, true);
-    writer << Label(kActive) << -2.0f << Header(kModelFile) << Label(kName) << String("x")
-           << EndHeader(kModelFile) << Label(kName) << String("inner end") << EndHeader(kModelFile)
-           << Label(kName) << String("outer end");
-    MemoryStream stream;
-    Load(stream, Bytes(writer), FM_BINARY);
-    // No nesting in binary: the first end of the id ends the skip. A negative float (whose
-    // word has bits 31 and 30) does not end it.
-    EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
-    Label label;
-    String value;
-    stream >> label >> value;
-    EXPECT_EQ(value.View(), "inner end");
-    EXPECT_TRUE(stream.WasLastTokenLabel());
-
-    // The scan goes byte by byte, so an end word that begins inside a value is taken.
-    Store(writer, true);
-    writer << Label(kName) << static_cast<unsigned char>(7) << static_cast<unsigned int>(0xA0000150)
-           << Label(kName);
-    Load(stream, Bytes(writer), FM_BINARY);
-    EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
-    EXPECT_EQ(stream.GetPos(), 9u);
-
-    // An ordinary end header does not end "Plugin Properties"; the word 0xC0000A85 does.
-    Store(writer, true);
-    writer << Label(kName) << String("a") << EndHeader(kPluginProperties)
-           << static_cast<unsigned int>(0xC0000A85) << Label(kActive) << true;
-    Load(stream, Bytes(writer), FM_BINARY);
-    EXPECT_TRUE(stream.SkipHeader(Header(kPluginProperties)));
-    EXPECT_EQ(stream.GetPos(), 15u);
-    EXPECT_TRUE(stream.WasLastTokenLabel());
-    stream >> label;
-    EXPECT_EQ(label.id, kActive);
-}
 
 TEST(StreamTokens, SkipPastFindsLabelsAndHeadersById) {
     struct Row {

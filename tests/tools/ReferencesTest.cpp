@@ -1,9 +1,8 @@
-// ReferencesTest.cpp - where a project's references resolve to and how the search finds the
-// missing ones: the stored place, other letter case, a Windows folder learnt from --map, the
-// name search and its ambiguity, every spelling of a name in other case; and the rewrite of
-// the values in a file of either form. (The relink and deps runs of the tool show the rest:
-// POSIX folders, the derived shorter alias, the mapping's letter case, the search folders,
-// the stored text.)
+// ReferencesTest.cpp - where a project's references resolve to and how the search finds the missing
+// ones: the stored place, other letter case, a Windows folder learnt from --map; and the rewrite of
+// the values in a file of either form. (The relink and deps runs of the tool show the rest: POSIX
+// folders, the derived shorter alias, the mapping's letter case, the search folders and the name
+// search below them, the stored text.)
 
 #include "References.h"
 #include "ProjectReader.h"
@@ -82,25 +81,6 @@ TEST_F(ReferencesTest, AFileIsFoundAtItsStoredPlaceOrThroughAMappingInOtherLette
                                             : "<work>/Documents/Robot/maps/SKIN.png");
 }
 
-TEST_F(ReferencesTest, TheNameSearchBelowTheSearchFoldersIgnoresCaseAndNeverPicksOneOfTwo) {
-    ReferenceSearch search;
-    search.SetSearchFolders({m_work.Files().Join("search")});
-    const Resolution deep = Resolve(search, "D:/elsewhere/HIDDEN.mdl");
-    EXPECT_EQ(deep.how, Found::NameSearch);
-    EXPECT_EQ(deep.found, "<work>/search/deep/er/hidden.mdl");
-    const Resolution twice = Resolve(search, "/elsewhere/dup.png");
-    EXPECT_EQ(twice.how, Found::Ambiguous);
-    EXPECT_TRUE(twice.found.empty());
-    EXPECT_EQ(twice.candidates,
-              (std::vector<std::string>{"<work>/search/a/dup.png", "<work>/search/b/dup.png"}));
-}
-
-TEST_F(ReferencesTest, AMappingWithAnEmptySideIsRefused) {
-    std::string why;
-    for (const char* mapping : {"=Documents", "C:/x="})
-        EXPECT_FALSE(ReferenceSearch::AddMapping(mapping, why)) << mapping;
-}
-
 /// Walks a file and rewrites every reference to `text`; gives the new bytes, or why not.
 std::string RewriteAll(const std::string& bytes, const std::string& text) {
     MemoryStream in;
@@ -130,18 +110,6 @@ TEST_F(ReferencesTest, RewritingChangesTheValuesAndNothingElseInBothForms) {
     EXPECT_EQ(RewriteAll(binary("C:/x.png"), "Maps/skin.png"), binary("Maps/skin.png"));
     EXPECT_EQ(RewriteAll(binary("C:/x.png"), std::string(70000, 'x')),
               "MODELFILE/Image: the path is too long for the binary form");
-}
-
-TEST_F(ReferencesTest, CaseVariantsOfOneNameAreAllFound) {
-    const std::string lower = m_work.Files().WriteFile("twice/name.txt", "a");
-    const std::string asked = m_work.Files().Join("TWICE/Name.TXT");
-    // Where the file system ignores case, the path asked for is the file.
-    std::vector<std::string> expected{CaseSensitive() ? lower : asked};
-    if (CaseSensitive())
-        expected.insert(expected.begin(), m_work.Files().WriteFile("twice/NAME.txt", "b"));
-    EXPECT_EQ(FindIgnoringCase(asked), expected);
-    EXPECT_TRUE(FindIgnoringCase(m_work.Files().Join("twice/other.txt")).empty());
-    EXPECT_TRUE(FindIgnoringCase("relative/name.txt").empty());
 }
 
 } // namespace

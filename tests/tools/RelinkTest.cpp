@@ -1,7 +1,5 @@
-// RelinkTest.cpp - the fileio program relinking projects on disk: the README's story on the
-// bundled sample (both forms stay the same project and deps then finds every reference), a
-// project made on Windows and Linux with an ambiguous name, first as a dry run, and a
-// read-only project.
+// RelinkTest.cpp - the fileio program relinking projects on disk: a project made on Windows and
+// Linux with an ambiguous name, first as a dry run, and a read-only project.
 
 #include "ToolTestSupport.h"
 
@@ -14,12 +12,11 @@
 
 namespace {
 
-using fileio::test::kSamples;
 using fileio::test::RunTool;
 using fileio::test::ToolRun;
 using fileio::test::WorkFolder;
 
-constexpr int kOk = 0, kProblems = 1, kError = 2;
+constexpr int kProblems = 1, kError = 2;
 
 /// The names in a folder (to see that a failed save left nothing behind).
 std::vector<std::string> Names(const std::string& folder) {
@@ -34,30 +31,6 @@ class RelinkTest : public testing::Test {
 protected:
     WorkFolder m_work;
 };
-
-TEST_F(RelinkTest, TheReadmeStoryOnTheBundledSample) {
-    m_work.CopyIn(kSamples + "/Documents", "Documents");
-    const std::string text = "Documents/Robot/robot.prj";
-    const std::string binary = "Documents/Robot/robot-binary.prj";
-    const std::string map = "C:\\Users\\ann\\Documents\\Robot=Documents/Robot";
-    EXPECT_EQ(RunTool({"deps", text}).exitCode, kProblems);
-
-    const ToolRun relink = RunTool({"relink", text, "--map", map});
-    EXPECT_EQ(relink.exitCode, kOk) << relink.errors;
-    EXPECT_NE(relink.output.find("Total 22 | Changed 9 | Missing 0 | Ambiguous 0"),
-              std::string::npos)
-        << relink.output;
-    EXPECT_EQ(RunTool({"deps", text}).exitCode, kOk) << "every reference is found";
-
-    EXPECT_EQ(RunTool({"relink", binary, "--map", map}).exitCode, kOk);
-    EXPECT_EQ(RunTool({"deps", binary}).exitCode, kOk);
-    const ToolRun check = RunTool({"check", text, binary});
-    EXPECT_EQ(check.exitCode, kOk) << check.output;
-
-    // Both forms were relinked alike: the text one converted is the binary one.
-    ASSERT_EQ(RunTool({"convert", text, "robot.bin"}).exitCode, kOk);
-    EXPECT_EQ(m_work.Files().ReadFile("robot.bin"), m_work.Files().ReadFile(binary));
-}
 
 // A dry run tells what the run tells and writes nothing; the run rewrites the Windows and the
 // Linux folders relative to the project, quoted or not, and leaves an ambiguous name alone.
