@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <iterator>
 #include <windows.h>
 
 namespace {
@@ -30,10 +31,8 @@ TEST(FileStreamWindows, ATargetHeldOpenFailsCleanlyAndStaysAsItWas) {
     EXPECT_TRUE(out.IsFailed());
     EXPECT_EQ(folder.ReadFile("robot.prj"), "old");
     EXPECT_EQ(messages.messages.size(), 1u);
-    int entries = 0;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder.Path()))
-        ++entries;
-    EXPECT_EQ(entries, 1) << "the temporary file is removed";
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1)
+        << "the temporary file is removed";
 }
 
 } // namespace

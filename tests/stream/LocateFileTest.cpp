@@ -38,30 +38,23 @@ protected:
 
 TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
     m_folder.MakeFolder("project/maps");
-    const std::string longName = "project/" + std::string(120, 'n') + ".tga";
     struct Row {
         std::string missing;
-        std::string title;
-        std::string filter;
+        std::string filter; // before the "All Files" entry every filter ends with
         std::string folder;
         std::string proposed;
     };
     const std::string maps = m_folder.Join("project/maps/");
-    const std::string skin = m_folder.Join("project/maps/skin.png");
     const std::string deep = m_folder.Join("project/maps/old/deep/arm.Mdl");
     const Row rows[] = {
-        {skin, "Locate File: " + skin, "PNG Files (*.png)|*.png|****|All Files (*.*)|*.*|****||",
-         maps, maps + "skin.png"},
+        {maps + "skin.png", "PNG Files (*.png)|*.png|****|", maps, maps + "skin.png"},
         // A folder that is gone: the nearest one above it that exists.
-        {deep, "Locate File: " + deep, "MDL Files (*.Mdl)|*.Mdl|****|All Files (*.*)|*.*|****||",
-         maps, maps + "arm.Mdl"},
-        {"no-folder", "Locate File: no-folder", "All Files (*.*)|*.*|****||", "", "no-folder"},
+        {deep, "MDL Files (*.Mdl)|*.Mdl|****|", maps, maps + "arm.Mdl"},
+        {"no-folder", "", "", "no-folder"},
         // Up to a drive that does not exist either: no folder.
-        {"Q:\\Gone\\Deep\\arm.mdl", "Locate File: Q:\\Gone\\Deep\\arm.mdl",
-         "MDL Files (*.mdl)|*.mdl|****|All Files (*.*)|*.*|****||", "", "arm.mdl"},
+        {"Q:\\Gone\\Deep\\arm.mdl", "MDL Files (*.mdl)|*.mdl|****|", "", "arm.mdl"},
         // A network folder only when it exists.
-        {"\\\\nosuchserver\\share\\arm.mdl", "Locate File: \\\\nosuchserver\\share\\arm.mdl",
-         "MDL Files (*.mdl)|*.mdl|****|All Files (*.*)|*.*|****||", "", "arm.mdl"},
+        {"\\\\nosuchserver\\share\\arm.mdl", "MDL Files (*.mdl)|*.mdl|****|", "", "arm.mdl"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.missing);
@@ -70,8 +63,8 @@ TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
         EXPECT_FALSE(FileStream::FindAliasAsk(name));
         const auto asked = m_dialogs.Of("locate");
         ASSERT_EQ(asked.size(), 1u);
-        EXPECT_EQ(asked[0].text, row.title);
-        EXPECT_EQ(asked[0].filter, row.filter);
+        EXPECT_EQ(asked[0].text, "Locate File: " + row.missing);
+        EXPECT_EQ(asked[0].filter, row.filter + "All Files (*.*)|*.*|****||");
         EXPECT_EQ(asked[0].folder, row.folder);
         EXPECT_EQ(asked[0].proposedName, row.proposed);
         EXPECT_FALSE(asked[0].cancelAll);
@@ -79,7 +72,7 @@ TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
     }
     // The title keeps 97 characters of a long name (112 less the resource text's 15).
     m_dialogs.calls.clear();
-    String name(m_folder.Join(longName.c_str()));
+    String name(m_folder.Join("project/" + std::string(120, 'n') + ".tga"));
     FileStream::FindAliasAsk(name);
     ASSERT_EQ(m_dialogs.Of("locate").size(), 1u);
     const std::string title = m_dialogs.Of("locate")[0].text;

@@ -19,7 +19,7 @@ namespace {
 /// Records the progress calls the streams make.
 class RecordingStatus : public StatusHandler {
 public:
-    void SetStatusText(const String& text) override { texts.emplace_back(text.View()); }
+    void SetStatusText(const String&) override {}
     void SetProgress(int position) override { progress.push_back(position); }
     bool InitializeProgressControl(const char* text, unsigned char, int, int) override {
         controls.emplace_back(text);
@@ -33,7 +33,6 @@ public:
     bool IsProgressControlActive() const override { return active; }
     unsigned char GetCurrentType() override { return type; }
 
-    std::vector<std::string> texts;
     std::vector<std::string> controls;
     std::vector<int> progress;
     int uninitialized = 0;

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -19,17 +20,11 @@ const int kModelFile = GetHeaderIDFromText("MODELFILE");
 
 /// A text project in the square-bracket generation.
 std::string SquareFile() {
-    std::string out;
-    for (const char c : ProjectBytes(false, 1)) {
-        if (c == '<')
-            out += '[';
-        else if (c == '>')
-            out += ']';
-        else if (c == '/' && !out.empty() && out.back() == '[')
-            out += "END";
-        else
-            out += c;
-    }
+    std::string out = ProjectBytes(false, 1);
+    for (std::size_t at = out.find("</"); at != std::string::npos; at = out.find("</", at))
+        out.replace(at, 2, "<END");
+    std::replace(out.begin(), out.end(), '<', '[');
+    std::replace(out.begin(), out.end(), '>', ']');
     return out;
 }
 
