@@ -14,8 +14,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <iterator>
 #include <string>
-#include <vector>
 
 using namespace streamtest;
 namespace platform = fileio::platform;
@@ -24,11 +24,9 @@ namespace {
 
 class FileStreamTest : public ::testing::Test {
 protected:
-    std::vector<std::string> Names() const {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(m_folder.Path()))
-            names.push_back(entry.path().filename().string());
-        return names;
+    /// How many entries the folder holds: 1 when no temporary file was left beside the target.
+    std::ptrdiff_t Entries() const {
+        return std::distance(std::filesystem::directory_iterator(m_folder.Path()), {});
     }
     fileio::test::TempFolder m_folder{"fileio-file-stream"};
     fileio::test::RecordingMessages m_messages;
@@ -50,7 +48,7 @@ TEST_F(FileStreamTest, SavesAndLoadsTheBytesTheMemoryStreamHolds) {
             const std::string expected = ProjectBytes(binary, meshes);
             EXPECT_TRUE(meshes == 0 || expected.size() > 256 * 1024); // the buffer's size
             ASSERT_EQ(m_folder.ReadFile("project.prj"), expected);
-            EXPECT_EQ(Names(), std::vector<std::string>{"project.prj"});
+            EXPECT_EQ(Entries(), 1);
 
             FileStream in;
             ASSERT_TRUE(in.Open(path, FM_LOADING | FM_VARN));
@@ -175,7 +173,7 @@ TEST_F(FileStreamTest, AFailedSaveLeavesTheOldFileAndNoTemporaryFile) {
             }
             EXPECT_TRUE(failed);
             EXPECT_EQ(m_folder.ReadFile("robot.prj"), old);
-            EXPECT_EQ(Names(), std::vector<std::string>{"robot.prj"});
+            EXPECT_EQ(Entries(), 1);
             ASSERT_EQ(m_messages.messages.size(), 1u);
             EXPECT_EQ(m_messages.messages[0].text, std::string(path.View()) + ": scripted failure");
             ASSERT_LT(k, 1000) << "the sweep does not end";
@@ -196,7 +194,7 @@ TEST_F(FileStreamTest, AReadOnlyTargetFailsBeforeAnyTemporaryFileIsMade) {
     ASSERT_EQ(m_messages.messages.size(), 1u);
     EXPECT_EQ(m_messages.messages[0].text,
               "The file " + target + " is read-only and cannot be saved.");
-    EXPECT_EQ(Names(), std::vector<std::string>{"locked.prj"});
+    EXPECT_EQ(Entries(), 1);
     out.Close(); // does nothing
     EXPECT_EQ(m_folder.ReadFile("locked.prj"), "old");
 }

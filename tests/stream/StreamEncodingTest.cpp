@@ -38,14 +38,6 @@ void ExpectForms(const char* name, const T& value, const std::string& text,
     }
 }
 
-/// n zero bytes as hex pairs.
-std::string Zeros(int n) {
-    std::string hex;
-    for (int i = 0; i < n; ++i)
-        hex += i == 0 ? "00" : " 00";
-    return hex;
-}
-
 } // namespace
 
 TEST(StreamEncoding, ScalarsInBothForms) {
@@ -77,7 +69,8 @@ TEST(StreamEncoding, CompositesInBothForms) {
                 "01 00 00 00 02 00 00 00 03 00 00 00 FF FF FF 7F");
     Matrix44 m44;
     m44.row[3].w = -1;
-    ExpectForms("Matrix44", m44, "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 -1", Zeros(62) + " 80 BF");
+    ExpectForms("Matrix44", m44, "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 -1",
+                Hex(std::string(62, '\0') + "\x80\xBF"));
     ExpectForms("Time", Time(139500LL), "1:1", "EC 20 02 00 00 00 00 00");
     ExpectForms("TimeRange", TimeRange{Time(4500LL), Time(8104500LL)}, "1 1:0:1",
                 "94 11 00 00 00 00 00 00 34 AA 7B 00 00 00 00 00");
@@ -200,5 +193,5 @@ TEST(StreamEncoding, TimeSentinelsAreStoredAsZero) {
     written << Time(Time::MAX) << sp << Time(Time::MIN);
     written.binary << Time(Time::TAGGED);
     EXPECT_EQ(Bytes(written.text), "0 0");
-    EXPECT_EQ(Hex(Bytes(written.binary)), Zeros(16) + " FF FF FF FF FF FF FF FF");
+    EXPECT_EQ(Hex(Bytes(written.binary)), Hex(std::string(16, '\0') + std::string(8, '\xFF')));
 }
