@@ -31,7 +31,6 @@ protected:
 };
 
 TEST_F(MissingFiles, FileAliasesAnswerNewestFirstIgnoringCase) {
-    EXPECT_FALSE(FileStream::HasFileAliases());
     FileStream::AddFileAlias("C:\\Work\\arm.mdl", "/home/ann/old-arm.mdl");
     FileStream::AddFileAlias("c:\\work\\ARM.mdl", "/home/ann/arm.mdl");
     FileStream::AddFileAlias("C:\\Work\\leg.v2.mdl", "/home/ann/leg.mdl");
