@@ -164,10 +164,21 @@ TEST(StreamClasses, LoadRefusesLongShortAndUnknownNames) {
 }
 
 TEST(StreamBitmaps, HeadersFieldByField) {
-    std::vector<unsigned char> file = FromHex(kFileHeader), info = FromHex(kInfoHeader);
-    ExpectForms("file header", As<tagBITMAPFILEHEADER>(file), "19778 1000 0 0 54", kFileHeader);
-    ExpectForms("info header", As<tagBITMAPINFOHEADER>(info), "40 2 -3 1 1 0 12 2835 2835 0 0",
-                kInfoHeader);
+    std::vector<unsigned char> file = FromHex(kFileHeader);
+    std::vector<unsigned char> info = FromHex(kInfoHeader);
+    BothForms written;
+    written << As<tagBITMAPFILEHEADER>(file) << sp << As<tagBITMAPINFOHEADER>(info);
+    EXPECT_EQ(Bytes(written.text), "19778 1000 0 0 54 40 2 -3 1 1 0 12 2835 2835 0 0");
+    EXPECT_EQ(Hex(Bytes(written.binary)), std::string(kFileHeader) + " " + kInfoHeader);
+    for (const MemoryStream* form : {&written.text, &written.binary}) {
+        SCOPED_TRACE(form->IsBinary() ? "binary" : "text");
+        MemoryStream reader;
+        LoadBack(reader, *form);
+        std::vector<unsigned char> fileBack(14, 0xEE), infoBack(40, 0xEE);
+        reader >> As<tagBITMAPFILEHEADER>(fileBack) >> As<tagBITMAPINFOHEADER>(infoBack);
+        EXPECT_EQ(fileBack, file);
+        EXPECT_EQ(infoBack, info);
+    }
 }
 
 TEST(StreamBitmaps, InfoCarriesItsColourTable) {

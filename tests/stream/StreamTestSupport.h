@@ -78,31 +78,6 @@ struct BothForms {
     MemoryStream text, binary;
 };
 
-/// Writes value in both forms and checks the exact text and bytes; then reads each form
-/// back and checks that the value read writes the same bytes again (the binary form is the
-/// value's exact image, so this is equality for every type, floats included).
-template <class T>
-void ExpectForms(const char* name, const T& value, const std::string& text,
-                 const std::string& hex) {
-    SCOPED_TRACE(name);
-    BothForms written;
-    written << value;
-    EXPECT_EQ(Bytes(written.text), text);
-    EXPECT_EQ(Hex(Bytes(written.binary)), hex);
-    for (const MemoryStream* form : {&written.text, &written.binary}) {
-        SCOPED_TRACE(form->IsBinary() ? "read binary" : "read text");
-        MemoryStream reader;
-        LoadBack(reader, *form);
-        T back{};
-        reader >> back;
-        EXPECT_TRUE(reader.VirtualEof());
-        EXPECT_FALSE(reader.IsFailed());
-        BothForms again;
-        again << back;
-        EXPECT_EQ(Hex(Bytes(again.binary)), hex);
-    }
-}
-
 /// A memory stream, or a byte-wise stream that runs the base class's readers.
 inline std::unique_ptr<VarnStream> Transport(bool byteWise) {
     if (byteWise)
