@@ -236,8 +236,6 @@ TEST_F(FileStreamTest, AVersionedFileKeepsItsSideInformationBesideIt) {
     m_folder.WriteFile("work/models/robot.mdl.vinfo", "Name=info\n");
     const String orphan(m_folder.WriteFile("work/orphan.mdl", "<MODELFILE>\n"));
     const String plain(m_folder.WriteFile("plain.mdl", "<MODELFILE>\n"));
-    EXPECT_TRUE(SVNIsVersioned(model));
-    EXPECT_FALSE(SVNIsVersioned(plain));
     EXPECT_FALSE(SVNIsVersioned(String()));
     auto check = [&](auto& stream, auto& other) {
         ASSERT_TRUE(other.Open(plain, FM_LOADING | FM_VARN));
@@ -273,7 +271,6 @@ TEST_F(FileStreamTest, AVersionedFileKeepsItsSideInformationBesideIt) {
 }
 
 TEST_F(FileStreamTest, FileTypesByTheFirstToken) {
-    const std::string binaryModel = "B" + Raw({0x50, 0x01, 0x00, 0x80});
     struct Row {
         const char* name;
         std::string bytes;
@@ -285,7 +282,7 @@ TEST_F(FileStreamTest, FileTypesByTheFirstToken) {
         {"angle.mdl", "<MODELFILE>\nName=x\n", true, model},
         {"end.mdl", "</MODELFILE>\n", true, model | fileio::kEndHeaderBit},
         {"square.mdl", "[MODELFILE]\r\n", true, model},
-        {"binary.mdl", binaryModel, true, model},
+        {"binary.mdl", "B" + Raw({0x50, 0x01, 0x00, 0x80}), true, model},
         {"label.mdl", "Name=x\n", false, -2},
         {"empty.mdl", "", false, -2},
         {"unknown.mdl", "<NOSUCHWORD>\n", true, -1},
