@@ -1,5 +1,5 @@
-// The silent search for missing files: file and folder aliases, the failed list, and the alias step
-// of quoted names.
+// The silent search for missing files: file and folder aliases, the shorter folder alias
+// learnt from a pair, the failed list, and the alias step of quoted names.
 
 #include "StreamTestSupport.h"
 
@@ -14,6 +14,7 @@
 #include <string>
 
 using namespace streamtest;
+using fileio::platform::PathStyle;
 
 namespace {
 
@@ -88,6 +89,51 @@ TEST_F(MissingFiles, FolderAliasesForTheFolderAndEveryFolderBelowIt) {
         EXPECT_EQ(std::string(folder.View()),
                   row.found != nullptr ? Native(row.found) : row.folder);
     }
+}
+
+// The shorter pair is learnt from the separators among the last characters of the new
+// folder, counted over as many positions as the two share at their ends, ending at the NUL.
+TEST_F(MissingFiles, TheShorterFolderAliasRemovesTheLevelsTheCommonEndingCounts) {
+    struct Row {
+        const char* from;
+        const char* to;
+        PathStyle style;
+        int levels;
+        const char* shorterFrom;
+        const char* shorterTo;
+    };
+    const Row rows[] = {
+        {"C:\\Work\\Robot\\Maps\\", "E:\\Backup\\Robot\\Maps\\", PathStyle::Windows, 2,
+         "C:\\Work\\", "E:\\Backup\\"},
+        // Without the trailing separator the ending's first "\" is not looked at.
+        {"C:\\Work\\Robot\\Maps", "E:\\Backup\\Robot\\Maps", PathStyle::Windows, 1,
+         "C:\\Work\\Robot\\", "E:\\Backup\\Robot\\"},
+        {"C:\\Work\\Maps\\", "E:\\Maps\\", PathStyle::Windows, 1, "C:\\Work\\", "E:\\"},
+        // An ending that starts inside a name counts all the same.
+        {"C:\\Old\\Maps\\", "E:\\NewMaps\\", PathStyle::Windows, 1, "C:\\Old\\", "E:\\"},
+        {"C:\\One\\", "E:\\Two\\", PathStyle::Windows, 0, nullptr, nullptr},
+        // Nothing would be left of the shorter pair: it is not learnt.
+        {"C:\\Same\\", "C:\\Same\\", PathStyle::Windows, 2, "", ""},
+        // "/" counts in the POSIX style only.
+        {"/mnt/old/Robot/Maps/", "/home/ann/Robot/Maps/", PathStyle::Posix, 2, "/mnt/old/",
+         "/home/ann/"},
+        {"/mnt/old/Robot/Maps/", "/home/ann/Robot/Maps/", PathStyle::Windows, 0, nullptr, nullptr},
+        {"C:\\Work\\Robot\\", "/home/ann/Robot\\", PathStyle::Posix, 1, "C:\\Work\\", "/home/ann/"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.from) + " -> " + row.to);
+        EXPECT_EQ(fileio::detail::DerivedAliasLevels(row.from, row.to, row.style), row.levels);
+        if (row.shorterFrom != nullptr) {
+            EXPECT_EQ(fileio::detail::RemoveFolderLevels(row.from, row.levels).View(),
+                      row.shorterFrom);
+            EXPECT_EQ(fileio::detail::RemoveFolderLevels(row.to, row.levels).View(), row.shorterTo);
+        }
+    }
+    // Learnt with the platform's own style: a sibling folder of the project is then found.
+    FileStream::AddPathAlias("C:\\Work\\Robot\\Maps\\", "E:\\Backup\\Robot\\Maps\\");
+    String sibling("C:\\Work\\Sounds\\");
+    ASSERT_TRUE(FileStream::FindPathAlias(sibling));
+    EXPECT_EQ(std::string(sibling.View()), "E:\\Backup" + Native("/Sounds/"));
 }
 
 TEST_F(MissingFiles, TheSilentSearchTrustsFileAliasesAndChecksFolderAliases) {

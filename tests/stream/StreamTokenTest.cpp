@@ -1,5 +1,5 @@
-// Headers, end headers and labels: the binary id words, peeks by version, and skipping past labels
-// and headers.
+// Headers, end headers and labels: reading both bracket generations and the binary id words,
+// peeks, and skipping sections.
 
 #include "StreamTestSupport.h"
 
@@ -19,6 +19,42 @@ constexpr int kPluginProperties = 2693;
 constexpr int kEnd = 0x20000000;
 
 } // namespace
+
+TEST(StreamTokens, TextHeadersOfBothGenerations) {
+    struct Row {
+        float version;
+        std::string data;
+        std::string text;
+        int id;
+        unsigned long long position;
+    };
+    const std::string a79(79, 'A');
+    const Row rows[] = {
+        {13.0f, "<MODELFILE>\n  X", "MODELFILE", kModelFile, 14},
+        {13.0f, "</MODELFILE>", "/MODELFILE", kModelFile | kEnd, 12},
+        {13.0f, "</Active>", "/Active", kActive | kEnd, 9}, // a label word opens a section
+        // The square form ends just after its bracket; the angle form skips white space.
+        {5.0f, "[MODELFILE]\r\nX", "MODELFILE", kModelFile, 11},
+        {5.0f, "[ENDMODELFILE]", "ENDMODELFILE", kModelFile | kEnd, 14},
+        {5.0f, "[END]", "END", -1, 5},
+        {5.0f, "[EndMODELFILE]", "EndMODELFILE", -1, 14},
+        // A header text keeps 79 characters. The angle form reads at most 255 bytes, the
+        // square form reads to its bracket.
+        {13.0f, "<" + std::string(100, 'A') + ">\nX", a79, -1, 103},
+        {13.0f, "<" + std::string(300, 'A') + ">X", a79, -1, 256},
+        {5.0f, "[" + std::string(300, 'A') + "]X", a79, -1, 302},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.data.substr(0, 20));
+        OnBothTransports(row.data, FM_LOADING, row.version, [&](VarnStream& stream) {
+            Header header(kMesh);
+            stream >> header;
+            EXPECT_EQ(std::string(header.text), row.text);
+            EXPECT_EQ(header.id, row.id);
+            EXPECT_EQ(stream.GetPos(), row.position);
+        });
+    }
+}
 
 TEST(StreamTokens, BinaryHeaderWords) {
     struct Row {
@@ -120,6 +156,34 @@ TEST(StreamTokens, LabelPeeks) {
             EXPECT_EQ(stream.GetPos(), row.position);
         });
     }
+}
+
+TEST(StreamTokens, SkipHeaderInTextCountsNestedSectionsOfTheSameName) {
+    // A model section (whose header the caller has read) with a nested model section inside
+    // a mesh, then one more label after the section's end.
+    const char* const nested = "<MESH>\n"
+                               "<MODELFILE>\n"
+                               "Active=TRUE\n"
+                               "</MODELFILE>\n"
+                               "  </MODELFILE>\n" // indented: not a header line
+                               "</MESH>\n"
+                               "</modelfile>\n" // the end word matches ignoring case
+                               "Name=after\n";
+    OnBothTransports(nested, [](VarnStream& stream) {
+        EXPECT_TRUE(stream.SkipHeader(Header(kModelFile)));
+        Label label;
+        String value;
+        stream >> label >> value;
+        EXPECT_STREQ(label.text, "Name");
+        EXPECT_EQ(value.View(), "after");
+    });
+    MemoryStream square;
+    Load(square, "[MODELFILE]\r\nX=1\r\n[ENDMODELFILE]\r\n[endmodelfile]\r\nName=after", FM_LOADING,
+         5.0f);
+    EXPECT_TRUE(square.SkipHeader(Header(kModelFile)));
+    Label label;
+    square >> label;
+    EXPECT_STREQ(label.text, "Name");
 }
 
 // ---- skipping ------------------------------------------------------------------------------
