@@ -115,15 +115,13 @@ TEST(CustomRangeTextTest, WrittenTextReadsBackToTheSameItems) {
                      std::to_string(setting.unit));
         std::uniform_int_distribution<long long> frames(0, setting.maxFrame);
         std::uniform_int_distribution<int> steps(1, static_cast<int>(setting.maxFrame));
-        std::uniform_int_distribution<int> counts(0, 8);
-        std::uniform_int_distribution<int> kinds(0, 2);
         for (int round = 0; round < 200; ++round) {
             std::vector<Item> items;
             CustomRange range;
-            const int count = counts(random);
+            const int count = static_cast<int>(random() % 9);
             for (int i = 0; i < count; ++i) {
                 const long long start = frames(random);
-                const int kind = kinds(random);
+                const int kind = static_cast<int>(random() % 3);
                 Item item{start, kind == 0 ? start : frames(random), kind == 2 ? steps(random) : 1};
                 if (item.end == item.start)
                     item.step = 1; // a single frame is written without its step

@@ -55,9 +55,11 @@ TEST_F(StringConstruction, CopiesExactBytes) {
         EXPECT_EQ(room.Get()[i], '\0') << i;
 }
 
+using StringAssignment = StringPoolTest;
+
 // A string's buffer is its own: changing a copy never shows in the original, and a move
-// copies too.
-TEST_F(StringConstruction, CopiesNeverShareBuffers) {
+// copies too. Self-assignment keeps the very buffer, even an empty one.
+TEST_F(StringAssignment, CopiesNeverShareBuffersAndSelfAssignmentKeepsThem) {
     String original("shared?");
     String copy(original);
     String moved(std::move(original));
@@ -66,9 +68,16 @@ TEST_F(StringConstruction, CopiesNeverShareBuffers) {
     EXPECT_EQ(TextOf(original), "shared?");
     EXPECT_EQ(TextOf(copy), "Shared?");
     EXPECT_EQ(TextOf(moved), "Mhared?");
+    char* before = copy.Get();
+    String& same = copy;
+    copy = same;
+    copy = std::move(same);
+    EXPECT_EQ(copy.Get(), before);
+    String empty('\0');
+    String& alias = empty;
+    empty = alias;
+    EXPECT_NE(empty.Get(), nullptr);
 }
-
-using StringAssignment = StringPoolTest;
 
 TEST_F(StringAssignment, ReplacesTextAndEmptyTextBecomesNull) {
     String s("first");
@@ -78,36 +87,17 @@ TEST_F(StringAssignment, ReplacesTextAndEmptyTextBecomesNull) {
     EXPECT_EQ(TextOf(s), "third");
     s = s.Get() + 2; // a pointer into its own text: copied before the old buffer goes
     EXPECT_EQ(TextOf(s), "ird");
-
+    EXPECT_EQ(s[2], 'd');
+    EXPECT_EQ(s[3], '\0');
     s = "";
     EXPECT_EQ(s.Get(), nullptr);
+    EXPECT_EQ(s[5], '\0'); // indexing a null string reads NUL
     s = "x";
     s = String('\0');
     EXPECT_EQ(s.Get(), nullptr);
     s = "x";
     s = std::string();
     EXPECT_EQ(s.Get(), nullptr);
-}
-
-// Self-assignment keeps the very buffer, even an empty one.
-TEST_F(StringAssignment, SelfAssignmentKeepsTheBuffer) {
-    String s("self");
-    char* before = s.Get();
-    String& same = s;
-    s = same;
-    s = std::move(same);
-    EXPECT_EQ(s.Get(), before);
-    String empty('\0');
-    String& alias = empty;
-    empty = alias;
-    EXPECT_NE(empty.Get(), nullptr);
-}
-
-TEST_F(StringAssignment, IndexingANullStringReadsNul) {
-    EXPECT_EQ(String()[5], '\0');
-    const String text("abc");
-    EXPECT_EQ(text[2], 'c');
-    EXPECT_EQ(text[3], '\0');
 }
 
 using StringAppend = StringPoolTest;
@@ -178,10 +168,8 @@ TEST_F(StringRemoveAll, RemovesNonOverlappingOccurrences) {
     EXPECT_EQ(kept.Get(), before); // nothing removed: the very buffer stays
 }
 
-using StringObjects = StringPoolTest;
-
 // String objects made with new take their own storage from the string pool as well.
-TEST_F(StringObjects, ObjectsMadeWithNewLiveInTheStringPool) {
+TEST_F(StringConstruction, ObjectsMadeWithNewLiveInTheStringPool) {
     static_assert(sizeof(String) == sizeof(char*));
     const unsigned long long before = StringPoolTotal();
     String* s = new String;

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cfenv>
 #include <cfloat>
 #include <climits>
@@ -15,6 +16,7 @@
 #include <cstring>
 #include <limits>
 #include <random>
+#include <string>
 
 // The time arithmetic relies on floating point without excess precision (x86-64 SSE).
 static_assert(FLT_EVAL_METHOD == 0,
@@ -105,26 +107,23 @@ TEST(Time, ConstructionFromSecondsGivesTicksAt135000PerSecond) {
     EXPECT_EQ(t.GetTicks(), -202500);
 }
 
+// A host may leave the processor in another rounding mode; the tick counts of exactly
+// representable values must not change (ties still go to even, halves are not truncated).
 TEST(Time, RoundingIgnoresTheHostsRoundingMode) {
-    // A host may leave the processor in another rounding mode; the tick counts of exactly
-    // representable values must not change (ties still go to even, halves are not
-    // truncated).
+    const int saved = std::fegetround();
     for (int mode : {FE_DOWNWARD, FE_UPWARD, FE_TOWARDZERO}) {
-        SCOPED_TRACE(mode);
-        const int saved = std::fegetround();
         ASSERT_EQ(std::fesetround(mode), 0);
-        const long long up = Time(0.0625).GetTicks();           // 8437.5
-        const long long down = Time(-0.1875).GetTicks();        // -25312.5
-        const long long product = (Time(7LL) * 0.5).GetTicks(); // 3.5
-        const long long quarter = (Time(9LL) / 4.0).GetTicks(); // 2.25
+        // 8437.5, -25312.5, 3.5 and 2.25 ticks
+        const std::array<long long, 4> ticks = {Time(0.0625).GetTicks(), Time(-0.1875).GetTicks(),
+                                                (Time(7LL) * 0.5).GetTicks(),
+                                                (Time(9LL) / 4.0).GetTicks()};
         std::fesetround(saved);
-        EXPECT_EQ(up, 8438);
-        EXPECT_EQ(down, -25312);
-        EXPECT_EQ(product, 4);
-        EXPECT_EQ(quarter, 2);
+        EXPECT_EQ(ticks, (std::array<long long, 4>{8438, -25312, 4, 2})) << "mode " << mode;
     }
 }
 
+// Frames and cells give the exact ticks at every rate, and whole frames are written as their
+// number even at 29.97 and 59.94 fps, where a frame is not a whole number of ticks.
 TEST(Time, FramesAndCellsGiveExactTicksAtEveryRate) {
     // Rates as exact fractions for the integer computation of the expected ticks.
     struct ExactRate {
@@ -141,6 +140,8 @@ TEST(Time, FramesAndCellsGiveExactTicksAtEveryRate) {
             Time t;
             t.SetFrame(static_cast<double>(n), rate.fps);
             EXPECT_EQ(t.GetTicks(), expected) << rate.fps << " fps, frame " << n;
+            EXPECT_EQ(t.ToString(rate.fps, FRAMES, false).View(), std::to_string(n));
+            EXPECT_EQ(t.ToString(rate.fps, CELLS, true).View(), std::to_string(n));
             t.SetCell(static_cast<double>(n + 1), rate.fps);
             EXPECT_EQ(t.GetTicks(), expected) << rate.fps << " fps, cell " << n + 1;
         }
@@ -232,42 +233,26 @@ TEST(Time, SnapFloorCeilAndMoveToFrame) {
                  {30, 4501, 4500, 4500, 9000},
                  {30, -4501, -4500, -4500, 0},
                  {30, -9000, -9000, -9000, -9000},
-                 {29.97, 4506, 4505, 4505, 9010}};
+                 {29.97, 4506, 4505, 4505, 9010},
+                 // 135000 / 270000 is exactly 0.5, which rounds to an even frame length of 0:
+                 // every tick is on a frame. A length of -1 divides everything.
+                 {270000, 12345, 12345, 12345, 12345},
+                 {-135000, kMin, kMin, kMin, kMin}};
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.ticks << " ticks at " << c.fps);
-        Time snapped(c.ticks), floor(c.ticks), ceil(c.ticks), down(c.ticks), still(c.ticks),
-            up(c.ticks);
-        snapped.SnapToFrame(c.fps);
-        floor.FloorToFrame(c.fps);
-        ceil.CeilToFrame(c.fps);
-        down.MoveToFrame(c.fps, Time(kMin));
-        still.MoveToFrame(c.fps, Time());
-        up.MoveToFrame(c.fps, Time(1LL));
-        EXPECT_EQ(snapped.GetTicks(), c.snapped);
-        EXPECT_EQ(floor.GetTicks(), c.floor);
-        EXPECT_EQ(ceil.GetTicks(), c.ceil);
-        EXPECT_EQ(down.GetTicks(), c.floor);
-        EXPECT_EQ(still.GetTicks(), c.floor);
-        EXPECT_EQ(up.GetTicks(), c.ceil);
+        const auto moved = [&](void (*move)(Time&, double)) {
+            Time t(c.ticks);
+            move(t, c.fps);
+            return t.GetTicks();
+        };
+        EXPECT_EQ(moved([](Time& t, double fps) { t.SnapToFrame(fps); }), c.snapped);
+        EXPECT_EQ(moved([](Time& t, double fps) { t.FloorToFrame(fps); }), c.floor);
+        EXPECT_EQ(moved([](Time& t, double fps) { t.CeilToFrame(fps); }), c.ceil);
+        EXPECT_EQ(moved([](Time& t, double fps) { t.MoveToFrame(fps, Time(kMin)); }), c.floor);
+        EXPECT_EQ(moved([](Time& t, double fps) { t.MoveToFrame(fps, Time()); }), c.floor);
+        EXPECT_EQ(moved([](Time& t, double fps) { t.MoveToFrame(fps, Time(1LL)); }), c.ceil);
         EXPECT_EQ(Time(c.ticks).IsOnFrame(c.fps), c.floor == c.ticks);
     }
-}
-
-TEST(Time, FrameOperationsAtAZeroFrameLengthChangeNothing) {
-    // 135000 / 270000 is exactly 0.5, which rounds to an even 0; faster rates give 0 too.
-    for (double fps : {270000.0, 1e6}) {
-        SCOPED_TRACE(fps);
-        EXPECT_TRUE(Time(12345LL).IsOnFrame(fps));
-        Time t(12345LL);
-        t.SnapToFrame(fps);
-        t.FloorToFrame(fps);
-        t.CeilToFrame(fps);
-        t.StepFrame(fps);
-        EXPECT_EQ(t.GetTicks(), 12345);
-    }
-    Time t(kMin);
-    t.FloorToFrame(-135000); // a frame length of -1 divides everything
-    EXPECT_EQ(t.GetTicks(), kMin);
 }
 
 TEST(Time, MultiplicationAndDivisionByNumbersRound) {
