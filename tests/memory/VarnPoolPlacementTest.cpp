@@ -76,23 +76,20 @@ public:
             m_blocks.erase(b);
             return;
         }
+        // Coalesce with the free chunks right after and right before it.
         unsigned long long start = offset;
-        unsigned long long length = size;
-        auto upper = b->free.upper_bound(offset);
-        if (upper != b->free.begin()) {
-            auto lower = std::prev(upper);
-            if (lower->first + lower->second == offset) {
-                start = lower->first;
-                length += lower->second;
-                Unrecord(*b, lower->first);
-            }
+        unsigned long long end = offset + size;
+        if (const auto next = b->free.find(end); next != b->free.end()) {
+            end += next->second;
+            Unrecord(*b, next->first);
         }
-        upper = b->free.upper_bound(offset);
-        if (upper != b->free.end() && start + length == upper->first) {
-            length += upper->second;
-            Unrecord(*b, upper->first);
+        const auto after = b->free.lower_bound(offset);
+        if (after != b->free.begin() &&
+            std::prev(after)->first + std::prev(after)->second == start) {
+            start = std::prev(after)->first;
+            Unrecord(*b, start);
         }
-        Record(*b, start, length);
+        Record(*b, start, end - start);
     }
 
     unsigned long long Total() const { return m_total; }
