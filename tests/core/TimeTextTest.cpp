@@ -32,40 +32,37 @@ TEST(TimeText, ToStringFollowsTheUnitsFormats) {
         long long ticks;
         double fps;
         int unit;
-        bool zeroBasedCells;
         const char* text;
     } cases[] = {
-        {202500, 30, SMPTE, false, "00:01:15"},  // 1.5 s
-        {68850, 30, SMPTE, false, "00:00:15.3"}, // 0.51 s: 15.3 frames
-        {-202500, 30, SMPTE, false, "-00:01:15"},
-        {-1, 30, SMPTE, false, "-00:00:00"}, // a sliver below zero keeps its sign
-        {810000000, 30, SMPTE, false, "100:00:00"},
-        {1406, 24, SMPTE, false, "00:00:0.25"},  // 0.24996 frames
-        {17469, 25, SMPTE, false, "00:00:3.24"}, // 3.2349999994 frames, nudged up
-        {202500, 120, SMPTE, false, "00:01:060"},
-        {0, 99.99, SMPTE, false, "00:00:00"},
+        {202500, 30, SMPTE, "00:01:15"},  // 1.5 s
+        {68850, 30, SMPTE, "00:00:15.3"}, // 0.51 s: 15.3 frames
+        {-202500, 30, SMPTE, "-00:01:15"},
+        {-1, 30, SMPTE, "-00:00:00"}, // a sliver below zero keeps its sign
+        {810000000, 30, SMPTE, "100:00:00"},
+        {1406, 24, SMPTE, "00:00:0.25"},  // 0.24996 frames
+        {17469, 25, SMPTE, "00:00:3.24"}, // 3.2349999994 frames, nudged up
+        {202500, 120, SMPTE, "00:01:060"},
+        {0, 99.99, SMPTE, "00:00:00"},
         // The seconds of the largest tick count, 2^63 / 135000 = 68321274347072.4, become
         // the nearest float, 68321273708544 (floats lie 2^22 apart there): that is
         // 1138687895142 minutes and 24 seconds, with no fraction left for frames.
-        {kMax, 30, SMPTE, false, "1138687895142:24:00"},
-        {-67500, 24, FRAMES, false, "-12"},
-        {8438, 24, FRAMES, false, "1.5"}, // 1.50011 frames
+        {kMax, 30, SMPTE, "1138687895142:24:00"},
+        {-67500, 24, FRAMES, "-12"},
+        {8438, 24, FRAMES, "1.5"}, // 1.50011 frames
         // 27 ticks are exactly 0.005 frames at 25 fps; the float seconds fall a hair short
         // and the 2^-23 nudge still rounds the half hundredth up.
-        {27, 25, FRAMES, false, "0.01"},
-        {694440000, 24, FRAMES, false, "123456"},
-        {6944439375, 24, FRAMES, false, "1.23457e+06"},
-        {0, 24, CELLS, false, "1"},
-        {67500, 24, CELLS, true, "12"},
-        {-67500, 24, CELLS, false, "-11"},
-        {135000, 30, 3, false, "<null>"},
+        {27, 25, FRAMES, "0.01"},
+        {694440000, 24, FRAMES, "123456"},
+        {6944439375, 24, FRAMES, "1.23457e+06"},
+        {0, 24, CELLS, "1"},
+        {-67500, 24, CELLS, "-11"},
+        {135000, 30, 3, "<null>"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.ticks << " ticks at " << c.fps << " fps, unit "
-                                          << c.unit << (c.zeroBasedCells ? ", zero-based" : ""));
-        EXPECT_EQ(
-            TextOf(Time(c.ticks).ToString(c.fps, static_cast<TimeUnit>(c.unit), c.zeroBasedCells)),
-            c.text);
+        SCOPED_TRACE(::testing::Message()
+                     << c.ticks << " ticks at " << c.fps << " fps, unit " << c.unit);
+        EXPECT_EQ(TextOf(Time(c.ticks).ToString(c.fps, static_cast<TimeUnit>(c.unit), false)),
+                  c.text);
     }
 }
 
@@ -100,52 +97,48 @@ TEST(TimeText, FrameFieldFormatMatchesPrintf) {
 // a float as strtof reads it: blanks before it skipped, junk after it ignored, an empty
 // field 0, no decimal comma. In SMPTE digits typed without separators carry: frames of
 // 100 or more (1000 from 100 fps on) into seconds, seconds of 100 or more into minutes.
-// A leading "-" negates the whole time; cells count from 1 unless zero-based. Values
+// A leading "-" negates the whole time; cells count from 1. Values
 // outside the tick range give MIN.
 TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
     const struct {
         const char* text;
         int fps;
         int unit;
-        bool zeroBasedCells;
         long long ticks;
     } cases[] = {
-        {"1:30", 30, SMPTE, false, 270000}, // 1 s 30 frames = 2 s
-        {"1:10:15", 30, SMPTE, false, 9517500},
-        {"00:00:15.3", 30, SMPTE, false, 68850},
-        {"99:00", 30, SMPTE, false, 13365000},   // 99 s: not carried into minutes
-        {"1:2:3:4", 30, SMPTE, false, 16623000}, // the earliest field falls off
-        {"1::2", 30, SMPTE, false, 8109000},
-        {"1:50", 100, SMPTE, false, 202500}, // 1 s + 50 / 100 s
+        {"1:30", 30, SMPTE, 270000}, // 1 s 30 frames = 2 s
+        {"1:10:15", 30, SMPTE, 9517500},
+        {"00:00:15.3", 30, SMPTE, 68850},
+        {"99:00", 30, SMPTE, 13365000},   // 99 s: not carried into minutes
+        {"1:2:3:4", 30, SMPTE, 16623000}, // the earliest field falls off
+        {"1::2", 30, SMPTE, 8109000},
+        {"1:50", 100, SMPTE, 202500}, // 1 s + 50 / 100 s
         // 218714062.5 + 4.5e-13 exactly: rounded once it is a tie (to even); rounded twice,
         // as a runtime's fma without the fused instruction may, it goes up.
-        {"27:00:05", 48, SMPTE, false, 218714062},
-        {"1.5", 24, FRAMES, false, 8438},    // 8437.5 ticks: a tie, to even
-        {"1:30", 30, FRAMES, false, 270000}, // fields work in every unit
-        {"25", 24, CELLS, false, 135000},
-        {"24", 24, CELLS, true, 135000},
-        {"250", 30, 5, false, 1125000}, // other units read as frames, without carry
-        {"99", 30, SMPTE, false, 445500},
-        {"100", 30, SMPTE, false, 135000},
-        {"120000", 30, SMPTE, false, 97200000},   // 1200 s carried on: 12 min
-        {"1:100:00", 30, SMPTE, false, 16200000}, // 1 + 1 s become 2 min
-        {"999", 100, SMPTE, false, 1348650},      // 999 frames = 9.99 s
-        {"1000", 100, SMPTE, false, 135000},
-        {"-1:15", 30, SMPTE, false, -202500},
-        {" -1:15", 30, SMPTE, false, -67500}, // here the sign belongs to the seconds
-        {"--5", 24, FRAMES, false, 28125},    // the second "-" belongs to the number
-        {"-11", 24, CELLS, false, -56250},    // -(11 - 1) frames
-        {"", 24, CELLS, false, -5625},        // an empty (or null) text is cell 0
-        {"1,5", 24, FRAMES, false, 5625},
-        {"-1e30", 24, FRAMES, false, kMin},
-        {"12", 0, FRAMES, false, kMin}, // no rate: 12 / 0 frames
+        {"27:00:05", 48, SMPTE, 218714062},
+        {"1.5", 24, FRAMES, 8438},    // 8437.5 ticks: a tie, to even
+        {"1:30", 30, FRAMES, 270000}, // fields work in every unit
+        {"25", 24, CELLS, 135000},
+        {"250", 30, 5, 1125000}, // other units read as frames, without carry
+        {"99", 30, SMPTE, 445500},
+        {"100", 30, SMPTE, 135000},
+        {"120000", 30, SMPTE, 97200000},   // 1200 s carried on: 12 min
+        {"1:100:00", 30, SMPTE, 16200000}, // 1 + 1 s become 2 min
+        {"999", 100, SMPTE, 1348650},      // 999 frames = 9.99 s
+        {"1000", 100, SMPTE, 135000},
+        {"-1:15", 30, SMPTE, -202500},
+        {" -1:15", 30, SMPTE, -67500}, // here the sign belongs to the seconds
+        {"--5", 24, FRAMES, 28125},    // the second "-" belongs to the number
+        {"-11", 24, CELLS, -56250},    // -(11 - 1) frames
+        {"", 24, CELLS, -5625},        // an empty (or null) text is cell 0
+        {"1,5", 24, FRAMES, 5625},
+        {"-1e30", 24, FRAMES, kMin},
+        {"12", 0, FRAMES, kMin}, // no rate: 12 / 0 frames
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << "\"" << c.text << "\" at " << c.fps << " fps, unit "
-                                          << c.unit << (c.zeroBasedCells ? ", zero-based" : ""));
-        EXPECT_EQ(String(c.text)
-                      .ToTime(c.fps, static_cast<TimeUnit>(c.unit), c.zeroBasedCells)
-                      .GetTicks(),
+        SCOPED_TRACE(::testing::Message()
+                     << "\"" << c.text << "\" at " << c.fps << " fps, unit " << c.unit);
+        EXPECT_EQ(String(c.text).ToTime(c.fps, static_cast<TimeUnit>(c.unit), false).GetTicks(),
                   c.ticks);
     }
     EXPECT_EQ(String("12\0:5", 5).ToTime(24, SMPTE, false).GetTicks(), 67500);
