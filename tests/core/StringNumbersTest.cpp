@@ -28,13 +28,12 @@ template <typename T> auto BitsOf(T value) {
     return std::bit_cast<std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>>(value);
 }
 
-using StringNumberText = StringPoolTest;
-using StringConversion = StringPoolTest;
+using StringNumbers = StringPoolTest;
 
 // Integers in full without grouping, at the edges of every width; the float forms the
 // runtime comparison below cannot check (it runs on glibc only): vectors and colours as
 // their floats joined by blanks.
-TEST_F(StringNumberText, ExactTexts) {
+TEST_F(StringNumbers, ExactTexts) {
     const struct {
         String value;
         const char* expected;
@@ -64,7 +63,7 @@ TEST_F(StringNumberText, ExactTexts) {
 }
 
 // The special values are spelled the same way in every form, for both widths.
-TEST_F(StringNumberText, InfinityAndEveryNaNKind) {
+TEST_F(StringNumbers, InfinityAndEveryNaNKind) {
     const struct {
         std::uint64_t doubleBits;
         std::uint32_t floatBits;
@@ -92,7 +91,7 @@ TEST_F(StringNumberText, InfinityAndEveryNaNKind) {
 // NaN (so the text of a signalling NaN reads back signalling, its payload lost); the 32-bit
 // unsigned reader behaves as under a 32-bit long on every platform (a magnitude above 2^32 - 1
 // clamps, a smaller one is negated modulo 2^32); a null string reads as 0.
-TEST_F(StringConversion, TheSuitesOwnReadings) {
+TEST_F(StringNumbers, TheSuitesOwnReadings) {
     EXPECT_EQ(BitsOf(String("nan(snan)").Str_atod()), 0x7FF4000000000000u);
     EXPECT_EQ(BitsOf(String("-nan(snan)").Str_atof()), 0xFFA00000u);
     const struct {
@@ -128,7 +127,7 @@ bool SwitchToCommaLocale() {
 
 // A host that switches the process to a comma locale still gets "0.5" and reads "0.5", in
 // numbers and in the text forms of times.
-TEST_F(StringConversion, NumberTextsIgnoreTheLocale) {
+TEST_F(StringNumbers, NumberTextsIgnoreTheLocale) {
     LocaleGuard guard;
     if (!SwitchToCommaLocale())
         GTEST_SKIP() << "no locale with a comma decimal point is installed";
@@ -147,7 +146,7 @@ TEST_F(StringConversion, NumberTextsIgnoreTheLocale) {
 // compare every finite value (the special spellings are the suite's own), first the values
 // a random draw seldom meets: signed zeros, ties, a subnormal whose 17th digit is 0, the
 // largest double written out in full.
-TEST_F(StringNumberText, MatchesTheCRuntimeFormatter) {
+TEST_F(StringNumbers, MatchesTheCRuntimeFormatter) {
     const double seeds[] = {-0.0,  0x1p-25, 0x1p-1050, 0x1p-13, 0.125,   0.375,    2.5,
                             -7.25, -0.001,  2.0005,    1e20,    DBL_MAX, -DBL_MAX, 1.0 / 3};
     std::mt19937_64 random(7);
@@ -195,7 +194,7 @@ TEST_F(StringNumberText, MatchesTheCRuntimeFormatter) {
 // overflow, underflow and ties of both widths, the 32- and 64-bit integer limits, very long
 // runs), then random texts built from the characters that matter and random values written
 // in several forms.
-TEST_F(StringConversion, MatchesTheCRuntimeConversions) {
+TEST_F(StringNumbers, MatchesTheCRuntimeConversions) {
     std::setlocale(LC_ALL, "C");
     const std::string seeds[] = {
         " \t\n\v\f\r12", "12abc", "1e", "+1E5", ".5", "1,5", "-.", "+-1", "- 1", "-0", "0x1.8p3",

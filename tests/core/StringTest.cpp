@@ -9,12 +9,12 @@
 
 namespace {
 
-using StringConstruction = StringPoolTest;
+using StringTest = StringPoolTest;
 
 // The two empty states, null and a non-null empty buffer: which constructor gives which is
 // the heart of the type's contract. Each row makes its string in place, since a copy would
 // turn an empty buffer into null.
-TEST_F(StringConstruction, NullAndEmptyBufferStates) {
+TEST_F(StringTest, NullAndEmptyBufferStates) {
     const struct {
         const char* name;
         String (*make)();
@@ -40,7 +40,7 @@ TEST_F(StringConstruction, NullAndEmptyBufferStates) {
 
 // String(p, n) copies exactly n bytes, embedded NULs and high bytes included (the text ends
 // at the first NUL); String(n, x) is n + 1 zero bytes of room.
-TEST_F(StringConstruction, CopiesExactBytes) {
+TEST_F(StringTest, CopiesExactBytes) {
     EXPECT_EQ(TextOf(String("abcdef", 3)), "abc");
     EXPECT_EQ(TextOf(String(static_cast<unsigned char>(0xE9))), "\xE9");
     EXPECT_EQ(TextOf(String('z', 4)), "zzzz");
@@ -55,11 +55,9 @@ TEST_F(StringConstruction, CopiesExactBytes) {
         EXPECT_EQ(room.Get()[i], '\0') << i;
 }
 
-using StringAssignment = StringPoolTest;
-
 // A string's buffer is its own: changing a copy never shows in the original, and a move
 // copies too. Self-assignment keeps the very buffer, even an empty one.
-TEST_F(StringAssignment, CopiesNeverShareBuffersAndSelfAssignmentKeepsThem) {
+TEST_F(StringTest, CopiesNeverShareBuffersAndSelfAssignmentKeepsThem) {
     String original("shared?");
     String copy(original);
     String moved(std::move(original));
@@ -79,7 +77,7 @@ TEST_F(StringAssignment, CopiesNeverShareBuffersAndSelfAssignmentKeepsThem) {
     EXPECT_NE(empty.Get(), nullptr);
 }
 
-TEST_F(StringAssignment, ReplacesTextAndEmptyTextBecomesNull) {
+TEST_F(StringTest, ReplacesTextAndEmptyTextBecomesNull) {
     String s("first");
     s = reinterpret_cast<const unsigned char*>("second");
     EXPECT_EQ(TextOf(s), "second");
@@ -100,11 +98,9 @@ TEST_F(StringAssignment, ReplacesTextAndEmptyTextBecomesNull) {
     EXPECT_EQ(s.Get(), nullptr);
 }
 
-using StringAppend = StringPoolTest;
-
 // Appending nothing leaves the left side as it is (null stays null, an empty buffer stays);
 // concatenation leaves its operands alone.
-TEST_F(StringAppend, AppendsStringsAndCharacters) {
+TEST_F(StringTest, AppendsStringsAndCharacters) {
     struct {
         const char* name;
         String left, right;
@@ -137,9 +133,7 @@ TEST_F(StringAppend, AppendsStringsAndCharacters) {
     EXPECT_EQ(TextOf(ab), "ab");
 }
 
-using StringRemoveAll = StringPoolTest;
-
-TEST_F(StringRemoveAll, RemovesNonOverlappingOccurrences) {
+TEST_F(StringTest, RemovesNonOverlappingOccurrences) {
     const struct {
         const char *text, *pattern;
         int count;
@@ -169,7 +163,7 @@ TEST_F(StringRemoveAll, RemovesNonOverlappingOccurrences) {
 }
 
 // String objects made with new take their own storage from the string pool as well.
-TEST_F(StringConstruction, ObjectsMadeWithNewLiveInTheStringPool) {
+TEST_F(StringTest, ObjectsMadeWithNewLiveInTheStringPool) {
     static_assert(sizeof(String) == sizeof(char*));
     const unsigned long long before = StringPoolTotal();
     String* s = new String;
@@ -177,8 +171,6 @@ TEST_F(StringConstruction, ObjectsMadeWithNewLiveInTheStringPool) {
     delete s;
     EXPECT_EQ(StringPoolTotal(), before);
 }
-
-using StringComparison = StringPoolTest;
 
 const char* const kNull = nullptr;   // a null string
 const char* const kEmptyBuffer = ""; // String('\0'), a non-null empty buffer
@@ -191,7 +183,7 @@ String Make(const char* text) {
 // orders before everything, an empty buffer is text "" (before any other text), and text
 // compares with both bytes lowered, as unsigned values. Compare is stricter: two empty
 // strings are never equal, lengths must match, and respecting case the bytes must.
-TEST_F(StringComparison, OperatorTable) {
+TEST_F(StringTest, ComparisonOperatorsAndCompare) {
     const struct {
         const char *left, *right;
         int order;

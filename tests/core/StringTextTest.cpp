@@ -8,13 +8,13 @@
 
 namespace {
 
-using StringSearch = StringPoolTest;
+using StringText = StringPoolTest;
 
 // Find and ReverseFind, by character (for one-character patterns) and by text: letters match
 // ignoring case, bytes above ASCII exactly; a forward start below 0 counts as 0, a backward
 // start below 0 or past the end means from the end, and a backward match may begin at the
 // start itself. NUL and the empty pattern are never found.
-TEST_F(StringSearch, FindAndReverseFind) {
+TEST_F(StringText, FindAndReverseFind) {
     const struct {
         const char *text, *pattern;
         int start, found, foundBackward;
@@ -42,9 +42,7 @@ TEST_F(StringSearch, FindAndReverseFind) {
     EXPECT_EQ(String().ReverseFind(String("a")), -1);
 }
 
-using StringParts = StringPoolTest;
-
-TEST_F(StringParts, LeftRightMid) {
+TEST_F(StringText, LeftRightMid) {
     const String s("abcdef");
     const struct {
         String value;
@@ -61,7 +59,7 @@ TEST_F(StringParts, LeftRightMid) {
     }
 }
 
-TEST_F(StringParts, Tokenize) {
+TEST_F(StringText, Tokenize) {
     const struct {
         const char *text, *delimiters;
         std::vector<std::string> tokens;
@@ -90,9 +88,7 @@ TEST_F(StringParts, Tokenize) {
     EXPECT_EQ(position, 3);
 }
 
-using StringEditing = StringPoolTest;
-
-TEST_F(StringEditing, Trim) {
+TEST_F(StringText, Trim) {
     const struct {
         const char *text, *left, *right, *both;
     } rows[] = {
@@ -118,7 +114,7 @@ TEST_F(StringEditing, Trim) {
     EXPECT_NE(empty.Trim().Get(), nullptr) << "nothing to trim: the buffer stays";
 }
 
-TEST_F(StringEditing, CaseAndQuote) {
+TEST_F(StringText, CaseAndQuote) {
     String s("Mixed Case 123 _\xE9\xC9");
     s.MakeUpper();
     EXPECT_EQ(TextOf(s), "MIXED CASE 123 _\xE9\xC9");
@@ -130,9 +126,7 @@ TEST_F(StringEditing, CaseAndQuote) {
     EXPECT_EQ(TextOf(null.Quote()), "\"\"");
 }
 
-using StringEscapes = StringPoolTest;
-
-TEST_F(StringEscapes, ExpandAndContractAreInverses) {
+TEST_F(StringText, ExpandAndContractAreInverses) {
     const struct {
         const char* text;
         int count;
@@ -152,9 +146,7 @@ TEST_F(StringEscapes, ExpandAndContractAreInverses) {
     }
 }
 
-using StringDisplay = StringPoolTest;
-
-TEST_F(StringDisplay, GetAbbreviated) {
+TEST_F(StringText, GetAbbreviated) {
     const struct {
         const char* text;
         int maxLength;
@@ -179,9 +171,7 @@ TEST_F(StringDisplay, GetAbbreviated) {
     EXPECT_EQ(String().GetAbbreviated(10).Get(), nullptr);
 }
 
-using StringNumberedNames = StringPoolTest;
-
-TEST_F(StringNumberedNames, Suffix) {
+TEST_F(StringText, NumberSuffix) {
     const struct {
         const char* text;
         int suffix;
@@ -205,7 +195,7 @@ TEST_F(StringNumberedNames, Suffix) {
     }
 }
 
-TEST_F(StringNumberedNames, NextFreeName) {
+TEST_F(StringText, NextFreeName) {
     const std::vector<String> taken = {String("Bone"), String("Bone1"), String("bone2"),
                                        String("Bone4"), String("Arm9")};
     const struct {
