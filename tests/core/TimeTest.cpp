@@ -79,8 +79,9 @@ static_assert([] {
 }() == 1);
 
 // Seconds to ticks: llrint of the product, ties to even, 0 for 0, -0 and NaN; beyond the
-// range the processor's indefinite value; a float's product in single precision.
-TEST(Time, ConstructionFromSecondsGivesTicksAt135000PerSecond) {
+// range the processor's indefinite value; a float's product in single precision. Products
+// and quotients of times by numbers round the same way.
+TEST(Time, SecondsAndProductsRoundToTicks) {
     const struct {
         Time time;
         long long ticks;
@@ -97,6 +98,14 @@ TEST(Time, ConstructionFromSecondsGivesTicksAt135000PerSecond) {
         // precision (floats 1024 apart there) rounds to 13500013568, double to ...711.
         {Time(100000.1f), 13500013568LL},
         {Time(static_cast<double>(100000.1f)), 13500013711LL},
+        {Time(1LL) * 0.5, 0},
+        {Time(-3LL) * 0.5, -2},
+        {Time(1) * 3, 405000},
+        {Time(14LL) / 4.0, 4},
+        {Time(100) / -2.0, 0}, // divisors below 1e-30 (and NaN) give 0
+        {Time(100) / 9.9e-31, 0},
+        {Time(100) / kNaN, 0},
+        {Time(1LL) / 1e-30, kMin}, // 1e30 ticks: beyond the range
     };
     for (const auto& c : cases)
         EXPECT_EQ(c.time.GetTicks(), c.ticks) << &c - cases;
@@ -105,6 +114,16 @@ TEST(Time, ConstructionFromSecondsGivesTicksAt135000PerSecond) {
     EXPECT_EQ(t.GetTicks(), 13500013568LL);
     t.SetSeconds(-1.5);
     EXPECT_EQ(t.GetTicks(), -202500);
+    t = Time(10LL);
+    t /= -2.0; // no test: a negative divisor divides
+    EXPECT_EQ(t.GetTicks(), -5);
+    t *= 2.5; // -12.5, a tie, to even
+    EXPECT_EQ(t.GetTicks(), -12);
+    t /= 0.0;
+    EXPECT_EQ(t.GetTicks(), kMin);
+    EXPECT_EQ(Time(3LL) / Time(2LL), 1.5f);
+    EXPECT_EQ(Time(3LL) / Time(0LL), 0.0f);
+    EXPECT_EQ(Time(kMax) / Time(1LL), 9223372036854775808.0f);
 }
 
 // A host may leave the processor in another rounding mode; the tick counts of exactly
@@ -251,31 +270,6 @@ TEST(Time, SnapFloorCeilAndMoveToFrame) {
         EXPECT_EQ(moved([](Time& t, double fps) { t.MoveToFrame(fps, Time(1LL)); }), c.ceil);
         EXPECT_EQ(Time(c.ticks).IsOnFrame(c.fps), c.floor == c.ticks);
     }
-}
-
-TEST(Time, MultiplicationAndDivisionByNumbersRound) {
-    const struct {
-        Time result;
-        long long ticks;
-    } cases[] = {
-        {Time(1LL) * 0.5, 0}, // ties to even
-        {Time(-3LL) * 0.5, -2},    {Time(1) * 3, 405000},
-        {Time(14LL) / 4.0, 4},     {Time(100) / -2.0, 0}, // divisors below 1e-30 (and NaN) give 0
-        {Time(100) / 9.9e-31, 0},  {Time(100) / kNaN, 0},
-        {Time(1LL) / 1e-30, kMin}, // 1e30 ticks: beyond the range
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(c.result.GetTicks(), c.ticks) << &c - cases;
-    Time t(10LL);
-    t /= -2.0; // no test: a negative divisor divides
-    EXPECT_EQ(t.GetTicks(), -5);
-    t *= 2.5; // -12.5, a tie, to even
-    EXPECT_EQ(t.GetTicks(), -12);
-    t /= 0.0;
-    EXPECT_EQ(t.GetTicks(), kMin);
-    EXPECT_EQ(Time(3LL) / Time(2LL), 1.5f);
-    EXPECT_EQ(Time(3LL) / Time(0LL), 0.0f);
-    EXPECT_EQ(Time(kMax) / Time(1LL), 9223372036854775808.0f);
 }
 
 // The time arithmetic's multiply-add rounds once on every platform: the rows need the low
