@@ -10,11 +10,7 @@
 
 namespace {
 
-using fileio::detail::kVarnPoolKindCount;
-using fileio::detail::NamedSimplePool;
-using fileio::detail::NamedVarnPool;
-using fileio::detail::SimplePoolKind;
-using fileio::detail::VarnPoolKind;
+using namespace fileio::detail;
 
 constexpr unsigned long long kSimpleChunk = 2097152;
 
