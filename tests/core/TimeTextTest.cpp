@@ -13,15 +13,11 @@
 #include <climits>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <random>
 #include <string>
 #include <utility>
 
 namespace {
-
-constexpr long long kMax = std::numeric_limits<long long>::max();
-constexpr long long kMin = std::numeric_limits<long long>::min();
 
 // SMPTE: minutes not wrapped into hours; the frame field at least two characters wide (so
 // fractions below 10 frames have no leading zero), three from 100 fps on. FRAMES and CELLS:
@@ -46,7 +42,7 @@ TEST(TimeText, ToStringFollowsTheUnitsFormats) {
         // The seconds of the largest tick count, 2^63 / 135000 = 68321274347072.4, become
         // the nearest float, 68321273708544 (floats lie 2^22 apart there): that is
         // 1138687895142 minutes and 24 seconds, with no fraction left for frames.
-        {kMax, 30, SMPTE, "1138687895142:24:00"},
+        {Time::MaxTicks, 30, SMPTE, "1138687895142:24:00"},
         {-67500, 24, FRAMES, "-12"},
         {8438, 24, FRAMES, "1.5"}, // 1.50011 frames
         // 27 ticks are exactly 0.005 frames at 25 fps; the float seconds fall a hair short
@@ -132,8 +128,8 @@ TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
         {"-11", 24, CELLS, -56250},    // -(11 - 1) frames
         {"", 24, CELLS, -5625},        // an empty (or null) text is cell 0
         {"1,5", 24, FRAMES, 5625},
-        {"-1e30", 24, FRAMES, kMin},
-        {"12", 0, FRAMES, kMin}, // no rate: 12 / 0 frames
+        {"-1e30", 24, FRAMES, Time::MinTicks},
+        {"12", 0, FRAMES, Time::MinTicks}, // no rate: 12 / 0 frames
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message()

@@ -129,8 +129,7 @@ private:
 struct Live {
     unsigned char* p;
     unsigned long long n;
-    int block;
-    unsigned long long offset;
+    PlacementModel::Place place;
     unsigned char pattern;
 };
 
@@ -193,7 +192,7 @@ void Sequence::Replay(const Phase& phase) {
                 << "operation " << op << ": the payload is not zero";
             const auto pattern = static_cast<unsigned char>(1 + op % 251);
             std::memset(p, pattern, n);
-            live.push_back({p, n, place.block, place.offset, pattern});
+            live.push_back({p, n, place, pattern});
         } else {
             const std::size_t i = random() % live.size();
             const Live a = live[i];
@@ -201,7 +200,7 @@ void Sequence::Replay(const Phase& phase) {
                 std::all_of(a.p, a.p + a.n, [&](unsigned char c) { return c == a.pattern; }))
                 << "operation " << op << ": an allocation was overwritten";
             pool.VarnFree(a.p);
-            model.Free(a.block, a.offset);
+            model.Free(a.place.block, a.place.offset);
             live[i] = live.back();
             live.pop_back();
         }
