@@ -116,10 +116,8 @@ TEST_F(StringText, Trim) {
 
 TEST_F(StringText, CaseAndQuote) {
     String s("Mixed Case 123 _\xE9\xC9");
-    s.MakeUpper();
-    EXPECT_EQ(TextOf(s), "MIXED CASE 123 _\xE9\xC9");
-    s.MakeLower();
-    EXPECT_EQ(TextOf(s), "mixed case 123 _\xE9\xC9");
+    EXPECT_EQ(TextOf(s.MakeUpper()), "MIXED CASE 123 _\xE9\xC9");
+    EXPECT_EQ(TextOf(s.MakeLower()), "mixed case 123 _\xE9\xC9");
     String null;
     EXPECT_EQ(null.MakeUpper().MakeLower().Get(), nullptr);
     EXPECT_EQ(TextOf(String("C:\\a b").Quote()), "\"C:\\a b\"");
