@@ -232,9 +232,7 @@ TEST_F(StringNumbers, MatchesTheCRuntimeConversions) {
             // a float, or a point halfway between two floats, to 1..17 digits.
             const float value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
             const double halfway =
-                (static_cast<double>(value) +
-                 static_cast<double>(std::nextafter(value, std::numeric_limits<float>::max()))) /
-                2;
+                (static_cast<double>(value) + std::nextafter(value, FLT_MAX)) / 2;
             std::snprintf(buffer, sizeof buffer, "%.*g", 1 + static_cast<int>(random() % 17),
                           random() % 2 == 0 ? static_cast<double>(value) : halfway);
         } else {
