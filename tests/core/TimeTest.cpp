@@ -9,11 +9,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <cfenv>
 #include <cfloat>
 #include <climits>
 #include <cmath>
-#include <cstring>
+#include <cstdint>
 #include <limits>
 #include <random>
 #include <string>
@@ -27,6 +28,7 @@ namespace {
 constexpr long long kMax = std::numeric_limits<long long>::max();
 constexpr long long kMin = std::numeric_limits<long long>::min();
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
+const double kInf = std::numeric_limits<double>::infinity();
 
 // Ticks of frame n at a rate of numerator/denominator fps: n x 135000 x denominator /
 // numerator, rounded to nearest with ties to even, in exact integer arithmetic.
@@ -281,9 +283,8 @@ TEST(Time, MultiplyAddRoundsOnce) {
         {0.1, 10.0, -1.0, std::ldexp(1.0, -54)},          // not 0
         {1.0 + tiny, 1.0 - tiny, -1.0, -std::ldexp(1.0, -104)},
         {3.0, 0.0, -0.0, 0.0},
-        {std::numeric_limits<double>::infinity(), 2.0, 1.0,
-         std::numeric_limits<double>::infinity()},
-        {1e300, 1e10, 1.0, std::numeric_limits<double>::infinity()}, // the runtime's range
+        {kInf, 2.0, 1.0, kInf},
+        {1e300, 1e10, 1.0, kInf}, // the runtime's range
     };
     for (const auto& row : rows)
         EXPECT_EQ(FusedMultiplyAdd(row.a, row.b, row.c), row.result) << &row - rows;
@@ -297,11 +298,9 @@ TEST(Time, MultiplyAddRoundsOnce) {
         const double a = std::ldexp(mantissa(random), exponent(random));
         const double b = std::ldexp(mantissa(random), exponent(random));
         const double c = i % 2 == 0 ? -(a * b) : std::ldexp(mantissa(random), exponent(random));
-        const double expected = std::fma(a, b, c);
-        const double got = FusedMultiplyAdd(a, b, c);
-        ASSERT_TRUE(std::memcmp(&expected, &got, sizeof got) == 0)
-            << std::hexfloat << a << " x " << b << " + " << c << ": " << got << ", not "
-            << expected;
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(FusedMultiplyAdd(a, b, c)),
+                  std::bit_cast<std::uint64_t>(std::fma(a, b, c)))
+            << std::hexfloat << a << " x " << b << " + " << c;
     }
 #endif
 }
