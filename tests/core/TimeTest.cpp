@@ -155,16 +155,17 @@ TEST(Time, FramesAndCellsGiveExactTicksAtEveryRate) {
                                {59.94, 5994, 100}, {60, 60, 1}, {100, 100, 1},      {120, 120, 1}};
     for (const ExactRate& rate : rates) {
         for (long long n = -100000; n <= 100000; n += 37) {
+            SCOPED_TRACE(::testing::Message() << rate.fps << " fps, frame " << n);
             const long long expected = ExactFrameTicks(n, rate.numerator, rate.denominator);
-            EXPECT_EQ(Time(static_cast<double>(n), rate.fps).GetTicks(), expected)
-                << rate.fps << " fps, frame " << n;
+            const double frame = static_cast<double>(n);
+            EXPECT_EQ(Time(frame, rate.fps).GetTicks(), expected);
             Time t;
-            t.SetFrame(static_cast<double>(n), rate.fps);
-            EXPECT_EQ(t.GetTicks(), expected) << rate.fps << " fps, frame " << n;
+            t.SetFrame(frame, rate.fps);
+            EXPECT_EQ(t.GetTicks(), expected);
             EXPECT_EQ(t.ToString(rate.fps, FRAMES, false).View(), std::to_string(n));
             EXPECT_EQ(t.ToString(rate.fps, CELLS, true).View(), std::to_string(n));
-            t.SetCell(static_cast<double>(n + 1), rate.fps);
-            EXPECT_EQ(t.GetTicks(), expected) << rate.fps << " fps, cell " << n + 1;
+            t.SetCell(frame + 1, rate.fps);
+            EXPECT_EQ(t.GetTicks(), expected) << "as cell " << n + 1;
         }
     }
 }
