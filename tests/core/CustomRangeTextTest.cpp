@@ -42,11 +42,7 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
         const char* canonical;
     } rows[] = {
         {"5", 24, FRAMES, {{5, 5, 1}}, "5"},
-        {"1-10, 15, 20-40 s2",
-         24,
-         FRAMES,
-         {{1, 10, 1}, {15, 15, 1}, {20, 40, 2}},
-         "1-10,15,20-40 s2"},
+        {"1-9, 15, 20-30 s2", 24, FRAMES, {{1, 9, 1}, {15, 15, 1}, {20, 30, 2}}, "1-9,15,20-30 s2"},
         // A bare step mark at the end adds nothing; ended by a character it is step 1.
         {"1-10s", 24, FRAMES, {}, ""},
         {"1-10s,", 24, FRAMES, {{1, 10, 1}}, "1-10"},
@@ -115,15 +111,13 @@ TEST(CustomRangeTextTest, WrittenTextReadsBackToTheSameItems) {
                      std::to_string(setting.unit));
         std::uniform_int_distribution<long long> frames(0, setting.maxFrame);
         std::uniform_int_distribution<int> steps(1, static_cast<int>(setting.maxFrame));
-        std::uniform_int_distribution<int> counts(0, 8);
-        std::uniform_int_distribution<int> kinds(0, 2);
         for (int round = 0; round < 200; ++round) {
             std::vector<Item> items;
             CustomRange range;
-            const int count = counts(random);
+            const int count = static_cast<int>(random() % 9);
             for (int i = 0; i < count; ++i) {
                 const long long start = frames(random);
-                const int kind = kinds(random);
+                const int kind = static_cast<int>(random() % 3);
                 Item item{start, kind == 0 ? start : frames(random), kind == 2 ? steps(random) : 1};
                 if (item.end == item.start)
                     item.step = 1; // a single frame is written without its step

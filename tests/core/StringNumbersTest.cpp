@@ -19,16 +19,21 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <type_traits>
 
 namespace {
 
-using StringNumberText = StringPoolTest;
-using StringConversion = StringPoolTest;
+// The bits of a value, to compare NaN payloads and the sign of zero.
+template <typename T> auto BitsOf(T value) {
+    return std::bit_cast<std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>>(value);
+}
+
+using StringNumbers = StringPoolTest;
 
 // Integers in full without grouping, at the edges of every width; the float forms the
 // runtime comparison below cannot check (it runs on glibc only): vectors and colours as
 // their floats joined by blanks.
-TEST_F(StringNumberText, ExactTexts) {
+TEST_F(StringNumbers, ExactTexts) {
     const struct {
         String value;
         const char* expected;
@@ -39,6 +44,9 @@ TEST_F(StringNumberText, ExactTexts) {
         {String(4294967295u), "4294967295"},
         {String(static_cast<long long>(INT64_MIN)), "-9223372036854775808"},
         {String(static_cast<unsigned long long>(UINT64_MAX)), "18446744073709551615"},
+        // long has the platform's width; its most negative value is exact on either.
+        {String(std::numeric_limits<long>::min()),
+         sizeof(long) == 8 ? "-9223372036854775808" : "-2147483648"},
         {String(Vector2{1.0f, 0.5f}), "1 0.5"},
         {String(Vector{0.0f, 1.0f, 2.5f}), "0 1 2.5"},
         {String(RGBFloat{0.1f, -0.0f, 1e10f}), "0.100000001 -0 1e+10"},
@@ -52,13 +60,10 @@ TEST_F(StringNumberText, ExactTexts) {
         SCOPED_TRACE(row.expected);
         EXPECT_EQ(TextOf(row.value), row.expected);
     }
-    // long has the platform's width; its most negative value is exact on either.
-    const std::string longMin = sizeof(long) == 8 ? "-9223372036854775808" : "-2147483648";
-    EXPECT_EQ(TextOf(String(std::numeric_limits<long>::min())), longMin);
 }
 
 // The special values are spelled the same way in every form, for both widths.
-TEST_F(StringNumberText, InfinityAndEveryNaNKind) {
+TEST_F(StringNumbers, InfinityAndEveryNaNKind) {
     const struct {
         std::uint64_t doubleBits;
         std::uint32_t floatBits;
@@ -73,8 +78,8 @@ TEST_F(StringNumberText, InfinityAndEveryNaNKind) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.expected);
-        const double d = DoubleFromBits(row.doubleBits);
-        const float f = FloatFromBits(row.floatBits);
+        const double d = std::bit_cast<double>(row.doubleBits);
+        const float f = std::bit_cast<float>(row.floatBits);
         EXPECT_EQ(TextOf(String(d)), row.expected);
         EXPECT_EQ(TextOf(String(f)), row.expected);
         EXPECT_EQ(TextOf(String(d, 3)), row.expected);
@@ -86,7 +91,7 @@ TEST_F(StringNumberText, InfinityAndEveryNaNKind) {
 // NaN (so the text of a signalling NaN reads back signalling, its payload lost); the 32-bit
 // unsigned reader behaves as under a 32-bit long on every platform (a magnitude above 2^32 - 1
 // clamps, a smaller one is negated modulo 2^32); a null string reads as 0.
-TEST_F(StringConversion, TheSuitesOwnReadings) {
+TEST_F(StringNumbers, TheSuitesOwnReadings) {
     EXPECT_EQ(BitsOf(String("nan(snan)").Str_atod()), 0x7FF4000000000000u);
     EXPECT_EQ(BitsOf(String("-nan(snan)").Str_atof()), 0xFFA00000u);
     const struct {
@@ -102,40 +107,30 @@ TEST_F(StringConversion, TheSuitesOwnReadings) {
     EXPECT_EQ(String('\0').Str_atoull(), 0u);
 }
 
-/// A locale whose decimal point is a comma, or null when the system has none.
-const char* FindCommaLocale() {
-    static const char* const candidates[] = {
-        "de_DE.UTF-8", "de_DE.utf8",          "fr_FR.UTF-8",        "fr_FR.utf8", "de_DE",
-        "fr_FR",       "German_Germany.1252", "French_France.1252", "de-DE",      "fr-FR",
-    };
-    for (const char* name : candidates) {
-        if (std::setlocale(LC_ALL, name) != nullptr) {
-            const bool comma = std::strcmp(std::localeconv()->decimal_point, ",") == 0;
-            std::setlocale(LC_ALL, "C");
-            if (comma)
-                return name;
-        }
-    }
-    return nullptr;
-}
-
 /// Restores the "C" locale when a test ends, however it ends.
 struct LocaleGuard {
     ~LocaleGuard() { std::setlocale(LC_ALL, "C"); }
 };
 
+/// Switches the process to a locale whose decimal point is a comma; false when the system
+/// has none.
+bool SwitchToCommaLocale() {
+    for (const char* name :
+         {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8", "de_DE", "fr_FR",
+          "German_Germany.1252", "French_France.1252", "de-DE", "fr-FR"}) {
+        if (std::setlocale(LC_ALL, name) != nullptr &&
+            std::strcmp(std::localeconv()->decimal_point, ",") == 0)
+            return true;
+    }
+    return false;
+}
+
 // A host that switches the process to a comma locale still gets "0.5" and reads "0.5", in
 // numbers and in the text forms of times.
-TEST_F(StringConversion, NumberTextsIgnoreTheLocale) {
-    const char* name = FindCommaLocale();
-    if (name == nullptr)
-        GTEST_SKIP() << "no locale with a comma decimal point is installed";
+TEST_F(StringNumbers, NumberTextsIgnoreTheLocale) {
     LocaleGuard guard;
-    ASSERT_NE(std::setlocale(LC_ALL, name), nullptr);
-    char probe[32];
-    std::snprintf(probe, sizeof probe, "%.1f", 0.5);
-    ASSERT_STREQ(probe, "0,5") << "the locale is not in effect";
-
+    if (!SwitchToCommaLocale())
+        GTEST_SKIP() << "no locale with a comma decimal point is installed";
     EXPECT_EQ(TextOf(String(0.5)), "0.5");
     EXPECT_EQ(TextOf(String(0.1f)), "0.100000001");
     EXPECT_EQ(TextOf(String(1.25, 2)), "1.25");
@@ -151,7 +146,7 @@ TEST_F(StringConversion, NumberTextsIgnoreTheLocale) {
 // compare every finite value (the special spellings are the suite's own), first the values
 // a random draw seldom meets: signed zeros, ties, a subnormal whose 17th digit is 0, the
 // largest double written out in full.
-TEST_F(StringNumberText, MatchesTheCRuntimeFormatter) {
+TEST_F(StringNumbers, MatchesTheCRuntimeFormatter) {
     const double seeds[] = {-0.0,  0x1p-25, 0x1p-1050, 0x1p-13, 0.125,   0.375,    2.5,
                             -7.25, -0.001,  2.0005,    1e20,    DBL_MAX, -DBL_MAX, 1.0 / 3};
     std::mt19937_64 random(7);
@@ -159,9 +154,9 @@ TEST_F(StringNumberText, MatchesTheCRuntimeFormatter) {
     for (std::size_t i = 0; i < 100000; ++i) {
         const std::uint64_t bits = random();
         const bool seeded = i < std::size(seeds);
-        const double d = seeded ? seeds[i] : DoubleFromBits(bits);
+        const double d = seeded ? seeds[i] : std::bit_cast<double>(bits);
         const float f =
-            seeded ? static_cast<float>(d) : FloatFromBits(static_cast<std::uint32_t>(bits));
+            seeded ? static_cast<float>(d) : std::bit_cast<float>(static_cast<std::uint32_t>(bits));
         const int decimals = static_cast<int>(random() % 21) - 1;
         if (d - d == 0) {
             std::snprintf(expected, sizeof expected, "%.17g", d);
@@ -199,7 +194,7 @@ TEST_F(StringNumberText, MatchesTheCRuntimeFormatter) {
 // overflow, underflow and ties of both widths, the 32- and 64-bit integer limits, very long
 // runs), then random texts built from the characters that matter and random values written
 // in several forms.
-TEST_F(StringConversion, MatchesTheCRuntimeConversions) {
+TEST_F(StringNumbers, MatchesTheCRuntimeConversions) {
     std::setlocale(LC_ALL, "C");
     const std::string seeds[] = {
         " \t\n\v\f\r12", "12abc", "1e", "+1E5", ".5", "1,5", "-.", "+-1", "- 1", "-0", "0x1.8p3",
@@ -217,10 +212,7 @@ TEST_F(StringConversion, MatchesTheCRuntimeConversions) {
         "2147483647", "2147483648", "-2147483649", "4294967296", "-4294967296",
         "9223372036854775808", "-9223372036854775809", "18446744073709551616",
         "-18446744073709551615", "-18446744073709551616", "\t-17 18", "000000000000000012", "12.9",
-        "\xFF\x80"
-        "5",
-        "\xA0"
-        "5",
+        "\377\2005", "\2405", // bytes above 127 before a digit
         std::string(100000, '9'), "-" + std::string(400, '9'), std::string(100000, ' ') + "5",
         "0." + std::string(400, '0') + "1", "0." + std::string(5000, '3'),
         "nan(" + std::string(100000, 'a') + ")", "1e" + std::string(100000, '9'),
@@ -240,13 +232,11 @@ TEST_F(StringConversion, MatchesTheCRuntimeConversions) {
             // a float, or a point halfway between two floats, to 1..17 digits.
             const float value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
             const double halfway =
-                (static_cast<double>(value) +
-                 static_cast<double>(std::nextafter(value, std::numeric_limits<float>::max()))) /
-                2;
+                (static_cast<double>(value) + std::nextafter(value, FLT_MAX)) / 2;
             std::snprintf(buffer, sizeof buffer, "%.*g", 1 + static_cast<int>(random() % 17),
                           random() % 2 == 0 ? static_cast<double>(value) : halfway);
         } else {
-            const double value = DoubleFromBits(random());
+            const double value = std::bit_cast<double>(random());
             const char* formats[] = {"%.17g", "%.25e", "%a", "%.3g"};
             std::snprintf(buffer, sizeof buffer, formats[random() % 4],
                           kind == 1 ? value : value * 1e-10);

@@ -3,18 +3,17 @@
 
 #include "StringTestSupport.h"
 
-#include <cstring>
 #include <string>
 #include <vector>
 
 namespace {
 
-using StringConstruction = StringPoolTest;
+using StringTest = StringPoolTest;
 
 // The two empty states, null and a non-null empty buffer: which constructor gives which is
 // the heart of the type's contract. Each row makes its string in place, since a copy would
 // turn an empty buffer into null.
-TEST_F(StringConstruction, NullAndEmptyBufferStates) {
+TEST_F(StringTest, NullAndEmptyBufferStates) {
     const struct {
         const char* name;
         String (*make)();
@@ -40,15 +39,14 @@ TEST_F(StringConstruction, NullAndEmptyBufferStates) {
 
 // String(p, n) copies exactly n bytes, embedded NULs and high bytes included (the text ends
 // at the first NUL); String(n, x) is n + 1 zero bytes of room.
-TEST_F(StringConstruction, CopiesExactBytes) {
+TEST_F(StringTest, CopiesExactBytes) {
     EXPECT_EQ(TextOf(String("abcdef", 3)), "abc");
     EXPECT_EQ(TextOf(String(static_cast<unsigned char>(0xE9))), "\xE9");
     EXPECT_EQ(TextOf(String('z', 4)), "zzzz");
     EXPECT_EQ(TextOf(String(std::string("std"))), "std");
     const char bytes[] = {'a', '\0', 'b', '\xFF', '\x80'};
     String s(bytes, 5);
-    EXPECT_EQ(std::memcmp(s.Get(), bytes, 5), 0);
-    EXPECT_EQ(s.Get()[5], '\0');
+    EXPECT_EQ(std::string(s.Get(), 6), std::string(bytes, 5) + '\0');
     EXPECT_EQ(s.GetLength(), 1u);
     String room(16, 12345);
     for (int i = 0; i <= 16; ++i)
@@ -56,8 +54,8 @@ TEST_F(StringConstruction, CopiesExactBytes) {
 }
 
 // A string's buffer is its own: changing a copy never shows in the original, and a move
-// copies too.
-TEST_F(StringConstruction, CopiesNeverShareBuffers) {
+// copies too. Self-assignment keeps the very buffer, even an empty one.
+TEST_F(StringTest, CopiesNeverShareBuffersAndSelfAssignmentKeepsThem) {
     String original("shared?");
     String copy(original);
     String moved(std::move(original));
@@ -66,11 +64,18 @@ TEST_F(StringConstruction, CopiesNeverShareBuffers) {
     EXPECT_EQ(TextOf(original), "shared?");
     EXPECT_EQ(TextOf(copy), "Shared?");
     EXPECT_EQ(TextOf(moved), "Mhared?");
+    char* before = copy.Get();
+    String& same = copy;
+    copy = same;
+    copy = std::move(same);
+    EXPECT_EQ(copy.Get(), before);
+    String empty('\0');
+    String& alias = empty;
+    empty = alias;
+    EXPECT_NE(empty.Get(), nullptr);
 }
 
-using StringAssignment = StringPoolTest;
-
-TEST_F(StringAssignment, ReplacesTextAndEmptyTextBecomesNull) {
+TEST_F(StringTest, ReplacesTextAndEmptyTextBecomesNull) {
     String s("first");
     s = reinterpret_cast<const unsigned char*>("second");
     EXPECT_EQ(TextOf(s), "second");
@@ -78,9 +83,11 @@ TEST_F(StringAssignment, ReplacesTextAndEmptyTextBecomesNull) {
     EXPECT_EQ(TextOf(s), "third");
     s = s.Get() + 2; // a pointer into its own text: copied before the old buffer goes
     EXPECT_EQ(TextOf(s), "ird");
-
+    EXPECT_EQ(s[2], 'd');
+    EXPECT_EQ(s[3], '\0');
     s = "";
     EXPECT_EQ(s.Get(), nullptr);
+    EXPECT_EQ(s[5], '\0'); // indexing a null string reads NUL
     s = "x";
     s = String('\0');
     EXPECT_EQ(s.Get(), nullptr);
@@ -89,32 +96,9 @@ TEST_F(StringAssignment, ReplacesTextAndEmptyTextBecomesNull) {
     EXPECT_EQ(s.Get(), nullptr);
 }
 
-// Self-assignment keeps the very buffer, even an empty one.
-TEST_F(StringAssignment, SelfAssignmentKeepsTheBuffer) {
-    String s("self");
-    char* before = s.Get();
-    String& same = s;
-    s = same;
-    s = std::move(same);
-    EXPECT_EQ(s.Get(), before);
-    String empty('\0');
-    String& alias = empty;
-    empty = alias;
-    EXPECT_NE(empty.Get(), nullptr);
-}
-
-TEST_F(StringAssignment, IndexingANullStringReadsNul) {
-    EXPECT_EQ(String()[5], '\0');
-    const String text("abc");
-    EXPECT_EQ(text[2], 'c');
-    EXPECT_EQ(text[3], '\0');
-}
-
-using StringAppend = StringPoolTest;
-
 // Appending nothing leaves the left side as it is (null stays null, an empty buffer stays);
 // concatenation leaves its operands alone.
-TEST_F(StringAppend, AppendsStringsAndCharacters) {
+TEST_F(StringTest, AppendsStringsAndCharacters) {
     struct {
         const char* name;
         String left, right;
@@ -147,9 +131,7 @@ TEST_F(StringAppend, AppendsStringsAndCharacters) {
     EXPECT_EQ(TextOf(ab), "ab");
 }
 
-using StringRemoveAll = StringPoolTest;
-
-TEST_F(StringRemoveAll, RemovesNonOverlappingOccurrences) {
+TEST_F(StringTest, RemovesNonOverlappingOccurrences) {
     const struct {
         const char *text, *pattern;
         int count;
@@ -164,8 +146,7 @@ TEST_F(StringRemoveAll, RemovesNonOverlappingOccurrences) {
         SCOPED_TRACE(std::string(row.text) + " - " + row.pattern);
         String s(row.text);
         EXPECT_EQ(s.RemoveAll(String(row.pattern)), row.count);
-        ASSERT_NE(s.Get(), nullptr);
-        EXPECT_EQ(std::string(s.Get()), row.expected);
+        EXPECT_EQ(TextOf(s), row.expected);
     }
     String null;
     EXPECT_EQ(null.RemoveAll(String("a")), 0);
@@ -178,10 +159,8 @@ TEST_F(StringRemoveAll, RemovesNonOverlappingOccurrences) {
     EXPECT_EQ(kept.Get(), before); // nothing removed: the very buffer stays
 }
 
-using StringObjects = StringPoolTest;
-
 // String objects made with new take their own storage from the string pool as well.
-TEST_F(StringObjects, ObjectsMadeWithNewLiveInTheStringPool) {
+TEST_F(StringTest, ObjectsMadeWithNewLiveInTheStringPool) {
     static_assert(sizeof(String) == sizeof(char*));
     const unsigned long long before = StringPoolTotal();
     String* s = new String;
@@ -189,8 +168,6 @@ TEST_F(StringObjects, ObjectsMadeWithNewLiveInTheStringPool) {
     delete s;
     EXPECT_EQ(StringPoolTotal(), before);
 }
-
-using StringComparison = StringPoolTest;
 
 const char* const kNull = nullptr;   // a null string
 const char* const kEmptyBuffer = ""; // String('\0'), a non-null empty buffer
@@ -201,8 +178,9 @@ String Make(const char* text) {
 
 // Every operator on every pair of states, from the order the row gives (-1, 0, 1). Null
 // orders before everything, an empty buffer is text "" (before any other text), and text
-// compares with both bytes lowered, as unsigned values.
-TEST_F(StringComparison, OperatorTable) {
+// compares with both bytes lowered, as unsigned values. Compare is stricter: two empty
+// strings are never equal, lengths must match, and respecting case the bytes must.
+TEST_F(StringTest, ComparisonOperatorsAndCompare) {
     const struct {
         const char *left, *right;
         int order;
@@ -217,6 +195,8 @@ TEST_F(StringComparison, OperatorTable) {
         {"abc", "abd", -1},
         {"ABD", "abc", 1},
         {"ab", "abc", -1},
+        {"abc", "ab", 1},
+        {"abc", "abc", 0},
         // '_' (0x5F) lies between the capitals and the small letters: letters are
         // lowered before comparing, so it orders before "A".
         {"_", "A", -1},
@@ -235,27 +215,12 @@ TEST_F(StringComparison, OperatorTable) {
         EXPECT_EQ(a <= b, row.order <= 0);
         EXPECT_EQ(a > b, row.order > 0);
         EXPECT_EQ(a >= b, row.order >= 0);
+        const bool equalTexts = row.order == 0 && row.left != kNull && row.left != kEmptyBuffer;
+        EXPECT_EQ(a.Compare(b, false), equalTexts);
+        EXPECT_EQ(a.Compare(b, true), equalTexts && TextOf(a) == TextOf(b));
     }
     EXPECT_TRUE("ABC" == String("abc")); // a C text converts, "" to null
     EXPECT_TRUE(String() == "");
-}
-
-// Compare: two empty strings are never equal, lengths must match, no folding above ASCII.
-TEST_F(StringComparison, CompareIsStricter) {
-    const struct {
-        const char *a, *b;
-        bool ignoringCase, respectingCase;
-    } rows[] = {{"abc", "ABC", true, false},       {"abc", "abc", true, true},
-                {"abc", "abd", false, false},      {"abc", "ab", false, false},
-                {kNull, kNull, false, false},      {kEmptyBuffer, kEmptyBuffer, false, false},
-                {"a", kEmptyBuffer, false, false}, {"\xC9", "\xE9", false, false}};
-    for (const auto& row : rows) {
-        const String a = Make(row.a);
-        const String b = Make(row.b);
-        SCOPED_TRACE(TextOf(a) + " / " + TextOf(b));
-        EXPECT_EQ(a.Compare(b, false), row.ignoringCase);
-        EXPECT_EQ(a.Compare(b, true), row.respectingCase);
-    }
 }
 
 } // namespace

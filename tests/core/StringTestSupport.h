@@ -1,5 +1,5 @@
 // StringTestSupport.h - shared pieces of the String tests: a fixture that checks every test
-// gives all of its string memory back, and bit-level helpers for floating-point values.
+// gives all of its string memory back, and the text of a String with null marked.
 #pragma once
 
 #include "fileio/core/String.h"
@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
-#include <cstdint>
 #include <string>
 
 /// Fails a test that leaves string-pool memory behind (every String it made must have
@@ -35,17 +33,4 @@ private:
 /// result never passes for an empty buffer.
 inline std::string TextOf(const String& s) {
     return s.Get() ? std::string(s.Get()) : std::string("<null>");
-}
-
-inline double DoubleFromBits(std::uint64_t bits) {
-    return std::bit_cast<double>(bits);
-}
-inline float FloatFromBits(std::uint32_t bits) {
-    return std::bit_cast<float>(bits);
-}
-inline std::uint64_t BitsOf(double value) {
-    return std::bit_cast<std::uint64_t>(value);
-}
-inline std::uint32_t BitsOf(float value) {
-    return std::bit_cast<std::uint32_t>(value);
 }

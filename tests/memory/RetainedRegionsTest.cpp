@@ -18,10 +18,7 @@
 
 namespace {
 
-using fileio::detail::kRetainedBytesCap;
-using fileio::detail::kRetainedRegionSlots;
-using fileio::detail::RetainedBytes;
-using fileio::detail::RetainedRegionCount;
+using namespace fileio::detail;
 
 constexpr unsigned long long kBlock = 131064;          // usable bytes of a standard block
 constexpr unsigned long long kBlockAccounted = 131072; // with its platform header
@@ -35,8 +32,8 @@ bool AllZero(const void* p, unsigned long long n) {
 
 class RetainedRegionsTest : public ::testing::Test {
 protected:
-    void SetUp() override { fileio::detail::ReleaseRetainedRegions(); }
-    void TearDown() override { fileio::detail::ReleaseRetainedRegions(); }
+    void SetUp() override { ReleaseRetainedRegions(); }
+    void TearDown() override { ReleaseRetainedRegions(); }
 };
 
 // Pools emptying and refilling in random order: the kept set stays within its cap and its
@@ -90,7 +87,7 @@ TEST_F(RetainedRegionsTest, TheKeptMemoryNeverExceedsItsCap) {
         ASSERT_TRUE(AllZero(kept.back(), kBlock)) << "a kept block was not cleared";
     }
     for (void* p : kept)
-        fileio::detail::PlatformFreeZeroed(p);
+        PlatformFreeZeroed(p);
     // FreeAllPools gives back what is kept, and leaves the figures as they were.
     const unsigned long long held = TotalRAM();
     ASSERT_GT(RetainedRegionCount(), 0);
@@ -119,11 +116,11 @@ TEST_F(RetainedRegionsTest, OnlyClearedRegionsWithinTheCapAreKept) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
-        fileio::detail::ReleaseRetainedRegions();
+        ReleaseRetainedRegions();
         const unsigned long long ram = TotalRAM();
         void* p = PlatformAlloc(row.n);
         if (row.zeroed)
-            fileio::detail::PlatformFreeZeroed(p);
+            PlatformFreeZeroed(p);
         else
             PlatformFree(p);
         EXPECT_EQ(TotalRAM(), ram);
@@ -142,7 +139,7 @@ TEST_F(RetainedRegionsTest, OnlyClearedRegionsWithinTheCapAreKept) {
         PlatformFree(same);
         PlatformFree(other);
     }
-    fileio::detail::PlatformFreeZeroed(nullptr);
+    PlatformFreeZeroed(nullptr);
 }
 
 // More released regions than slots: the oldest go back to the system, the newest stay and
@@ -153,7 +150,7 @@ TEST_F(RetainedRegionsTest, TheNewestReleasesAreKept) {
     for (int i = 0; i < kRetainedRegionSlots + 2; ++i)
         regions.push_back(PlatformAlloc(kSmall));
     for (void* p : regions)
-        fileio::detail::PlatformFreeZeroed(p);
+        PlatformFreeZeroed(p);
     EXPECT_EQ(RetainedRegionCount(), kRetainedRegionSlots);
     for (int i = kRetainedRegionSlots + 1; i >= 2; --i) {
         void* p = PlatformAlloc(kSmall);
@@ -162,8 +159,8 @@ TEST_F(RetainedRegionsTest, TheNewestReleasesAreKept) {
     }
     EXPECT_EQ(RetainedRegionCount(), 0);
 
-    fileio::detail::PlatformFreeZeroed(PlatformAlloc(kSmall));
-    fileio::detail::PlatformFreeZeroed(PlatformAlloc(kRetainedBytesCap / 8 - 8)); // the cap
+    PlatformFreeZeroed(PlatformAlloc(kSmall));
+    PlatformFreeZeroed(PlatformAlloc(kRetainedBytesCap / 8 - 8)); // the cap
     EXPECT_EQ(RetainedRegionCount(), 1);
     EXPECT_EQ(RetainedBytes(), kRetainedBytesCap);
 }
@@ -171,7 +168,7 @@ TEST_F(RetainedRegionsTest, TheNewestReleasesAreKept) {
 // Under AddressSanitizer a kept block is poisoned: a stale pointer into a block the pool has
 // released is still reported, as it was when the block went back to the system at once.
 TEST_F(RetainedRegionsTest, AStalePointerIntoAKeptBlockIsReported) {
-    if (!fileio::detail::kKeptRegionsPoisoned)
+    if (!kKeptRegionsPoisoned)
         GTEST_SKIP() << "only an AddressSanitizer build poisons kept blocks";
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     VarnPool pool;

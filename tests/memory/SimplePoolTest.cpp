@@ -36,6 +36,8 @@ TEST(PlatformAllocDeathTest, ImpossibleRequestsEndTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(PlatformAlloc(~0ULL), "out of memory");     // n + 8 overflows
     EXPECT_DEATH(PlatformAlloc(~0ULL / 8), "out of memory"); // eight times that overflows
+    SimplePool pool;
+    EXPECT_DEATH(pool.Alloc(~0ULL - 3), "out of memory");
 }
 
 class SimplePoolTest : public ::testing::Test {
@@ -77,12 +79,6 @@ TEST_F(SimplePoolTest, ChunkSizes) {
         pool.Alloc(1); // the chunk is used up now
         EXPECT_EQ(pool.GetTotal(), row.chunk + kChunk);
     }
-}
-
-TEST(SimplePoolDeathTest, ImpossibleRequestsEndTheProcess) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    SimplePool pool;
-    EXPECT_DEATH(pool.Alloc(~0ULL - 3), "out of memory");
 }
 
 // One buffer rounded up to 8; a second buffer replaces the first without releasing it; a

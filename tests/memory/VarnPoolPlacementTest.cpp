@@ -50,7 +50,6 @@ public:
                     if (remainder >= 17)
                         Record(*b, offset + size, remainder);
                     b->allocated[offset] = size;
-                    b->freeBytes -= size;
                     return {b->id, offset, false};
                 }
             }
@@ -58,7 +57,6 @@ public:
         Block block;
         block.id = m_nextId++;
         block.size = size < kBlock ? kBlock : size;
-        block.freeBytes = block.size - size;
         if (block.size > size)
             Record(block, size, block.size - size); // a new block's tail, whatever its size
         block.allocated[0] = size;
@@ -74,28 +72,24 @@ public:
         const unsigned long long size = b->allocated.at(offset);
         b->allocated.erase(offset);
         m_total -= size;
-        b->freeBytes += size;
-        if (b->freeBytes == b->size) {
+        if (b->allocated.empty()) {
             m_blocks.erase(b);
             return;
         }
+        // Coalesce with the free chunks right after and right before it.
         unsigned long long start = offset;
-        unsigned long long length = size;
-        auto upper = b->free.upper_bound(offset);
-        if (upper != b->free.begin()) {
-            auto lower = std::prev(upper);
-            if (lower->first + lower->second == offset) {
-                start = lower->first;
-                length += lower->second;
-                Unrecord(*b, lower->first);
-            }
+        unsigned long long end = offset + size;
+        if (const auto next = b->free.find(end); next != b->free.end()) {
+            end += next->second;
+            Unrecord(*b, next->first);
         }
-        upper = b->free.upper_bound(offset);
-        if (upper != b->free.end() && start + length == upper->first) {
-            length += upper->second;
-            Unrecord(*b, upper->first);
+        const auto after = b->free.lower_bound(offset);
+        if (after != b->free.begin() &&
+            std::prev(after)->first + std::prev(after)->second == start) {
+            start = std::prev(after)->first;
+            Unrecord(*b, start);
         }
-        Record(*b, start, length);
+        Record(*b, start, end - start);
     }
 
     unsigned long long Total() const { return m_total; }
@@ -112,7 +106,6 @@ private:
     struct Block {
         int id = 0;
         unsigned long long size = 0;
-        unsigned long long freeBytes = 0;
         std::map<unsigned long long, unsigned long long> free;      // offset -> size
         std::multiset<unsigned long long> sizes;                    // of the free chunks
         std::map<unsigned long long, unsigned long long> allocated; // offset -> size
@@ -136,8 +129,7 @@ private:
 struct Live {
     unsigned char* p;
     unsigned long long n;
-    int block;
-    unsigned long long offset;
+    PlacementModel::Place place;
     unsigned char pattern;
 };
 
@@ -170,9 +162,19 @@ unsigned long long NearSize(std::mt19937_64& r) {
     return 40 + 8 * (r() % 6);
 }
 
-void Replay(VarnPool& pool, PlacementModel& model, const Phase& phase, std::mt19937_64& random,
-            std::vector<Live>& live, std::vector<unsigned char*>& blockStarts,
-            unsigned long long ramBase) {
+// One pool and its model driven by one random sequence.
+struct Sequence {
+    void Replay(const Phase& phase);
+
+    const unsigned long long ramBase = TotalRAM();
+    VarnPool pool;
+    PlacementModel model;
+    std::mt19937_64 random;
+    std::vector<Live> live;
+    std::vector<unsigned char*> blockStarts;
+};
+
+void Sequence::Replay(const Phase& phase) {
     SCOPED_TRACE(phase.name);
     for (int op = 0; op < phase.operations; ++op) {
         if (live.empty() || static_cast<int>(random() % 100) < phase.allocatePercent) {
@@ -190,7 +192,7 @@ void Replay(VarnPool& pool, PlacementModel& model, const Phase& phase, std::mt19
                 << "operation " << op << ": the payload is not zero";
             const auto pattern = static_cast<unsigned char>(1 + op % 251);
             std::memset(p, pattern, n);
-            live.push_back({p, n, place.block, place.offset, pattern});
+            live.push_back({p, n, place, pattern});
         } else {
             const std::size_t i = random() % live.size();
             const Live a = live[i];
@@ -198,7 +200,7 @@ void Replay(VarnPool& pool, PlacementModel& model, const Phase& phase, std::mt19
                 std::all_of(a.p, a.p + a.n, [&](unsigned char c) { return c == a.pattern; }))
                 << "operation " << op << ": an allocation was overwritten";
             pool.VarnFree(a.p);
-            model.Free(a.block, a.offset);
+            model.Free(a.place.block, a.place.offset);
             live[i] = live.back();
             live.pop_back();
         }
@@ -220,28 +222,24 @@ TEST(VarnPoolPlacement, LongRandomSequencesMatchThePlacementRules) {
     };
     for (std::uint64_t seed : {1ULL, 2ULL}) {
         SCOPED_TRACE(::testing::Message() << "seed " << seed);
-        const unsigned long long ramBase = TotalRAM();
-        VarnPool pool;
-        PlacementModel model;
-        std::mt19937_64 random(seed);
-        std::vector<Live> live;
-        std::vector<unsigned char*> blockStarts;
+        Sequence run;
+        run.random.seed(seed);
         for (const Phase& phase : phases) {
-            Replay(pool, model, phase, random, live, blockStarts, ramBase);
+            run.Replay(phase);
             if (HasFatalFailure())
                 return;
         }
         // FreePool in the middle of use, then the same again from a clean start.
-        pool.FreePool();
-        model = PlacementModel();
-        live.clear();
-        blockStarts.clear();
-        EXPECT_EQ(TotalRAM(), ramBase);
-        Replay(pool, model, phases[3], random, live, blockStarts, ramBase);
-        for (const Live& a : live)
-            pool.VarnFree(a.p);
-        EXPECT_EQ(pool.GetTotal(), 0u);
-        EXPECT_TRUE(pool.IsEmpty());
+        run.pool.FreePool();
+        run.model = PlacementModel();
+        run.live.clear();
+        run.blockStarts.clear();
+        EXPECT_EQ(TotalRAM(), run.ramBase);
+        run.Replay(phases[3]);
+        for (const Live& a : run.live)
+            run.pool.VarnFree(a.p);
+        EXPECT_EQ(run.pool.GetTotal(), 0u);
+        EXPECT_TRUE(run.pool.IsEmpty());
     }
 }
 

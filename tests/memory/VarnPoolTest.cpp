@@ -69,7 +69,7 @@ TEST_F(VarnPoolTest, FreeingAMergedChunkAgainIsIgnored) {
 
 using VarnPoolDeathTest = VarnPoolTest;
 
-TEST_F(VarnPoolDeathTest, FreeingAForeignPointerEndsTheProcess) {
+TEST_F(VarnPoolDeathTest, ForeignPointersDoubleFreesAndImpossibleRequestsEndTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     void* keep = pool.VarnAlloc(8);
     VarnPool other;
@@ -78,23 +78,15 @@ TEST_F(VarnPoolDeathTest, FreeingAForeignPointerEndsTheProcess) {
     // A pointer to the first byte of a block has its header in front of the block.
     EXPECT_DEATH(pool.VarnFree(static_cast<char*>(keep) - 16), "in no block of its pool");
     other.VarnFree(foreign);
-    pool.VarnFree(keep);
-}
 
-// A chunk freed twice while it is still a free chunk of its own is caught.
-TEST_F(VarnPoolDeathTest, FreeingAFreeChunkAgainEndsTheProcess) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    void* a = pool.VarnAlloc(100);
+    // A chunk freed twice while it is still a free chunk of its own is caught.
     void* b = pool.VarnAlloc(100);
     void* c = pool.VarnAlloc(100);
-    pool.VarnFree(b); // a and c are held: b stays a chunk of its own
+    pool.VarnFree(b); // keep and c are held: b stays a chunk of its own
     EXPECT_DEATH(pool.VarnFree(b), "free already");
-    pool.VarnFree(a);
     pool.VarnFree(c);
-}
+    pool.VarnFree(keep);
 
-TEST_F(VarnPoolDeathTest, ImpossibleRequestsEndTheProcess) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(pool.VarnAlloc(~0ULL), "out of memory");
     EXPECT_DEATH(pool.VarnAlloc(~0ULL - 15), "out of memory");
 }

@@ -32,16 +32,9 @@ int Churn(unsigned seed, VarnPool& pool) {
     std::mt19937 random(seed);
     std::vector<Allocation> live;
     int faults = 0;
-    auto freeOne = [&](std::size_t i) {
-        const Allocation a = live[i];
-        if (std::any_of(a.p, a.p + a.n, [&](unsigned char c) { return c != a.pattern; }))
-            ++faults;
-        pool.VarnFree(a.p);
-        live[i] = live.back();
-        live.pop_back();
-    };
-    for (int op = 0; op < kOperations; ++op) {
-        if (live.empty() || random() % 100 < 55) {
+    // Random allocations and frees, then frees alone until nothing is left.
+    for (int op = 0; op < kOperations || !live.empty(); ++op) {
+        if (op < kOperations && (live.empty() || random() % 100 < 55)) {
             // Mostly small sizes, now and then one that needs a block of its own.
             const unsigned long long n =
                 random() % 200 == 0 ? 131048 + random() % 5000 : 1 + random() % 600;
@@ -52,11 +45,15 @@ int Churn(unsigned seed, VarnPool& pool) {
             std::memset(p, pattern, n);
             live.push_back({p, n, pattern});
         } else {
-            freeOne(random() % live.size());
+            const std::size_t i = random() % live.size();
+            const Allocation a = live[i];
+            if (std::any_of(a.p, a.p + a.n, [&](unsigned char c) { return c != a.pattern; }))
+                ++faults;
+            pool.VarnFree(a.p);
+            live[i] = live.back();
+            live.pop_back();
         }
     }
-    while (!live.empty())
-        freeOne(live.size() - 1);
     return faults;
 }
 
