@@ -96,6 +96,25 @@ TEST_F(StringTest, ReplacesTextAndEmptyTextBecomesNull) {
     EXPECT_EQ(s.Get(), nullptr);
 }
 
+TEST_F(StringTest, SetCopiesCountedBytes) {
+    const char bytes[] = {'a', 'b', '\0', 'c'};
+    const struct {
+        const char* p;
+        int n;
+        std::string expected;
+    } rows[] = {
+        {"hello", 3, "hel"}, {"hello", 0, "<null>"}, {nullptr, 5, "<null>"}, {bytes, 4, "ab"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.n);
+        String s("old text");
+        s.Set(row.p, row.n);
+        EXPECT_EQ(TextOf(s), row.expected);
+    }
+    String s;
+    s.Set(bytes, 4); // all four bytes are copied, NUL included
+    EXPECT_EQ(s.Get()[3], 'c');
+}
+
 // Appending nothing leaves the left side as it is (null stays null, an empty buffer stays);
 // concatenation leaves its operands alone.
 TEST_F(StringTest, AppendsStringsAndCharacters) {

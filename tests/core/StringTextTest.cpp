@@ -1,5 +1,5 @@
-// StringTextTest.cpp - the text operations: searching, parts, tokens, trimming, case, XML escapes,
-// abbreviation and numbered names.
+// StringTextTest.cpp - the text operations: searching, parts, tokens, replacing, trimming, case,
+// XML escapes, abbreviation and numbered names.
 
 #include "StringTestSupport.h"
 
@@ -88,6 +88,33 @@ TEST_F(StringText, Tokenize) {
     EXPECT_EQ(position, 3);
 }
 
+TEST_F(StringText, Replace) {
+    const struct {
+        const char *text, *from, *to;
+        int count;
+        std::string expected;
+    } rows[] = {
+        {"a\\b\\c", "\\", "/", 2, "a/b/c"},
+        {"Hello hello", "HELLO", "bye", 2, "bye bye"}, // ignoring case
+        {"aaaa", "aa", "b", 2, "bb"},                  // left to right, no overlap
+        {"abc", "abc", "", 1, "<null>"},               // no text left: null
+        {"abc", "", "y", 0, "abc"},
+        {"ab", "ab", "abab", 1, "abab"}, // the replacement is not searched again
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.text) + " : " + row.from + " -> " + row.to);
+        String s(row.text);
+        EXPECT_EQ(s.Replace(String(row.from), String(row.to)), row.count);
+        EXPECT_EQ(TextOf(s), row.expected);
+    }
+    String self("ab");
+    EXPECT_EQ(self.Replace(self, String("x")), 1);
+    EXPECT_EQ(TextOf(self), "x");
+    String other("abab");
+    EXPECT_EQ(other.Replace(String("a"), other), 2); // the replacement is the old text
+    EXPECT_EQ(TextOf(other), "ababbababb");
+}
+
 TEST_F(StringText, Trim) {
     const struct {
         const char *text, *left, *right, *both;
@@ -122,6 +149,30 @@ TEST_F(StringText, CaseAndQuote) {
     EXPECT_EQ(null.MakeUpper().MakeLower().Get(), nullptr);
     EXPECT_EQ(TextOf(String("C:\\a b").Quote()), "\"C:\\a b\"");
     EXPECT_EQ(TextOf(null.Quote()), "\"\"");
+}
+
+TEST_F(StringText, ContractXMLEscapes) {
+    const struct {
+        const char* text;
+        int count;
+        const char* expected;
+    } rows[] = {
+        {"&amp;&lt;&gt;&quot;&apos;", 5, "&<>\"'"},
+        {"&#65;&#x42;&#X63;&#00000065;", 4, "ABcA"}, // up to 8 digits
+        {"&amp;amp;", 1, "&amp;"},                   // one pass: the result is not read again
+        {"&#0;", 0, "&#0;"},                         // a NUL would cut the text: kept
+        {"&#256;", 0, "&#256;"},                     // not a byte
+        {"&#000000065;", 0, "&#000000065;"},         // more than 8 digits
+        {"&#;&#x;&#12a;&#-1;", 0, "&#;&#x;&#12a;&#-1;"},
+        {"&AMP;&unknown;&amp", 0, "&AMP;&unknown;&amp"},
+        {"&&amp;&", 1, "&&&"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        String s(row.text);
+        EXPECT_EQ(s.ContractXMLEscapes(), row.count);
+        EXPECT_EQ(TextOf(s), row.expected);
+    }
 }
 
 TEST_F(StringText, ExpandAndContractAreInverses) {
