@@ -1,6 +1,6 @@
-// The vocabulary: every word both ways, the not-found texts and the 79-byte bound, run-time header
-// words, freeing the header map, the Header, EndHeader and Label tokens built from it, and the
-// bucket key of the word map behind it.
+// The vocabulary: every word both ways, exact matching, the not-found texts and the 79-byte bound,
+// run-time header words, freeing the header map, the Header, EndHeader and Label tokens built from
+// it, and the bucket key and id index of the word map behind it.
 
 #include "fileio/stream/Vocabulary.h"
 #include "fileio/stream/Token.h"
@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -80,6 +81,21 @@ TEST(Vocabulary, EveryWordRoundTrips) {
         EXPECT_EQ(GetLabelIDFromText(row.word.data()), row.id);
         EXPECT_EQ(LabelText(row.id), firstWord[row.id]);
         EXPECT_TRUE(GetLabelTextFromID(row.id, nullptr));
+    }
+}
+
+TEST(Vocabulary, WordsMatchExactly) {
+    // A header word is no label word and the other way round.
+    EXPECT_EQ(GetHeaderIDFromText("FILEINFO"), 157);
+    EXPECT_EQ(GetLabelIDFromText("FileInfo"), 4065);
+    for (const char* word : {"modelfile", "MODELFILE ", "MODELFIL", "MODELFILEE", "", "FileInfo",
+                             static_cast<const char*>(nullptr)}) {
+        SCOPED_TRACE(word != nullptr ? word : "null");
+        EXPECT_EQ(GetHeaderIDFromText(word), -1);
+    }
+    for (const char* word : {"active", "Active ", "FILEINFO", static_cast<const char*>(nullptr)}) {
+        SCOPED_TRACE(word != nullptr ? word : "null");
+        EXPECT_EQ(GetLabelIDFromText(word), -1);
     }
 }
 
@@ -225,4 +241,28 @@ TEST(VocabularyWordMap, BucketKeyIsTimes33PlusTheSignedByteAtEveryLength) {
         EXPECT_EQ(fileio::detail::WordMap::BucketKey(word), expected);
         word.push_back(static_cast<char>(length * 37 + 11));
     }
+}
+
+TEST(VocabularyWordMap, TheIdIndexCoversItsRangeAndFollowsTheWordThatNamesAnId) {
+    const fileio::detail::VocabularyRow rows[] = {
+        {5, "A"}, {5, "B"}, {-7, "OUT"}, {0, "ZERO"}, {10, "TEN"}};
+    fileio::detail::WordMap map(rows, 3, 10);
+    // The index covers 0 to 9 only; a word outside it still finds its id.
+    EXPECT_EQ(map.WordOf(0), "ZERO");
+    EXPECT_EQ(map.WordOf(10), std::nullopt);
+    EXPECT_EQ(map.WordOf(-7), std::nullopt);
+    EXPECT_EQ(map.IdOf("TEN"), 10);
+    map.SetAt("C", 5);
+    EXPECT_EQ(map.WordOf(5), "C"); // the newest word of an id names it
+    map.SetAt("A", 6);             // the index of 5 named C, not A: it stays
+    EXPECT_EQ(map.WordOf(5), "C");
+    map.SetAt("C", 7); // now it named C: it moves to B, the word left with 5
+    EXPECT_EQ(map.WordOf(5), "B");
+    map.SetAt("OUT", 8); // an old id outside the index
+    EXPECT_EQ(map.WordOf(8), "OUT");
+    // The map keeps its own copy of a word set at run time.
+    std::string word = "TEMPORARY";
+    map.SetAt(word.c_str(), 2);
+    word.assign("OVERWRITE");
+    EXPECT_EQ(map.WordOf(2), "TEMPORARY");
 }
