@@ -38,7 +38,6 @@ TEST(DesktopLaunchTest, TheBrowserAndTheMailProgramGetAnArgumentVector) {
         {"xdg-open", "mailto:ann@example.com?subject=%24%28id%29&body=%60date%60"},
     };
     EXPECT_EQ(g_started, expected);
-    // No desktop handler: a failure.
     Processes().startDetached = RefuseStart;
     EXPECT_FALSE(LaunchBrowser("https://example.com"));
     EXPECT_FALSE(LaunchMail("ann@example.com", "s", "b"));
