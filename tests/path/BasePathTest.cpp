@@ -36,7 +36,6 @@ public:
     std::string Absolute(std::string_view path) const {
         return detail::GetAbsolutePath(path, true, m_style);
     }
-    static const std::vector<std::string>& Changes() { return ScriptedFolders::Script().changes; }
 
 private:
     PathStyle m_style;

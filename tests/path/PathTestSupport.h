@@ -32,16 +32,12 @@ void ExpectEach(Convert convert, std::initializer_list<std::pair<std::string, Ou
         EXPECT_EQ(convert(in), out) << "from " << in;
 }
 
-/// The result of a conversion that reports success, or "<none>".
-template <class Convert> std::string OrNone(Convert convert) {
-    std::string out;
-    return convert(out) ? out : "<none>";
-}
-
-/// `convert(path, style, out)` as a conversion of the path alone, for ExpectEach.
+/// `convert(path, style, out)` as a conversion of the path alone, for ExpectEach: what it
+/// gives, or "<none>" when it reports failure.
 template <class Convert> auto Reporting(Convert convert, PathStyle style) {
     return [=](const std::string& path) {
-        return OrNone([&](std::string& out) { return convert(path, style, out); });
+        std::string out;
+        return convert(path, style, out) ? out : "<none>";
     };
 }
 

@@ -151,7 +151,6 @@ TEST(SystemServicesTest, NamesTheApplicationAndItsFolder) {
     const std::string folder = fileio::platform::System().applicationFolder();
     const std::string name = fileio::platform::System().applicationName();
     ASSERT_FALSE(folder.empty());
-    EXPECT_TRUE(fs::is_directory(folder)) << folder;
     EXPECT_NE(folder.back(), fileio::platform::NativeSeparator());
     EXPECT_EQ(name, "fileio_platform_tests"); // this program, without a suffix
     EXPECT_TRUE(fs::exists(fs::path(folder) / name) ||
