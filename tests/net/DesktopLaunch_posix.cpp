@@ -12,8 +12,6 @@
 namespace {
 
 using fileio::platform::Processes;
-using fileio::platform::ProcessServices;
-using fileio::platform::ScopedServices;
 
 std::vector<std::vector<std::string>> g_started;
 
@@ -28,7 +26,7 @@ bool RefuseStart(const std::vector<std::string>& argv, std::string& why) {
 }
 
 TEST(DesktopLaunchTest, TheBrowserAndTheMailProgramGetAnArgumentVector) {
-    ScopedServices<ProcessServices> saved(Processes());
+    fileio::platform::ScopedServices<fileio::platform::ProcessServices> saved(Processes());
     Processes().startDetached = RecordStart;
     g_started.clear();
     EXPECT_TRUE(LaunchBrowser("http://example.com/a b;rm -rf ~"));

@@ -21,14 +21,12 @@
 namespace {
 
 using fileio::platform::Files;
-using fileio::platform::FileServices;
 using fileio::platform::Internet;
-using fileio::platform::InternetServices;
 using fileio::platform::Processes;
 using fileio::platform::ProcessOutcome;
-using fileio::platform::ProcessServices;
 using fileio::platform::ScopedServices;
 using fileio::test::kPatientMs;
+using fileio::test::Pattern;
 using fileio::test::TempFolder;
 
 std::vector<std::string> g_openedUrls;
@@ -89,7 +87,7 @@ TEST(InternetTest, MailUrlsEncodeEveryField) {
 
 // The exact vectors the desktop gets are in DesktopLaunch_posix.cpp.
 TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
-    ScopedServices<InternetServices> saved(Internet());
+    ScopedServices<fileio::platform::InternetServices> saved(Internet());
     Internet().openUrl = RecordUrl;
     g_openedUrls.clear();
     EXPECT_TRUE(LaunchBrowser("www.example.com"));
@@ -136,7 +134,7 @@ TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
     const std::vector<std::vector<std::string>> oneCall = {{"svn", "info", "--non-interactive",
                                                             "--show-item", "last-changed-revision",
                                                             "--", file + "@"}};
-    ScopedServices<ProcessServices> saved(Processes());
+    ScopedServices<fileio::platform::ProcessServices> saved(Processes());
     Processes().run = RunFakeClient;
     for (const RevisionCase& c : cases) {
         SCOPED_TRACE(c.what);
@@ -236,15 +234,8 @@ protected:
     std::string target;
 };
 
-std::string Body(std::size_t size) {
-    std::string body(size, '\0');
-    for (std::size_t i = 0; i < size; ++i)
-        body[i] = static_cast<char>(i * 7 + 3);
-    return body;
-}
-
 TEST_F(DownloadTest, ACompleteDownloadReplacesTheFileAndShowsItsProgress) {
-    const std::string body = Body(300000);
+    const std::string body = Pattern(300000);
     OneShotServer server(Response(body));
     RecordingStatus status;
     ScopedStatusHandler installed(&status);
@@ -273,10 +264,10 @@ struct FailedDownloadCase {
 
 TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
     const FailedDownloadCase cases[] = {
-        {"truncated", Response(Body(500), 1000), 1 << 20, ""},
-        {"too large, announced", Response(Body(5000)), 1000, "limit of 1000"},
-        {"too large, unannounced", Response(Body(300000), -1), 100000, "limit of 100000"},
-        {"one byte above the limit", Response(Body(1001), -1), 1000, "limit of 1000"},
+        {"truncated", Response(Pattern(500), 1000), 1 << 20, ""},
+        {"too large, announced", Response(Pattern(5000)), 1000, "limit of 1000"},
+        {"too large, unannounced", Response(Pattern(300000), -1), 100000, "limit of 100000"},
+        {"one byte above the limit", Response(Pattern(1001), -1), 1000, "limit of 1000"},
         {"not found", Response("not found", -2, "404 Not Found"), 1 << 20, "404"},
         {"not http", "SSH-2.0-OpenSSH_9.2\r\n", 1 << 20, ""},
     };
@@ -286,7 +277,7 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
         ExpectFailure(server.Url(), c.limit, kPatientMs, c.reason);
     }
     // The limit itself is allowed.
-    OneShotServer exact(Response(Body(1000), -1));
+    OneShotServer exact(Response(Pattern(1000), -1));
     EXPECT_TRUE(DownloadFile(exact.Url().c_str(), target.c_str(), nullptr, 1000, kPatientMs));
 }
 
@@ -330,7 +321,7 @@ TEST_F(DownloadTest, AFailedSaveLeavesTheOldFileAndNoTemporary) {
     for (const bool failWrite : {true, false}) {
         SCOPED_TRACE(failWrite ? "the write fails" : "the rename fails");
         OneShotServer server(Response("new content"));
-        ScopedServices<FileServices> saved(Files());
+        ScopedServices<fileio::platform::FileServices> saved(Files());
         if (failWrite)
             Files().writeFile = FailWrite;
         else

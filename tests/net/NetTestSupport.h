@@ -47,6 +47,14 @@ inline std::string Hello(std::uint64_t limit = 1 << 20, std::uint16_t version = 
     return Header(1, 8, 0, 0, version) + LittleEndian(limit, 8);
 }
 
+/// A pattern that shows a byte out of place.
+inline std::string Pattern(std::size_t size) {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>((i * 131 + i / 251) & 0xFF);
+    return bytes;
+}
+
 inline MemoryStream StreamOf(const std::string& bytes, bool binary = false) {
     MemoryStream stream;
     stream.Open(binary ? FM_BINARY : FM_STORING);

@@ -14,9 +14,7 @@ namespace {
 
 using fileio::platform::Processes;
 using fileio::platform::ProcessOutcome;
-using fileio::test::kChildArgument;
 using fileio::test::kPatientMs;
-using fileio::test::SelfPath;
 
 struct CommandLineCase {
     std::vector<std::string> argv;
@@ -40,7 +38,7 @@ TEST(ProcessTest, WindowsCommandLinesQuoteByTheRuntimesRules) {
 }
 
 std::vector<std::string> Child(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {SelfPath(), kChildArgument});
+    arguments.insert(arguments.begin(), {fileio::test::SelfPath(), fileio::test::kChildArgument});
     return arguments;
 }
 

@@ -21,17 +21,10 @@ using fileio::test::BytesOf;
 using fileio::test::Header;
 using fileio::test::Hello;
 using fileio::test::kPatientMs;
+using fileio::test::Pattern;
 using fileio::test::RawPair;
 using fileio::test::SocketPair;
 using fileio::test::StreamOf;
-
-/// A pattern that shows a byte out of place.
-std::string Pattern(std::size_t size) {
-    std::string bytes(size, '\0');
-    for (std::size_t i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>((i * 131 + i / 251) & 0xFF);
-    return bytes;
-}
 
 struct SizeCase {
     const char* what;

@@ -14,9 +14,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using fileio::platform::AtomicSave;
 using fileio::platform::FileAccess;
-using fileio::platform::FileHandle;
 using fileio::platform::Files;
 using fileio::platform::kNoFile;
 using fileio::platform::ReadResult;
@@ -71,7 +69,7 @@ TEST_F(FileServicesTest, AFailedSaveLeavesNothingAndSaysWhy) {
     // Abandoned: the target is as it was and the temporary file is gone.
     ASSERT_TRUE(SaveFileAtomically(Path("target").c_str(), "old", 3, error));
     {
-        AtomicSave save;
+        fileio::platform::AtomicSave save;
         ASSERT_TRUE(save.Begin(Path("target").c_str(), error));
         EXPECT_EQ(fs::path(save.TemporaryPath()).parent_path(), fs::path(m_folder.Path()));
         EXPECT_EQ(fs::path(save.TemporaryPath()).filename().string().rfind("target.vrn", 0), 0u);
@@ -97,7 +95,7 @@ TEST_F(FileServicesTest, ASymbolicLinkStaysAndItsTargetIsReplaced) {
 
 TEST_F(FileServicesTest, OpenFilesReadSeekAndTellTheirAccess) {
     const std::string path = m_folder.WriteFile("data", "0123456789");
-    const FileHandle file = Files().openForReading(path.c_str());
+    const fileio::platform::FileHandle file = Files().openForReading(path.c_str());
     ASSERT_NE(file, kNoFile);
     EXPECT_EQ(Files().fileLength(file), 10);
     char buffer[8] = {};

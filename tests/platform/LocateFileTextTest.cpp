@@ -13,8 +13,6 @@ namespace {
 
 using fileio::platform::FileFilter;
 using fileio::platform::LocateAnswer;
-using fileio::platform::ParseFileFilter;
-using fileio::platform::ParseLocateAnswer;
 using Kind = LocateAnswer::Kind;
 
 std::vector<std::string> Flatten(const std::vector<FileFilter>& filters) {
@@ -48,7 +46,7 @@ TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.filter);
-        EXPECT_EQ(Flatten(ParseFileFilter(row.filter)), row.pairs);
+        EXPECT_EQ(Flatten(fileio::platform::ParseFileFilter(row.filter)), row.pairs);
     }
 }
 
@@ -76,7 +74,7 @@ TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.typed);
-        const LocateAnswer answer = ParseLocateAnswer(row.typed);
+        const LocateAnswer answer = fileio::platform::ParseLocateAnswer(row.typed);
         EXPECT_EQ(answer.kind, row.kind);
         EXPECT_EQ(answer.path, row.path);
     }
