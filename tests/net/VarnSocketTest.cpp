@@ -73,11 +73,8 @@ TEST(VarnSocketTest, RepliesCarryTheNumberOfTheirRequest) {
     SocketPair pair;
     ASSERT_TRUE(pair.Open());
     EXPECT_EQ(pair.client.GetPeerMessageLimit(), CVarnSocket::kDefaultMessageLimit);
-    unsigned int first = 0, second = 0;
-    ASSERT_EQ(pair.client.Send(StreamOf("one"), kPatientMs, &first), SR_OK);
-    ASSERT_EQ(pair.client.Send(StreamOf("two"), kPatientMs, &second), SR_OK);
-    EXPECT_EQ(first, 1u);
-    EXPECT_EQ(second, 2u);
+    ASSERT_EQ(pair.client.Send(StreamOf("one"), kPatientMs), SR_OK);
+    ASSERT_EQ(pair.client.Send(StreamOf("two"), kPatientMs), SR_OK);
     MemoryStream message;
     ASSERT_EQ(pair.server.Receive(message, kPatientMs), SR_OK);
     EXPECT_EQ(pair.server.GetRequestNumber(), 1u);

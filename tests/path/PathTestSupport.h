@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <initializer_list>
 #include <set>
@@ -173,8 +174,7 @@ public:
                 return false;
             out = platform::LexicalFullPath(Script().currentDir, path);
             if (Script().style == kWindows)
-                for (char& c : out)
-                    c = c == '/' ? '\\' : c;
+                std::replace(out.begin(), out.end(), '/', '\\');
             return !out.empty();
         };
     }
