@@ -170,8 +170,6 @@ public:
         m_thread.join();
         fileio::platform::Sockets().close(m_listener);
     }
-    OneShotServer(const OneShotServer&) = delete;
-    OneShotServer& operator=(const OneShotServer&) = delete;
 
     [[nodiscard]] std::string Url(const char* path = "/file.bin") const {
         return "http://127.0.0.1:" + std::to_string(m_port) + path;

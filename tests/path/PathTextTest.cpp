@@ -151,17 +151,16 @@ TEST(PathText, StringMembersGiveNullForNothing) {
 }
 
 TEST(PathText, CombineNameToPathAndTheProgramsFolderUseTheNativeSeparator) {
-    const char native = fileio::platform::kNativePathStyle == kWindows ? '\\' : '/';
+    const char native = platform::NativeSeparator();
     String joined = String::CombineNameToPath(String("base/"), String("name.txt"));
     EXPECT_EQ(joined.View(), std::string("base") + native + "name.txt");
 
-    fileio::platform::ScopedServices<fileio::platform::SystemServices> guard(
-        fileio::platform::System());
-    fileio::platform::System().applicationFolder = [] { return std::string("/opt/suite/bin"); };
+    platform::ScopedServices<platform::SystemServices> guard(platform::System());
+    platform::System().applicationFolder = [] { return std::string("/opt/suite/bin"); };
     EXPECT_STREQ(String::GetAppPath().Get(), "/opt/suite/bin");
     EXPECT_EQ(String::AddNameToExeDirectory(String("Plugins\\")).View(),
               std::string("/opt/suite/bin") + native + "Plugins\\");
-    fileio::platform::System().applicationFolder = [] { return std::string(); };
+    platform::System().applicationFolder = [] { return std::string(); };
     EXPECT_EQ(String::GetAppPath().Get(), nullptr);
     EXPECT_STREQ(String::AddNameToExeDirectory(String("x")).Get(), "x");
 }
