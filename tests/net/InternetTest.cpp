@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -36,13 +37,9 @@ bool RecordUrl(const char* url, std::string&) {
     return true;
 }
 
-struct UrlCase {
-    const char* text;
-    const char* url; // "" when nothing may be opened
-};
-
+// A text and its URL, "" when nothing may be opened.
 TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
-    const UrlCase cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"https://example.com/a?b=1&c=2#top", "https://example.com/a?b=1&c=2#top"},
         {"HTTP://Example.com/", "HTTP://Example.com/"},
         {"www.example.com/a b", "http://www.example.com/a%20b"},
@@ -54,8 +51,8 @@ TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
         {"3ds:model", "http://3ds:model"}, // a scheme starts with a letter
         {"", ""},
     };
-    for (const UrlCase& c : cases)
-        EXPECT_EQ(fileio::net::BrowserUrl(c.text), c.url) << c.text;
+    for (const auto& [text, url] : cases)
+        EXPECT_EQ(fileio::net::BrowserUrl(text), url) << text;
 }
 
 struct MailCase {
@@ -279,19 +276,14 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
     EXPECT_TRUE(DownloadFile(exact.Url().c_str(), target.c_str(), nullptr, 1000, kPatientMs));
 }
 
-struct UnservedCase {
-    std::string url;
-    int timeoutMs;
-    const char* reason; // a part of the reason given
-};
-
 // A closed port, a listener that never answers (the system accepts for it), and URLs that
 // are no downloads.
 TEST_F(DownloadTest, AServerThatIsGoneOrSilentFailsCleanly) {
     unsigned short port = 0;
     const auto silent = fileio::test::ListenAt("127.0.0.1", port);
     const std::string silentUrl = "http://127.0.0.1:" + std::to_string(port) + "/x";
-    const UnservedCase cases[] = {
+    // A URL, the time it is given, and a part of the reason the failure gives.
+    const std::tuple<std::string, int, const char*> cases[] = {
         {"http://" + std::string(fileio::test::kUnusedLoopback) + ":" +
              std::to_string(fileio::test::ClosedPort()) + "/x",
          kPatientMs, ""},
@@ -300,9 +292,9 @@ TEST_F(DownloadTest, AServerThatIsGoneOrSilentFailsCleanly) {
         {"", kPatientMs, ""},
         {"ftp://127.0.0.1/x", kPatientMs, ""},
     };
-    for (const UnservedCase& c : cases) {
-        SCOPED_TRACE(c.url + " " + std::to_string(c.timeoutMs));
-        ExpectFailure(c.url, 1000, c.timeoutMs, c.reason);
+    for (const auto& [url, timeoutMs, reason] : cases) {
+        SCOPED_TRACE(url + " " + std::to_string(timeoutMs));
+        ExpectFailure(url, 1000, timeoutMs, reason);
     }
     fileio::platform::Sockets().close(silent);
 }

@@ -16,13 +16,8 @@ using fileio::platform::Processes;
 using fileio::platform::ProcessOutcome;
 using fileio::test::kPatientMs;
 
-struct CommandLineCase {
-    std::vector<std::string> argv;
-    const char* line;
-};
-
 TEST(ProcessTest, WindowsCommandLinesQuoteByTheRuntimesRules) {
-    const CommandLineCase cases[] = {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{"svn", "info"}, "svn info"},
         {{"a b"}, "\"a b\""},
         {{""}, "\"\""},
@@ -33,8 +28,8 @@ TEST(ProcessTest, WindowsCommandLinesQuoteByTheRuntimesRules) {
         {{"a\\\\\"b"}, "\"a\\\\\\\\\\\"b\""},     // two backslashes and a quote
         {{"x", "a&b|c>d"}, "x a&b|c>d"},          // no shell: nothing to escape
     };
-    for (const CommandLineCase& c : cases)
-        EXPECT_EQ(fileio::platform::WindowsCommandLine(c.argv), c.line) << c.line;
+    for (const auto& [argv, line] : cases)
+        EXPECT_EQ(fileio::platform::WindowsCommandLine(argv), line) << line;
 }
 
 std::vector<std::string> Child(std::vector<std::string> arguments) {

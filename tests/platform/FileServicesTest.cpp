@@ -111,18 +111,12 @@ TEST_F(FileServicesTest, OpenFilesReadSeekAndTellTheirAccess) {
     fs::permissions(readOnly,
                     fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
                     fs::perm_options::remove);
-    struct Row {
-        std::string path;
-        FileAccess access;
-    };
-    const Row rows[] = {{path, FileAccess::Writable},
-                        {readOnly, FileAccess::ReadOnly},
-                        {m_folder.Path(), FileAccess::ReadOnly},
-                        {Path("missing"), FileAccess::Missing}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(Files().access(row.path.c_str()), row.access);
-    }
+    const std::pair<std::string, FileAccess> rows[] = {{path, FileAccess::Writable},
+                                                       {readOnly, FileAccess::ReadOnly},
+                                                       {m_folder.Path(), FileAccess::ReadOnly},
+                                                       {Path("missing"), FileAccess::Missing}};
+    for (const auto& [target, access] : rows)
+        EXPECT_EQ(Files().access(target.c_str()), access) << target;
 }
 
 TEST_F(FileServicesTest, RemovesFilesAndTakesLocks) {
