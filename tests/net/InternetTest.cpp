@@ -55,15 +55,8 @@ TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
         EXPECT_EQ(fileio::net::BrowserUrl(text), url) << text;
 }
 
-struct MailCase {
-    const char* address;
-    const char* subject;
-    const char* body;
-    const char* url;
-};
-
 TEST(InternetTest, MailUrlsEncodeEveryField) {
-    const MailCase cases[] = {
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
         {"ann@example.com", "", "", "mailto:ann@example.com"},
         {"ann+render@example.com", "Q&A", "a b",
          "mailto:ann+render@example.com?subject=Q%26A&body=a%20b"},
@@ -78,8 +71,8 @@ TEST(InternetTest, MailUrlsEncodeEveryField) {
          "mailto:odd%3Fname%26x=y@x.org?subject=a%3Db%3Fc%23d&body=%2B%2F"},
         {"", "no recipient", "", "mailto:?subject=no%20recipient"},
     };
-    for (const MailCase& c : cases)
-        EXPECT_EQ(fileio::net::MailUrl(c.address, c.subject, c.body), c.url) << c.url;
+    for (const auto& [address, subject, body, url] : cases)
+        EXPECT_EQ(fileio::net::MailUrl(address, subject, body), url) << url;
 }
 
 // The exact vectors the desktop gets are in DesktopLaunch_posix.cpp.
@@ -250,15 +243,9 @@ TEST_F(DownloadTest, ACompleteDownloadReplacesTheFileAndShowsItsProgress) {
     EXPECT_EQ(folder.ReadFile("new.bin"), "");
 }
 
-struct FailedDownloadCase {
-    const char* what;
-    std::string response;
-    unsigned long long limit;
-    const char* reason; // a part of the reason given
-};
-
 TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
-    const FailedDownloadCase cases[] = {
+    // What the server does, its response, the limit, and a part of the reason given.
+    const std::tuple<const char*, std::string, unsigned long long, const char*> cases[] = {
         {"truncated", Response(Pattern(500), 1000), 1 << 20, ""},
         {"too large, announced", Response(Pattern(5000)), 1000, "limit of 1000"},
         {"too large, unannounced", Response(Pattern(300000), -1), 100000, "limit of 100000"},
@@ -266,10 +253,10 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
         {"not found", Response("not found", -2, "404 Not Found"), 1 << 20, "404"},
         {"not http", "SSH-2.0-OpenSSH_9.2\r\n", 1 << 20, ""},
     };
-    for (const FailedDownloadCase& c : cases) {
-        SCOPED_TRACE(c.what);
-        OneShotServer server(c.response);
-        ExpectFailure(server.Url(), c.limit, kPatientMs, c.reason);
+    for (const auto& [what, response, limit, reason] : cases) {
+        SCOPED_TRACE(what);
+        OneShotServer server(response);
+        ExpectFailure(server.Url(), limit, kPatientMs, reason);
     }
     // The limit itself is allowed.
     OneShotServer exact(Response(Pattern(1000), -1));

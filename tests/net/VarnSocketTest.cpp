@@ -14,6 +14,7 @@
 #include <iterator>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -26,15 +27,9 @@ using fileio::test::RawPair;
 using fileio::test::SocketPair;
 using fileio::test::StreamOf;
 
-struct SizeCase {
-    const char* what;
-    unsigned long long size;
-    bool binary;
-};
-
 TEST(VarnSocketTest, CarriesMessagesUpToThePeersLimitByteForByte) {
     constexpr unsigned long long kLimit = 1 << 20;
-    const SizeCase cases[] = {
+    const std::tuple<const char*, unsigned long long, bool> cases[] = {
         {"empty", 0, false},
         {"one binary byte", 1, true},
         {"a hello's size", 8, false},
@@ -44,17 +39,18 @@ TEST(VarnSocketTest, CarriesMessagesUpToThePeersLimitByteForByte) {
     SocketPair pair;
     ASSERT_TRUE(pair.Open(kLimit, kLimit));
     MemoryStream received;
-    for (const SizeCase& c : cases) {
-        SCOPED_TRACE(c.what);
-        const std::string bytes = Pattern(c.size);
+    for (const auto& [what, size, binary] : cases) {
+        SCOPED_TRACE(what);
+        const std::string bytes = Pattern(size);
+        const MemoryStream message = StreamOf(bytes, binary);
         SocketResult sent = SR_SYSTEM_ERROR;
-        std::thread sender([&] { sent = pair.client.Send(StreamOf(bytes, c.binary), kPatientMs); });
+        std::thread sender([&] { sent = pair.client.Send(message, kPatientMs); });
         const SocketResult result = pair.server.Receive(received, kPatientMs);
         sender.join();
         ASSERT_EQ(result, SR_OK) << pair.server.GetErrorText().Get();
         EXPECT_EQ(sent, SR_OK);
         EXPECT_EQ(BytesOf(received), bytes);
-        EXPECT_EQ(received.GetMode(), c.binary ? FM_LOADING | FM_BINARY : FM_LOADING);
+        EXPECT_EQ(received.GetMode(), binary ? FM_LOADING | FM_BINARY : FM_LOADING);
         EXPECT_EQ(received.GetPos(), 0u);
     }
     // One byte more is refused before anything goes out: the connection stays, and the
@@ -115,15 +111,10 @@ TEST(VarnSocketTest, APeerSendingOneByteAtATimeIsReadWholeWithinOneDeadline) {
     EXPECT_TRUE(received.IsBinary());
 }
 
-struct BrokenPeerCase {
-    const char* what;
-    std::string bytes; // sent after the hello, before the peer closes
-    SocketResult expected;
-    const char* says; // a part of the error text
-};
-
 TEST(VarnSocketTest, NamesWhatABrokenPeerDid) {
-    const BrokenPeerCase cases[] = {
+    // What the peer does, the bytes it sends after the hello before it closes, the result,
+    // and a part of the error text.
+    const std::tuple<const char*, std::string, SocketResult, const char*> cases[] = {
         {"closes between messages", "", SR_PEER_CLOSED, "closed"},
         {"closes mid-header", Header(2, 10).substr(0, 11), SR_TRUNCATED, "inside a message"},
         {"closes mid-payload", Header(2, 10) + "12345", SR_TRUNCATED, "inside a message"},
@@ -133,21 +124,21 @@ TEST(VarnSocketTest, NamesWhatABrokenPeerDid) {
         {"claims 4 GiB", Header(2, 1ULL << 32), SR_TOO_LARGE, "4294967296 bytes"},
         {"one byte too many", Header(2, (1 << 20) + 1), SR_TOO_LARGE, "limit of 1048576"},
     };
-    for (const BrokenPeerCase& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, bytes, expected, says] : cases) {
+        SCOPED_TRACE(what);
         RawPair raw;
         raw.listener.SetMessageLimit(1 << 20);
         ASSERT_EQ(raw.Open(Hello()), SR_OK);
-        ASSERT_TRUE(raw.peer.Send(c.bytes));
+        ASSERT_TRUE(raw.peer.Send(bytes));
         raw.peer.Close();
         MemoryStream received;
         received.Open(FM_BINARY);
         received << 7;
         const auto ramBefore = TotalRAM();
-        EXPECT_EQ(raw.socket.Receive(received, kPatientMs), c.expected);
+        EXPECT_EQ(raw.socket.Receive(received, kPatientMs), expected);
         EXPECT_LT(TotalRAM(), ramBefore + 64 * 1024); // no lying length is believed
         EXPECT_FALSE(raw.socket.IsConnected());
-        EXPECT_NE(raw.socket.GetErrorText().Find(c.says), -1) << raw.socket.GetErrorText().Get();
+        EXPECT_NE(raw.socket.GetErrorText().Find(says), -1) << raw.socket.GetErrorText().Get();
         EXPECT_EQ(received.GetLength(), 4u); // the stream is left as it was
         EXPECT_EQ(raw.socket.Receive(received, kPatientMs), SR_NOT_CONNECTED);
     }

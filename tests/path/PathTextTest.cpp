@@ -42,10 +42,7 @@ TEST(PathText, DecompositionReadsBothSeparators) {
 }
 
 TEST(PathText, CombineNameToPathJoinsWithOneNativeSeparator) {
-    struct Row {
-        std::string folder, name, windows, posix;
-    };
-    const Row rows[] = {
+    const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
         {"C:\\a\\\\", "\\\\b.mdl", "C:\\a\\b.mdl", "C:\\a/b.mdl"},
         {"/home/ann/", "/sky.tga", "/home/ann\\sky.tga", "/home/ann/sky.tga"},
         {"\\\\", "server", "\\\\server", "\\\\server"},
@@ -53,10 +50,10 @@ TEST(PathText, CombineNameToPathJoinsWithOneNativeSeparator) {
         {"C:", "", "C:\\", "C:/"},
         {"base", "\\", "base\\", "base/"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.folder + " + " + row.name);
-        EXPECT_EQ(detail::CombineNameToPath(row.folder, row.name, kWindows), row.windows);
-        EXPECT_EQ(detail::CombineNameToPath(row.folder, row.name, kPosix), row.posix);
+    for (const auto& [folder, name, windows, posix] : rows) {
+        SCOPED_TRACE(folder + " + " + name);
+        EXPECT_EQ(detail::CombineNameToPath(folder, name, kWindows), windows);
+        EXPECT_EQ(detail::CombineNameToPath(folder, name, kPosix), posix);
     }
 }
 
