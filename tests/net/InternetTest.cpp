@@ -99,19 +99,12 @@ bool RunFakeClient(const std::vector<std::string>& argv, int, ProcessOutcome& ou
     return outcome.started;
 }
 
-struct RevisionCase {
-    const char* what;
-    bool started;
-    const char* output;
-    int exitCode;
-    int revision;
-};
-
 TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
     TempFolder folder("fileio-svn");
     folder.MakeFolder("work/.svn");
     const std::string file = folder.WriteFile("work/models/robot arm.mdl", "x");
-    const RevisionCase cases[] = {
+    // What the client does, whether it starts, its output and exit code, and the revision.
+    const std::tuple<const char*, bool, const char*, int, int> cases[] = {
         {"a revision", true, "1234\n", 0, 1234},
         {"blanks around it", true, "  77 \r\n", 0, 77},
         {"revision 0", true, "0", 0, 0},
@@ -126,13 +119,13 @@ TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
                                                             "--", file + "@"}};
     ScopedServices<fileio::platform::ProcessServices> saved(Processes());
     Processes().run = RunFakeClient;
-    for (const RevisionCase& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, started, output, exitCode, revision] : cases) {
+        SCOPED_TRACE(what);
         g_clientCalls.clear();
-        g_clientAnswer.started = c.started;
-        g_clientAnswer.output = c.output;
-        g_clientAnswer.exitCode = c.exitCode;
-        EXPECT_EQ(SVNGetRevision(file.c_str()), c.revision);
+        g_clientAnswer.started = started;
+        g_clientAnswer.output = output;
+        g_clientAnswer.exitCode = exitCode;
+        EXPECT_EQ(SVNGetRevision(file.c_str()), revision);
         EXPECT_EQ(g_clientCalls, oneCall);
     }
     // Outside a working copy no client is asked.

@@ -19,10 +19,8 @@ template <class Test, class... Args> std::string Styles(Test test, const Args&..
 }
 
 TEST(PathText, DecompositionReadsBothSeparators) {
-    struct Row {
-        std::string path, folder, name, withoutSuffix, suffix;
-    };
-    const Row rows[] = {
+    // A path, its folder, its name, the name without its suffix, and the suffix.
+    const std::tuple<std::string, std::string, std::string, std::string, std::string> rows[] = {
         {"C:\\Projects\\Robot\\arm.mdl", "C:\\Projects\\Robot\\", "arm.mdl", "arm", "mdl"},
         {"a/b\\c.d.e", "a/b\\", "c.d.e", "c.d", "e"},
         {"plain", "", "plain", "plain", ""},
@@ -32,12 +30,12 @@ TEST(PathText, DecompositionReadsBothSeparators) {
         {"trailing.", "", "trailing.", "trailing", ""},
         {"", "", "", "", ""},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(detail::PathOnly(row.path), row.folder);
-        EXPECT_EQ(detail::NameOnly(row.path), row.name);
-        EXPECT_EQ(detail::NameOnlyWithoutSuffix(row.path), row.withoutSuffix);
-        EXPECT_EQ(detail::SuffixOnly(row.path), row.suffix);
+    for (const auto& [path, folder, name, withoutSuffix, suffix] : rows) {
+        SCOPED_TRACE(path);
+        EXPECT_EQ(detail::PathOnly(path), folder);
+        EXPECT_EQ(detail::NameOnly(path), name);
+        EXPECT_EQ(detail::NameOnlyWithoutSuffix(path), withoutSuffix);
+        EXPECT_EQ(detail::SuffixOnly(path), suffix);
     }
 }
 
