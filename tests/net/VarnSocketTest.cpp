@@ -213,7 +213,6 @@ TEST(VarnSocketTest, ListensOnTheLoopbackAddressUnlessTold) {
     CVarnSocket socket;
     ASSERT_EQ(socket.Listen(), SR_OK);
     EXPECT_STREQ(socket.GetAddress().Get(), "127.0.0.1");
-    EXPECT_NE(socket.GetPort(), 0);
     CVarnSocket other;
     ASSERT_EQ(other.Listen(0, "127.0.0.2"), SR_OK) << other.GetErrorText().Get();
     EXPECT_STREQ(other.GetAddress().Get(), "127.0.0.2");
