@@ -199,14 +199,9 @@ TEST(PosixDialogsTest, AtATerminalTheLocateQuestionTakesATypedPath) {
     const std::string robot = folder.WriteFile("Maps/robot.mdl", "robot");
     const std::string arm = folder.WriteFile("Maps/Parts/arm.mdl", "arm");
     const std::string maps = folder.Join("Maps");
-    struct Row {
-        std::string typed;
-        const char* folder;
-        bool cancelAllIn;
-        std::string expected; // the file chosen, or "" for none
-        int result;
-    };
-    const Row rows[] = {
+    // What is typed, the dialog's folder, the box as it comes in, the file chosen ("" for
+    // none), and what the question did.
+    const std::tuple<std::string, const char*, bool, std::string, int> rows[] = {
         {robot + "\n", "", false, robot, kPicked},
         // A relative path starts in the dialog's folder; "." and ".." are folded.
         {"robot.mdl\n", maps.c_str(), false, robot, kPicked},
@@ -221,11 +216,12 @@ TEST(PosixDialogsTest, AtATerminalTheLocateQuestionTakesATypedPath) {
         // The end of the input (Ctrl-D) cancels.
         {"\x04", maps.c_str(), false, "", 0},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.typed);
-        EXPECT_EQ(RunInChild(row.typed,
-                             [&] { return Locate(row.folder, row.cancelAllIn, row.expected); }),
-                  row.result);
+    for (const auto& [typed, start, ticked, expected, result] : rows) {
+        const auto locate = [start = start, ticked = ticked, &expected = expected] {
+            return Locate(start, ticked, expected);
+        };
+        SCOPED_TRACE(typed);
+        EXPECT_EQ(RunInChild(typed, locate), result);
     }
 }
 
