@@ -12,8 +12,6 @@
 namespace {
 
 using fileio::platform::Processes;
-using fileio::platform::ProcessServices;
-using fileio::platform::ScopedServices;
 
 std::vector<std::vector<std::string>> g_started;
 
@@ -28,7 +26,7 @@ bool RefuseStart(const std::vector<std::string>& argv, std::string& why) {
 }
 
 TEST(DesktopLaunchTest, TheBrowserAndTheMailProgramGetAnArgumentVector) {
-    ScopedServices<ProcessServices> saved(Processes());
+    fileio::platform::ScopedServices<fileio::platform::ProcessServices> saved(Processes());
     Processes().startDetached = RecordStart;
     g_started.clear();
     EXPECT_TRUE(LaunchBrowser("http://example.com/a b;rm -rf ~"));
@@ -38,7 +36,6 @@ TEST(DesktopLaunchTest, TheBrowserAndTheMailProgramGetAnArgumentVector) {
         {"xdg-open", "mailto:ann@example.com?subject=%24%28id%29&body=%60date%60"},
     };
     EXPECT_EQ(g_started, expected);
-    // No desktop handler: a failure.
     Processes().startDetached = RefuseStart;
     EXPECT_FALSE(LaunchBrowser("https://example.com"));
     EXPECT_FALSE(LaunchMail("ann@example.com", "s", "b"));

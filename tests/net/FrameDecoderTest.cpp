@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -100,16 +101,10 @@ TEST(FrameDecoderTest, StopsAtTheEndOfEachMessage) {
     EXPECT_EQ(next.Header().kind, FrameKind::Reply);
 }
 
-struct BadHeaderCase {
-    const char* what;
-    std::string bytes;
-    DecodeStatus expected;
-};
-
 TEST(FrameDecoderTest, RefusesHeadersThatBreakTheRules) {
     std::string wrongMagic = Header(2, 1);
     wrongMagic[0] = 'v';
-    const BadHeaderCase cases[] = {
+    const std::tuple<const char*, std::string, DecodeStatus> cases[] = {
         {"wrong magic", wrongMagic, DecodeStatus::BadHeader},
         {"another version", Header(2, 1, 0, 0, 2), DecodeStatus::BadVersion},
         {"version 0", Header(2, 1, 0, 0, 0), DecodeStatus::BadVersion},
@@ -120,19 +115,19 @@ TEST(FrameDecoderTest, RefusesHeadersThatBreakTheRules) {
         {"limit plus one", Header(2, kLimit + 1), DecodeStatus::TooLarge},
         {"largest length", Header(2, ~0ULL), DecodeStatus::TooLarge},
     };
-    for (const BadHeaderCase& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, bytes, expected] : cases) {
+        SCOPED_TRACE(what);
         FrameDecoder decoder(kLimit);
         std::size_t taken = 0;
         // One byte at a time: the verdict comes with the 20th byte, not before.
-        const std::string withMore = c.bytes + "more bytes";
-        EXPECT_EQ(FeedInPieces(decoder, withMore, 1, taken), c.expected);
+        const std::string withMore = bytes + "more bytes";
+        EXPECT_EQ(FeedInPieces(decoder, withMore, 1, taken), expected);
         EXPECT_EQ(taken, 20u);
         EXPECT_EQ(decoder.Capacity(), 0u); // nothing allocated for a refused message
         EXPECT_TRUE(decoder.Space().empty());
         DecodeStatus status;
         EXPECT_EQ(decoder.Feed("x", 1, status), 0u); // final
-        EXPECT_EQ(status, c.expected);
+        EXPECT_EQ(status, expected);
     }
 }
 

@@ -16,19 +16,18 @@
 #include <algorithm>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace {
 
 using fileio::platform::Files;
-using fileio::platform::FileServices;
 using fileio::platform::Internet;
-using fileio::platform::InternetServices;
 using fileio::platform::Processes;
 using fileio::platform::ProcessOutcome;
-using fileio::platform::ProcessServices;
 using fileio::platform::ScopedServices;
 using fileio::test::kPatientMs;
+using fileio::test::Pattern;
 using fileio::test::TempFolder;
 
 std::vector<std::string> g_openedUrls;
@@ -38,13 +37,9 @@ bool RecordUrl(const char* url, std::string&) {
     return true;
 }
 
-struct UrlCase {
-    const char* text;
-    const char* url; // "" when nothing may be opened
-};
-
+// A text and its URL, "" when nothing may be opened.
 TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
-    const UrlCase cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"https://example.com/a?b=1&c=2#top", "https://example.com/a?b=1&c=2#top"},
         {"HTTP://Example.com/", "HTTP://Example.com/"},
         {"www.example.com/a b", "http://www.example.com/a%20b"},
@@ -53,23 +48,15 @@ TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
         {"http://x/<a>\"{|}\\^`", "http://x/%3Ca%3E%22%7B%7C%7D%5C%5E%60"},
         {"http://x/\t\r\n\x7F", "http://x/%09%0D%0A%7F"},
         {"file:///etc/passwd", ""},
-        {"javascript:alert(1)", ""},
         {"3ds:model", "http://3ds:model"}, // a scheme starts with a letter
         {"", ""},
     };
-    for (const UrlCase& c : cases)
-        EXPECT_EQ(fileio::net::BrowserUrl(c.text), c.url) << c.text;
+    for (const auto& [text, url] : cases)
+        EXPECT_EQ(fileio::net::BrowserUrl(text), url) << text;
 }
 
-struct MailCase {
-    const char* address;
-    const char* subject;
-    const char* body;
-    const char* url;
-};
-
 TEST(InternetTest, MailUrlsEncodeEveryField) {
-    const MailCase cases[] = {
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
         {"ann@example.com", "", "", "mailto:ann@example.com"},
         {"ann+render@example.com", "Q&A", "a b",
          "mailto:ann+render@example.com?subject=Q%26A&body=a%20b"},
@@ -84,13 +71,13 @@ TEST(InternetTest, MailUrlsEncodeEveryField) {
          "mailto:odd%3Fname%26x=y@x.org?subject=a%3Db%3Fc%23d&body=%2B%2F"},
         {"", "no recipient", "", "mailto:?subject=no%20recipient"},
     };
-    for (const MailCase& c : cases)
-        EXPECT_EQ(fileio::net::MailUrl(c.address, c.subject, c.body), c.url) << c.url;
+    for (const auto& [address, subject, body, url] : cases)
+        EXPECT_EQ(fileio::net::MailUrl(address, subject, body), url) << url;
 }
 
 // The exact vectors the desktop gets are in DesktopLaunch_posix.cpp.
 TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
-    ScopedServices<InternetServices> saved(Internet());
+    ScopedServices<fileio::platform::InternetServices> saved(Internet());
     Internet().openUrl = RecordUrl;
     g_openedUrls.clear();
     EXPECT_TRUE(LaunchBrowser("www.example.com"));
@@ -103,74 +90,56 @@ TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
     EXPECT_TRUE(ConnectToInternet());
 }
 
-struct FakeClient {
-    static inline std::vector<std::vector<std::string>> calls;
-    static inline ProcessOutcome answer;
+std::vector<std::vector<std::string>> g_clientCalls;
+ProcessOutcome g_clientAnswer;
 
-    static bool Run(const std::vector<std::string>& argv, int, ProcessOutcome& outcome) {
-        calls.push_back(argv);
-        outcome = answer;
-        return answer.started;
-    }
-};
-
-ProcessOutcome Answer(bool started, const char* output, int exitCode) {
-    ProcessOutcome outcome;
-    outcome.started = started;
-    outcome.output = output;
-    outcome.exitCode = exitCode;
-    return outcome;
+bool RunFakeClient(const std::vector<std::string>& argv, int, ProcessOutcome& outcome) {
+    g_clientCalls.push_back(argv);
+    outcome = g_clientAnswer;
+    return outcome.started;
 }
-
-struct RevisionCase {
-    const char* what;
-    ProcessOutcome answer;
-    int revision;
-};
 
 TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
     TempFolder folder("fileio-svn");
     folder.MakeFolder("work/.svn");
     const std::string file = folder.WriteFile("work/models/robot arm.mdl", "x");
-    const RevisionCase cases[] = {
-        {"a revision", Answer(true, "1234\n", 0), 1234},
-        {"blanks around it", Answer(true, "  77 \r\n", 0), 77},
-        {"revision 0", Answer(true, "0", 0), 0},
-        {"no client installed", Answer(false, "", -1), -1},
-        {"the client fails", Answer(true, "12\n", 1), -1},
-        {"no answer", Answer(true, "", 0), -1},
-        {"not a number", Answer(true, "svn: E155007: not a working copy\n", 0), -1},
-        {"two numbers", Answer(true, "12 13\n", 0), -1},
-        {"too large", Answer(true, "99999999999\n", 0), -1},
+    // What the client does, whether it starts, its output and exit code, and the revision.
+    const std::tuple<const char*, bool, const char*, int, int> cases[] = {
+        {"a revision", true, "1234\n", 0, 1234},
+        {"blanks around it", true, "  77 \r\n", 0, 77},
+        {"revision 0", true, "0", 0, 0},
+        {"no client installed", false, "", -1, -1},
+        {"the client fails", true, "12\n", 1, -1},
+        {"no answer", true, "", 0, -1},
+        {"not a number", true, "svn: E155007: not a working copy\n", 0, -1},
+        {"too large", true, "99999999999\n", 0, -1},
     };
-    ScopedServices<ProcessServices> saved(Processes());
-    Processes().run = FakeClient::Run;
-    for (const RevisionCase& c : cases) {
-        SCOPED_TRACE(c.what);
-        FakeClient::calls.clear();
-        FakeClient::answer = c.answer;
-        EXPECT_EQ(SVNGetRevision(file.c_str()), c.revision);
-        ASSERT_EQ(FakeClient::calls.size(), 1u);
-        const std::vector<std::string> argv = {
-            "svn", "info",    "--non-interactive", "--show-item", "last-changed-revision",
-            "--",  file + "@"};
-        EXPECT_EQ(FakeClient::calls[0], argv);
+    const std::vector<std::vector<std::string>> oneCall = {{"svn", "info", "--non-interactive",
+                                                            "--show-item", "last-changed-revision",
+                                                            "--", file + "@"}};
+    ScopedServices<fileio::platform::ProcessServices> saved(Processes());
+    Processes().run = RunFakeClient;
+    for (const auto& [what, started, output, exitCode, revision] : cases) {
+        SCOPED_TRACE(what);
+        g_clientCalls.clear();
+        g_clientAnswer.started = started;
+        g_clientAnswer.output = output;
+        g_clientAnswer.exitCode = exitCode;
+        EXPECT_EQ(SVNGetRevision(file.c_str()), revision);
+        EXPECT_EQ(g_clientCalls, oneCall);
     }
     // Outside a working copy no client is asked.
-    FakeClient::calls.clear();
+    g_clientCalls.clear();
     EXPECT_EQ(SVNGetRevision(folder.WriteFile("plain.mdl", "x").c_str()), -1);
     EXPECT_EQ(SVNGetRevision(String()), -1);
-    EXPECT_TRUE(FakeClient::calls.empty());
+    EXPECT_TRUE(g_clientCalls.empty());
 }
 
 /// Serves one connection on 127.0.0.1 with a scripted response, then closes.
 class OneShotServer {
 public:
-    explicit OneShotServer(std::string response) {
-        using namespace fileio::platform;
-        std::string why, address;
-        m_listener = Sockets().listen("127.0.0.1", 0, 4, why);
-        Sockets().localAddress(m_listener, address, m_port);
+    explicit OneShotServer(std::string response)
+        : m_listener(fileio::test::ListenAt("127.0.0.1", m_port)) {
         m_thread = std::thread([this, response = std::move(response)] {
             fileio::test::RawPeer client;
             if (!client.Accept(m_listener))
@@ -184,18 +153,15 @@ public:
         m_thread.join();
         fileio::platform::Sockets().close(m_listener);
     }
-    OneShotServer(const OneShotServer&) = delete;
-    OneShotServer& operator=(const OneShotServer&) = delete;
 
     [[nodiscard]] std::string Url(const char* path = "/file.bin") const {
         return "http://127.0.0.1:" + std::to_string(m_port) + path;
     }
-    /// The request the server received.
     [[nodiscard]] const std::string& Request() const { return m_request; }
 
 private:
-    fileio::platform::SocketHandle m_listener = fileio::platform::kNoSocket;
     unsigned short m_port = 0;
+    fileio::platform::SocketHandle m_listener;
     std::string m_request;
     std::thread m_thread;
 };
@@ -249,15 +215,8 @@ protected:
     std::string target;
 };
 
-std::string Body(std::size_t size) {
-    std::string body(size, '\0');
-    for (std::size_t i = 0; i < size; ++i)
-        body[i] = static_cast<char>(i * 7 + 3);
-    return body;
-}
-
 TEST_F(DownloadTest, ACompleteDownloadReplacesTheFileAndShowsItsProgress) {
-    const std::string body = Body(300000);
+    const std::string body = Pattern(300000);
     OneShotServer server(Response(body));
     RecordingStatus status;
     ScopedStatusHandler installed(&status);
@@ -277,47 +236,34 @@ TEST_F(DownloadTest, ACompleteDownloadReplacesTheFileAndShowsItsProgress) {
     EXPECT_EQ(folder.ReadFile("new.bin"), "");
 }
 
-struct FailedDownloadCase {
-    const char* what;
-    std::string response;
-    unsigned long long limit;
-    const char* reason; // a part of the reason given
-};
-
 TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
-    const FailedDownloadCase cases[] = {
-        {"truncated", Response(Body(500), 1000), 1 << 20, ""},
-        {"too large, announced", Response(Body(5000)), 1000, "limit of 1000"},
-        {"too large, unannounced", Response(Body(300000), -1), 100000, "limit of 100000"},
-        {"one byte above the limit", Response(Body(1001), -1), 1000, "limit of 1000"},
+    // What the server does, its response, the limit, and a part of the reason given.
+    const std::tuple<const char*, std::string, unsigned long long, const char*> cases[] = {
+        {"truncated", Response(Pattern(500), 1000), 1 << 20, ""},
+        {"too large, announced", Response(Pattern(5000)), 1000, "limit of 1000"},
+        {"too large, unannounced", Response(Pattern(300000), -1), 100000, "limit of 100000"},
+        {"one byte above the limit", Response(Pattern(1001), -1), 1000, "limit of 1000"},
         {"not found", Response("not found", -2, "404 Not Found"), 1 << 20, "404"},
         {"not http", "SSH-2.0-OpenSSH_9.2\r\n", 1 << 20, ""},
     };
-    for (const FailedDownloadCase& c : cases) {
-        SCOPED_TRACE(c.what);
-        OneShotServer server(c.response);
-        ExpectFailure(server.Url(), c.limit, kPatientMs, c.reason);
+    for (const auto& [what, response, limit, reason] : cases) {
+        SCOPED_TRACE(what);
+        OneShotServer server(response);
+        ExpectFailure(server.Url(), limit, kPatientMs, reason);
     }
     // The limit itself is allowed.
-    OneShotServer exact(Response(Body(1000), -1));
+    OneShotServer exact(Response(Pattern(1000), -1));
     EXPECT_TRUE(DownloadFile(exact.Url().c_str(), target.c_str(), nullptr, 1000, kPatientMs));
 }
-
-struct UnservedCase {
-    std::string url;
-    int timeoutMs;
-    const char* reason; // a part of the reason given
-};
 
 // A closed port, a listener that never answers (the system accepts for it), and URLs that
 // are no downloads.
 TEST_F(DownloadTest, AServerThatIsGoneOrSilentFailsCleanly) {
-    std::string why, address;
     unsigned short port = 0;
-    const auto silent = fileio::platform::Sockets().listen("127.0.0.1", 0, 4, why);
-    fileio::platform::Sockets().localAddress(silent, address, port);
+    const auto silent = fileio::test::ListenAt("127.0.0.1", port);
     const std::string silentUrl = "http://127.0.0.1:" + std::to_string(port) + "/x";
-    const UnservedCase cases[] = {
+    // A URL, the time it is given, and a part of the reason the failure gives.
+    const std::tuple<std::string, int, const char*> cases[] = {
         {"http://" + std::string(fileio::test::kUnusedLoopback) + ":" +
              std::to_string(fileio::test::ClosedPort()) + "/x",
          kPatientMs, ""},
@@ -326,9 +272,9 @@ TEST_F(DownloadTest, AServerThatIsGoneOrSilentFailsCleanly) {
         {"", kPatientMs, ""},
         {"ftp://127.0.0.1/x", kPatientMs, ""},
     };
-    for (const UnservedCase& c : cases) {
-        SCOPED_TRACE(c.url + " " + std::to_string(c.timeoutMs));
-        ExpectFailure(c.url, 1000, c.timeoutMs, c.reason);
+    for (const auto& [url, timeoutMs, reason] : cases) {
+        SCOPED_TRACE(url + " " + std::to_string(timeoutMs));
+        ExpectFailure(url, 1000, timeoutMs, reason);
     }
     fileio::platform::Sockets().close(silent);
 }
@@ -345,7 +291,7 @@ TEST_F(DownloadTest, AFailedSaveLeavesTheOldFileAndNoTemporary) {
     for (const bool failWrite : {true, false}) {
         SCOPED_TRACE(failWrite ? "the write fails" : "the rename fails");
         OneShotServer server(Response("new content"));
-        ScopedServices<FileServices> saved(Files());
+        ScopedServices<fileio::platform::FileServices> saved(Files());
         if (failWrite)
             Files().writeFile = FailWrite;
         else

@@ -27,26 +27,31 @@ inline constexpr const char* kUnusedLoopback = "127.0.0.3";
 /// The argument that makes this test program act as a child (see NetTestMain.cpp).
 inline constexpr const char* kChildArgument = "--fileio-net-child";
 
+/// The lowest `count` bytes of `value`, the lowest first.
+inline std::string LittleEndian(std::uint64_t value, int count) {
+    std::string bytes;
+    for (int i = 0; i < count; ++i)
+        bytes += static_cast<char>((value >> (8 * i)) & 0xFF);
+    return bytes;
+}
+
 /// The bytes of a 20-byte frame header, written out field by field.
 inline std::string Header(std::uint8_t kind, std::uint64_t length, std::uint32_t request = 0,
                           std::uint8_t mode = 0, std::uint16_t version = 1) {
-    std::string bytes = "VRNM";
-    bytes += static_cast<char>(version & 0xFF);
-    bytes += static_cast<char>(version >> 8);
-    bytes += static_cast<char>(kind);
-    bytes += static_cast<char>(mode);
-    for (int i = 0; i < 4; ++i)
-        bytes += static_cast<char>((request >> (8 * i)) & 0xFF);
-    for (int i = 0; i < 8; ++i)
-        bytes += static_cast<char>((length >> (8 * i)) & 0xFF);
-    return bytes;
+    return "VRNM" + LittleEndian(version, 2) + static_cast<char>(kind) + static_cast<char>(mode) +
+           LittleEndian(request, 4) + LittleEndian(length, 8);
 }
 
 /// A whole hello announcing `limit`.
 inline std::string Hello(std::uint64_t limit = 1 << 20, std::uint16_t version = 1) {
-    std::string bytes = Header(1, 8, 0, 0, version);
-    for (int i = 0; i < 8; ++i)
-        bytes += static_cast<char>((limit >> (8 * i)) & 0xFF);
+    return Header(1, 8, 0, 0, version) + LittleEndian(limit, 8);
+}
+
+/// A pattern that shows a byte out of place.
+inline std::string Pattern(std::size_t size) {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>((i * 131 + i / 251) & 0xFF);
     return bytes;
 }
 
@@ -177,14 +182,19 @@ inline std::string SelfPath() {
     return fileio::platform::Files().exists(base.c_str()) ? base : base + ".exe";
 }
 
+/// A socket listening on `address` at a port the system chose, which goes to `port`.
+inline fileio::platform::SocketHandle ListenAt(const char* address, unsigned short& port) {
+    using namespace fileio::platform;
+    std::string why, bound;
+    const SocketHandle listener = Sockets().listen(address, 0, 4, why);
+    Sockets().localAddress(listener, bound, port);
+    return listener;
+}
+
 /// A port of kUnusedLoopback that was listened on a moment ago and is closed again.
 inline unsigned short ClosedPort() {
-    using namespace fileio::platform;
-    std::string why, address;
     unsigned short port = 0;
-    const SocketHandle listener = Sockets().listen(kUnusedLoopback, 0, 1, why);
-    Sockets().localAddress(listener, address, port);
-    Sockets().close(listener);
+    fileio::platform::Sockets().close(ListenAt(kUnusedLoopback, port));
     return port;
 }
 

@@ -14,17 +14,10 @@ namespace {
 
 using fileio::platform::Processes;
 using fileio::platform::ProcessOutcome;
-using fileio::test::kChildArgument;
 using fileio::test::kPatientMs;
-using fileio::test::SelfPath;
-
-struct CommandLineCase {
-    std::vector<std::string> argv;
-    const char* line;
-};
 
 TEST(ProcessTest, WindowsCommandLinesQuoteByTheRuntimesRules) {
-    const CommandLineCase cases[] = {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{"svn", "info"}, "svn info"},
         {{"a b"}, "\"a b\""},
         {{""}, "\"\""},
@@ -35,12 +28,12 @@ TEST(ProcessTest, WindowsCommandLinesQuoteByTheRuntimesRules) {
         {{"a\\\\\"b"}, "\"a\\\\\\\\\\\"b\""},     // two backslashes and a quote
         {{"x", "a&b|c>d"}, "x a&b|c>d"},          // no shell: nothing to escape
     };
-    for (const CommandLineCase& c : cases)
-        EXPECT_EQ(fileio::platform::WindowsCommandLine(c.argv), c.line) << c.line;
+    for (const auto& [argv, line] : cases)
+        EXPECT_EQ(fileio::platform::WindowsCommandLine(argv), line) << line;
 }
 
 std::vector<std::string> Child(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {SelfPath(), kChildArgument});
+    arguments.insert(arguments.begin(), {fileio::test::SelfPath(), fileio::test::kChildArgument});
     return arguments;
 }
 

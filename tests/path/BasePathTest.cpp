@@ -36,7 +36,6 @@ public:
     std::string Absolute(std::string_view path) const {
         return detail::GetAbsolutePath(path, true, m_style);
     }
-    static const std::vector<std::string>& Changes() { return ScriptedFolders::Script().changes; }
 
 private:
     PathStyle m_style;
@@ -46,12 +45,9 @@ private:
 };
 
 TEST(BasePath, ReferencesConvertToRelativeFormsAndBack) {
-    struct Row {
-        PathStyle style;
-        std::string native, universal;
-        bool back; // the universal form resolves to the native one again
-    };
-    const Row rows[] = {
+    // The style, a native path, its universal form, and whether that resolves to the native
+    // path again.
+    const std::tuple<PathStyle, std::string, std::string, bool> rows[] = {
         {kWindows, "C:\\Projects\\Robot\\Parts\\arm.mdl", "Parts/arm.mdl", true},
         {kWindows, "C:\\Projects\\Shared\\sky.tga", "../Shared/sky.tga", true},
         {kWindows, "D:\\sky.tga", "D:/sky.tga", true},
@@ -64,12 +60,12 @@ TEST(BasePath, ReferencesConvertToRelativeFormsAndBack) {
         {kPosix, "//server/share/x.mdl", "//server/share/x.mdl", true},
         {kPosix, "/home/ann/Projects/Robot/", ".", true},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.native);
-        const Project project(row.style);
-        EXPECT_EQ(project.Relative(row.native), row.universal);
-        if (row.back) {
-            EXPECT_EQ(project.Absolute(row.universal), row.native);
+    for (const auto& [style, native, universal, back] : rows) {
+        SCOPED_TRACE(native);
+        const Project project(style);
+        EXPECT_EQ(project.Relative(native), universal);
+        if (back) {
+            EXPECT_EQ(project.Absolute(universal), native);
         }
     }
 }

@@ -18,14 +18,10 @@ using namespace pathtest;
 namespace detail = fileio::detail;
 namespace fs = std::filesystem;
 
-String S(const std::string& text) {
-    return String(text);
-}
-
 /// The files found in `scratch` (given with a trailing separator), named relative to it.
 std::vector<std::string> Found(const TempFolder& scratch, const char* pattern, bool below) {
     std::vector<std::string> names;
-    for (const String& path : FindFilesInFolder(S(scratch.Join("")), S(pattern), below)) {
+    for (const String& path : FindFilesInFolder(scratch.Join(""), pattern, below)) {
         std::string name(path.View().substr(scratch.Path().size() + 1));
         std::replace(name.begin(), name.end(), '\\', '/');
         names.push_back(name);
@@ -44,8 +40,8 @@ TEST(FileSystem, ExistenceOfFilesAndFolders) {
         {"", false, false},
     };
     for (const auto& [path, exists, isFolder] : rows) {
-        EXPECT_EQ(FileExists(S(path)), exists) << path;
-        EXPECT_EQ(DirExists(S(path)), isFolder) << path;
+        EXPECT_EQ(FileExists(path), exists) << path;
+        EXPECT_EQ(DirExists(path), isFolder) << path;
     }
 }
 
@@ -56,14 +52,14 @@ TEST(FileSystem, CopyReplacesTheTargetByteForByte) {
     scratch.WriteFile("from.bin", content);
     scratch.WriteFile("to.bin", "old and longer than nothing");
 
-    EXPECT_TRUE(VarnCopyFile(S(scratch.Join("from.bin")), S(scratch.Join("to.bin"))));
+    EXPECT_TRUE(VarnCopyFile(scratch.Join("from.bin"), scratch.Join("to.bin")));
     EXPECT_EQ(scratch.ReadFile("to.bin"), content);
 
-    EXPECT_FALSE(VarnCopyFile(S(scratch.Join("missing.bin")), S(scratch.Join("x.bin"))));
-    EXPECT_FALSE(FileExists(S(scratch.Join("x.bin"))));
-    EXPECT_FALSE(VarnCopyFile(S(scratch.Join("from.bin")), S(scratch.Join("no/such/folder.bin"))));
+    EXPECT_FALSE(VarnCopyFile(scratch.Join("missing.bin"), scratch.Join("x.bin")));
+    EXPECT_FALSE(FileExists(scratch.Join("x.bin")));
+    EXPECT_FALSE(VarnCopyFile(scratch.Join("from.bin"), scratch.Join("no/such/folder.bin")));
     // A file copied onto itself is refused and keeps its content.
-    EXPECT_FALSE(VarnCopyFile(S(scratch.Join("from.bin")), S(scratch.Join("from.bin"))));
+    EXPECT_FALSE(VarnCopyFile(scratch.Join("from.bin"), scratch.Join("from.bin")));
     EXPECT_EQ(scratch.ReadFile("from.bin"), content);
 }
 
@@ -71,38 +67,38 @@ TEST(FileSystem, RenameNeverReplacesAnExistingTarget) {
     TempFolder scratch;
     scratch.WriteFile("a.txt", "a");
     scratch.WriteFile("b.txt", "b");
-    EXPECT_FALSE(RenameFile(S(scratch.Join("a.txt")), S(scratch.Join("b.txt"))));
+    EXPECT_FALSE(RenameFile(scratch.Join("a.txt"), scratch.Join("b.txt")));
     EXPECT_EQ(scratch.ReadFile("a.txt"), "a");
     EXPECT_EQ(scratch.ReadFile("b.txt"), "b");
 
-    EXPECT_TRUE(RenameFile(S(scratch.Join("a.txt")), S(scratch.Join("c.txt"))));
+    EXPECT_TRUE(RenameFile(scratch.Join("a.txt"), scratch.Join("c.txt")));
     EXPECT_EQ(scratch.ReadFile("a.txt") + scratch.ReadFile("c.txt"), "<missing>a");
 
     scratch.WriteFile("dir/inside.txt", "i");
-    EXPECT_TRUE(RenameFile(S(scratch.Join("dir")), S(scratch.Join("moved"))));
+    EXPECT_TRUE(RenameFile(scratch.Join("dir"), scratch.Join("moved")));
     EXPECT_EQ(scratch.ReadFile("moved/inside.txt"), "i");
-    EXPECT_FALSE(RenameFile(S(scratch.Join("gone.txt")), S(scratch.Join("d.txt"))));
+    EXPECT_FALSE(RenameFile(scratch.Join("gone.txt"), scratch.Join("d.txt")));
 }
 
 TEST(FileSystem, RemoveTakesFilesAndEmptyFolders) {
     TempFolder scratch;
     scratch.WriteFile("full/file.txt", "x");
     fs::create_directory(scratch.Join("empty"));
-    EXPECT_FALSE(Remove(S(scratch.Join("full"))));
-    EXPECT_TRUE(Remove(S(scratch.Join("full/file.txt"))));
-    EXPECT_TRUE(Remove(S(scratch.Join("full"))));
-    EXPECT_TRUE(Remove(S(scratch.Join("empty"))));
-    EXPECT_FALSE(Remove(S(scratch.Join("empty")))); // gone
+    EXPECT_FALSE(Remove(scratch.Join("full")));
+    EXPECT_TRUE(Remove(scratch.Join("full/file.txt")));
+    EXPECT_TRUE(Remove(scratch.Join("full")));
+    EXPECT_TRUE(Remove(scratch.Join("empty")));
+    EXPECT_FALSE(Remove(scratch.Join("empty"))); // gone
 }
 
 TEST(FileSystem, CreateFolderMakesEveryMissingLevel) {
     TempFolder scratch;
-    EXPECT_TRUE(CreateFolder(S(scratch.Join("a/b/c"))));
-    EXPECT_TRUE(CreateFolder(S(scratch.Join("a/b/c")))); // exists already
-    EXPECT_TRUE(CreateFolder(S(scratch.Join("a//d///e/"))));
-    EXPECT_TRUE(DirExists(S(scratch.Join("a/d/e"))));
+    EXPECT_TRUE(CreateFolder(scratch.Join("a/b/c")));
+    EXPECT_TRUE(CreateFolder(scratch.Join("a/b/c"))); // exists already
+    EXPECT_TRUE(CreateFolder(scratch.Join("a//d///e/")));
+    EXPECT_TRUE(DirExists(scratch.Join("a/d/e")));
     scratch.WriteFile("file", "x");
-    EXPECT_FALSE(CreateFolder(S(scratch.Join("file/sub"))));
+    EXPECT_FALSE(CreateFolder(scratch.Join("file/sub")));
 }
 
 TEST(FileSystem, NamesWithBytesAbove127SurviveTheSystem) {
@@ -110,10 +106,10 @@ TEST(FileSystem, NamesWithBytesAbove127SurviveTheSystem) {
     scratch.WriteFile("plain.txt", "content");
     // The name in the form the runtime hands to the system (Windows may re-encode it).
     const std::string path = scratch.Join("caf\xe9 \xfc.txt");
-    ASSERT_TRUE(VarnCopyFile(S(scratch.Join("plain.txt")), S(path)));
+    ASSERT_TRUE(VarnCopyFile(scratch.Join("plain.txt"), path));
     EXPECT_EQ(Found(scratch, "caf*", false),
               std::vector<std::string>{path.substr(scratch.Path().size() + 1)});
-    EXPECT_TRUE(Remove(S(path)));
+    EXPECT_TRUE(Remove(path));
 }
 
 TEST(DirectorySearch, FindsMatchingFilesInOrderAndOptionallyBelow) {
@@ -127,9 +123,9 @@ TEST(DirectorySearch, FindsMatchingFilesInOrderAndOptionallyBelow) {
     EXPECT_EQ(Found(scratch, "*.mdl", true),
               (std::vector<std::string>{"a.mdl", "b.mdl", "another/.hidden.mdl", "another/w.mdl",
                                         "sub/z.mdl", "sub/deeper/y.mdl"}));
-    EXPECT_EQ(FindFilesInFolder(S(scratch.Path()), String(), true).size(), 8u); // every file
-    EXPECT_TRUE(FindFilesInFolder(S(scratch.Join("missing")), S("*"), true).empty());
-    EXPECT_TRUE(FindFilesInFolder(String(), S("*"), true).empty());
+    EXPECT_EQ(FindFilesInFolder(scratch.Path(), String(), true).size(), 8u); // every file
+    EXPECT_TRUE(FindFilesInFolder(scratch.Join("missing"), "*", true).empty());
+    EXPECT_TRUE(FindFilesInFolder(String(), "*", true).empty());
 }
 
 TEST(DirectorySearch, LinksToFoldersAreNotFollowed) {

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <initializer_list>
 #include <set>
@@ -32,16 +33,12 @@ void ExpectEach(Convert convert, std::initializer_list<std::pair<std::string, Ou
         EXPECT_EQ(convert(in), out) << "from " << in;
 }
 
-/// The result of a conversion that reports success, or "<none>".
-template <class Convert> std::string OrNone(Convert convert) {
-    std::string out;
-    return convert(out) ? out : "<none>";
-}
-
-/// `convert(path, style, out)` as a conversion of the path alone, for ExpectEach.
+/// `convert(path, style, out)` as a conversion of the path alone, for ExpectEach: what it
+/// gives, or "<none>" when it reports failure.
 template <class Convert> auto Reporting(Convert convert, PathStyle style) {
     return [=](const std::string& path) {
-        return OrNone([&](std::string& out) { return convert(path, style, out); });
+        std::string out;
+        return convert(path, style, out) ? out : "<none>";
     };
 }
 
@@ -177,8 +174,7 @@ public:
                 return false;
             out = platform::LexicalFullPath(Script().currentDir, path);
             if (Script().style == kWindows)
-                for (char& c : out)
-                    c = c == '/' ? '\\' : c;
+                std::replace(out.begin(), out.end(), '/', '\\');
             return !out.empty();
         };
     }

@@ -19,10 +19,8 @@ template <class Test, class... Args> std::string Styles(Test test, const Args&..
 }
 
 TEST(PathText, DecompositionReadsBothSeparators) {
-    struct Row {
-        std::string path, folder, name, withoutSuffix, suffix;
-    };
-    const Row rows[] = {
+    // A path, its folder, its name, the name without its suffix, and the suffix.
+    const std::tuple<std::string, std::string, std::string, std::string, std::string> rows[] = {
         {"C:\\Projects\\Robot\\arm.mdl", "C:\\Projects\\Robot\\", "arm.mdl", "arm", "mdl"},
         {"a/b\\c.d.e", "a/b\\", "c.d.e", "c.d", "e"},
         {"plain", "", "plain", "plain", ""},
@@ -32,20 +30,17 @@ TEST(PathText, DecompositionReadsBothSeparators) {
         {"trailing.", "", "trailing.", "trailing", ""},
         {"", "", "", "", ""},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(detail::PathOnly(row.path), row.folder);
-        EXPECT_EQ(detail::NameOnly(row.path), row.name);
-        EXPECT_EQ(detail::NameOnlyWithoutSuffix(row.path), row.withoutSuffix);
-        EXPECT_EQ(detail::SuffixOnly(row.path), row.suffix);
+    for (const auto& [path, folder, name, withoutSuffix, suffix] : rows) {
+        SCOPED_TRACE(path);
+        EXPECT_EQ(detail::PathOnly(path), folder);
+        EXPECT_EQ(detail::NameOnly(path), name);
+        EXPECT_EQ(detail::NameOnlyWithoutSuffix(path), withoutSuffix);
+        EXPECT_EQ(detail::SuffixOnly(path), suffix);
     }
 }
 
 TEST(PathText, CombineNameToPathJoinsWithOneNativeSeparator) {
-    struct Row {
-        std::string folder, name, windows, posix;
-    };
-    const Row rows[] = {
+    const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
         {"C:\\a\\\\", "\\\\b.mdl", "C:\\a\\b.mdl", "C:\\a/b.mdl"},
         {"/home/ann/", "/sky.tga", "/home/ann\\sky.tga", "/home/ann/sky.tga"},
         {"\\\\", "server", "\\\\server", "\\\\server"},
@@ -53,10 +48,10 @@ TEST(PathText, CombineNameToPathJoinsWithOneNativeSeparator) {
         {"C:", "", "C:\\", "C:/"},
         {"base", "\\", "base\\", "base/"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.folder + " + " + row.name);
-        EXPECT_EQ(detail::CombineNameToPath(row.folder, row.name, kWindows), row.windows);
-        EXPECT_EQ(detail::CombineNameToPath(row.folder, row.name, kPosix), row.posix);
+    for (const auto& [folder, name, windows, posix] : rows) {
+        SCOPED_TRACE(folder + " + " + name);
+        EXPECT_EQ(detail::CombineNameToPath(folder, name, kWindows), windows);
+        EXPECT_EQ(detail::CombineNameToPath(folder, name, kPosix), posix);
     }
 }
 
@@ -151,17 +146,16 @@ TEST(PathText, StringMembersGiveNullForNothing) {
 }
 
 TEST(PathText, CombineNameToPathAndTheProgramsFolderUseTheNativeSeparator) {
-    const char native = fileio::platform::kNativePathStyle == kWindows ? '\\' : '/';
+    const char native = platform::NativeSeparator();
     String joined = String::CombineNameToPath(String("base/"), String("name.txt"));
     EXPECT_EQ(joined.View(), std::string("base") + native + "name.txt");
 
-    fileio::platform::ScopedServices<fileio::platform::SystemServices> guard(
-        fileio::platform::System());
-    fileio::platform::System().applicationFolder = [] { return std::string("/opt/suite/bin"); };
+    platform::ScopedServices<platform::SystemServices> guard(platform::System());
+    platform::System().applicationFolder = [] { return std::string("/opt/suite/bin"); };
     EXPECT_STREQ(String::GetAppPath().Get(), "/opt/suite/bin");
     EXPECT_EQ(String::AddNameToExeDirectory(String("Plugins\\")).View(),
               std::string("/opt/suite/bin") + native + "Plugins\\");
-    fileio::platform::System().applicationFolder = [] { return std::string(); };
+    platform::System().applicationFolder = [] { return std::string(); };
     EXPECT_EQ(String::GetAppPath().Get(), nullptr);
     EXPECT_STREQ(String::AddNameToExeDirectory(String("x")).Get(), "x");
 }

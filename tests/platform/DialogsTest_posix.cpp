@@ -18,6 +18,7 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace {
@@ -122,12 +123,7 @@ TEST(PosixDialogsTest, WithoutATerminalTheAnswerIsTheOneThatStops) {
 }
 
 TEST(PosixDialogsTest, AtATerminalTheTypedAnswerCounts) {
-    struct Row {
-        const char* typed;
-        unsigned int style;
-        int answer;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, unsigned int, int> rows[] = {
         {"y\n", box::kYesNoCancel, box::kAnswerYes},
         {"N\n", box::kYesNo, box::kAnswerNo},
         {"x\n  r\n", box::kAbortRetryIgnore, box::kAnswerRetry}, // asked again after "x"
@@ -136,10 +132,11 @@ TEST(PosixDialogsTest, AtATerminalTheTypedAnswerCounts) {
         {"\n y\n", box::kYesNoCancel, box::kAnswerYes}, // an empty line chooses only alone
         {"o\n", box::kOkCancel, box::kAnswerOk},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.typed);
-        EXPECT_EQ(RunInChild(row.typed, [&] { return Dialogs().messageBox("Go on?", row.style); }),
-                  row.answer);
+    for (const auto& [typed, style, answer] : rows) {
+        SCOPED_TRACE(typed);
+        EXPECT_EQ(
+            RunInChild(typed, [style = style] { return Dialogs().messageBox("Go on?", style); }),
+            answer);
     }
     const fileio::platform::DontAskTexts texts{"Caption", "Replace?", "Yes", "No", "Don't ask"};
     // The answer in the low bit, the check box in the next.
@@ -184,19 +181,16 @@ int Locate(const char* folder, bool cancelAll, const std::string& expected,
 // Unless standard input and standard error are both terminals nobody is asked: the answer
 // is Cancel, the box stays as it was, and the input is not read.
 TEST(PosixDialogsTest, WithoutATerminalTheLocateQuestionCancelsUnread) {
-    struct Row {
-        Seat input, error;
-        bool ticked;
-    };
-    const Row rows[] = {{Seat::Elsewhere, Seat::Elsewhere, false},
-                        {Seat::Elsewhere, Seat::Terminal, true},
-                        {Seat::Terminal, Seat::Elsewhere, false}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(static_cast<int>(row.input) * 2 + static_cast<int>(row.error));
+    const std::tuple<Seat, Seat, bool> rows[] = {{Seat::Elsewhere, Seat::Elsewhere, false},
+                                                 {Seat::Elsewhere, Seat::Terminal, true},
+                                                 {Seat::Terminal, Seat::Elsewhere, false}};
+    for (const auto& [input, error, ticked] : rows) {
+        SCOPED_TRACE(static_cast<int>(input) * 2 + static_cast<int>(error));
         EXPECT_EQ(RunInChild(
-                      "/etc/hosts\n", [&] { return Locate("", row.ticked, "", "/etc/hosts"); },
-                      row.input, row.error),
-                  (row.ticked ? kTicked : 0) | kInputLeft);
+                      "/etc/hosts\n",
+                      [ticked = ticked] { return Locate("", ticked, "", "/etc/hosts"); }, input,
+                      error),
+                  (ticked ? kTicked : 0) | kInputLeft);
     }
 }
 
@@ -205,14 +199,9 @@ TEST(PosixDialogsTest, AtATerminalTheLocateQuestionTakesATypedPath) {
     const std::string robot = folder.WriteFile("Maps/robot.mdl", "robot");
     const std::string arm = folder.WriteFile("Maps/Parts/arm.mdl", "arm");
     const std::string maps = folder.Join("Maps");
-    struct Row {
-        std::string typed;
-        const char* folder;
-        bool cancelAllIn;
-        std::string expected; // the file chosen, or "" for none
-        int result;
-    };
-    const Row rows[] = {
+    // What is typed, the dialog's folder, the box as it comes in, the file chosen ("" for
+    // none), and what the question did.
+    const std::tuple<std::string, const char*, bool, std::string, int> rows[] = {
         {robot + "\n", "", false, robot, kPicked},
         // A relative path starts in the dialog's folder; "." and ".." are folded.
         {"robot.mdl\n", maps.c_str(), false, robot, kPicked},
@@ -227,11 +216,12 @@ TEST(PosixDialogsTest, AtATerminalTheLocateQuestionTakesATypedPath) {
         // The end of the input (Ctrl-D) cancels.
         {"\x04", maps.c_str(), false, "", 0},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.typed);
-        EXPECT_EQ(RunInChild(row.typed,
-                             [&] { return Locate(row.folder, row.cancelAllIn, row.expected); }),
-                  row.result);
+    for (const auto& [typed, start, ticked, expected, result] : rows) {
+        const auto locate = [start = start, ticked = ticked, &expected = expected] {
+            return Locate(start, ticked, expected);
+        };
+        SCOPED_TRACE(typed);
+        EXPECT_EQ(RunInChild(typed, locate), result);
     }
 }
 

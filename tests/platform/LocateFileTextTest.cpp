@@ -7,14 +7,13 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
 
 using fileio::platform::FileFilter;
 using fileio::platform::LocateAnswer;
-using fileio::platform::ParseFileFilter;
-using fileio::platform::ParseLocateAnswer;
 using Kind = LocateAnswer::Kind;
 
 std::vector<std::string> Flatten(const std::vector<FileFilter>& filters) {
@@ -27,11 +26,7 @@ std::vector<std::string> Flatten(const std::vector<FileFilter>& filters) {
 }
 
 TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
-    struct Row {
-        const char* filter;
-        std::vector<std::string> pairs;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, std::vector<std::string>> rows[] = {
         // The two forms the missing-file search writes.
         {"MDL Files (*.mdl)|*.mdl|****|All Files (*.*)|*.*|****||",
          {"MDL Files (*.mdl)", "*.mdl", "All Files (*.*)", "*.*"}},
@@ -46,19 +41,12 @@ TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
         // Fields are taken as they are: blanks kept, "***" is no mark.
         {" A |*.a|***|*.b||", {" A ", "*.a", "***", "*.b"}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.filter);
-        EXPECT_EQ(Flatten(ParseFileFilter(row.filter)), row.pairs);
-    }
+    for (const auto& [filter, pairs] : rows)
+        EXPECT_EQ(Flatten(fileio::platform::ParseFileFilter(filter)), pairs) << filter;
 }
 
 TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
-    struct Row {
-        const char* typed;
-        Kind kind;
-        const char* path;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Kind, const char*> rows[] = {
         {"/home/ann/Robot/robot.mdl", Kind::Chosen, "/home/ann/Robot/robot.mdl"},
         {"  Maps/a b.mdl \t\r", Kind::Chosen, "Maps/a b.mdl"},
         // A dropped file's path comes quoted, often with a blank after it.
@@ -74,11 +62,11 @@ TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
         {"!cancel-all2", Kind::Chosen, "!cancel-all2"},
         {"'!cancel-all'", Kind::Chosen, "!cancel-all"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.typed);
-        const LocateAnswer answer = ParseLocateAnswer(row.typed);
-        EXPECT_EQ(answer.kind, row.kind);
-        EXPECT_EQ(answer.path, row.path);
+    for (const auto& [typed, kind, path] : rows) {
+        SCOPED_TRACE(typed);
+        const LocateAnswer answer = fileio::platform::ParseLocateAnswer(typed);
+        EXPECT_EQ(answer.kind, kind);
+        EXPECT_EQ(answer.path, path);
     }
 }
 

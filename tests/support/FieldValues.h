@@ -68,10 +68,8 @@ template <class T> double ReadFloats(VarnStream& stream) {
     return Sum(reinterpret_cast<const float*>(&value), sizeof value / sizeof(float));
 }
 
-} // namespace detail
-
-namespace detail {
 double ReadOtherValue(VarnStream& stream, ValueKind kind);
+
 } // namespace detail
 
 /// Reads one value of `kind` and returns a number that sums it up (the value, a text's
