@@ -26,16 +26,6 @@ public:
     void SetStatusText(const String&) override {}
 };
 
-// A setter returns the handler it replaces; a scope puts the previous one back.
-template <class Handler> void ExpectSlot(Handler* (*set)(Handler*), Handler& a, Handler& b) {
-    EXPECT_EQ(set(&a), nullptr);
-    {
-        ScopedHandler<Handler> scoped(set, &b);
-        EXPECT_EQ(set(&b), &b);
-    }
-    EXPECT_EQ(set(nullptr), &a);
-}
-
 TEST(HandlerSlotsTest, BaseClassesHaveTheirDefaults) {
     FileHandler file;
     EXPECT_TRUE(file.IsPrompt());
