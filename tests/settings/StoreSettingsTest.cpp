@@ -18,6 +18,7 @@
 
 namespace {
 
+using fileio::test::AllBytes;
 using fileio::test::kTestKey;
 using fileio::test::TestStore;
 
@@ -29,14 +30,6 @@ std::string Raw(const std::string& key, const std::string& name) {
 }
 
 const std::string kCompany = "SOFTWARE\\Varn, Inc.\\";
-
-/// Every byte a settings text can hold, 0x01 to 0xFF.
-std::string AllBytes() {
-    std::string bytes;
-    for (int b = 1; b <= 255; ++b)
-        bytes += static_cast<char>(b);
-    return bytes;
-}
 
 class StoreSettingsTest : public ::testing::Test {
 protected:
