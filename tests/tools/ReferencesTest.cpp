@@ -40,12 +40,10 @@ protected:
         FreeBasePaths();
     }
 
-    /// A reference to `stored` resolved by `search`, its paths written as Normalised does.
+    /// A reference to `stored` resolved by `search`, its path written as Normalised does.
     Resolution Resolve(ReferenceSearch& search, const std::string& stored) {
         Resolution resolution = search.Resolve(Reference{"P/Image", "Image", stored, 0, 0, 0});
         resolution.found = m_work.Normalised(resolution.found);
-        for (std::string& candidate : resolution.candidates)
-            candidate = m_work.Normalised(candidate);
         return resolution;
     }
 
@@ -56,7 +54,6 @@ protected:
         ASSERT_TRUE(ReferenceSearch::AddMapping(mapping, why)) << why;
     }
 
-    /// Whether the file system here tells names apart by case.
     bool CaseSensitive() const {
         return !FileExists(String(m_work.Files().Join("DOCUMENTS/ROBOT/MAPS/SKIN.PNG")));
     }
