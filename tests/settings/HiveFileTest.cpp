@@ -3,7 +3,6 @@
 // reported and kept byte for byte.
 
 #include "platform/HiveFile.h"
-#include "platform/Platform.h"
 #include "settings/TestStore.h"
 
 #include <gtest/gtest.h>

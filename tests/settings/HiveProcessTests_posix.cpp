@@ -24,7 +24,6 @@
 #include <random>
 #include <signal.h>
 #include <string>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
