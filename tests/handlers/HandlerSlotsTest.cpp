@@ -3,11 +3,9 @@
 
 #include "fileio/handlers/FileHandler.h"
 #include "fileio/handlers/LogHandler.h"
-#include "fileio/handlers/MessageHandler.h"
 #include "fileio/handlers/OutputDebugLogHandler.h"
 #include "fileio/handlers/ScopedHandler.h"
 #include "fileio/handlers/StatusHandler.h"
-#include "fileio/handlers/StatusMessage.h"
 #include "platform/Platform.h"
 #include "support/RecordingLog.h"
 
