@@ -25,9 +25,7 @@ class ReferencesTest : public testing::Test {
 protected:
     void SetUp() override {
         Forget();
-        for (const char* file : {"Documents/Robot/Maps/skin.png", "search/deep/er/hidden.mdl",
-                                 "search/a/dup.png", "search/b/dup.png"})
-            m_work.Files().WriteFile(file, "data");
+        m_work.Files().WriteFile("Documents/Robot/Maps/skin.png", "data");
         m_project = m_work.Files().WriteFile("Documents/Robot/robot.prj", "");
         SetBasePath(String(m_project));
     }
