@@ -34,9 +34,10 @@ TEST(HiveFileTest, WritesValueLinesWithTheDocumentedEscapesAndReadsThemBack) {
     };
     const Row rows[] = {
         {"Plain", "ON", "Plain=ON"},
-        {"Percent", "100%", "Percent=100%25"},               // "%" is always escaped
-        {"Lines", "one\ntwo\r\n", "Lines=one%0Atwo%0D%0A"},  // line ends cannot break a line
-        {"Blanks", "  two  ", "Blanks=%20 two %20"},         // only the end blanks
+        {"Percent", "100%", "Percent=100%25"},              // "%" is always escaped
+        {"Lines", "one\ntwo\r\n", "Lines=one%0Atwo%0D%0A"}, // line ends cannot break a line
+        {"Blanks", "  two  ", "Blanks=%20 two %20"},        // only the end blanks
+        {" lead", "trail ", "%20lead=trail%20"},
         {"Brackets", "[a=b] \"q\"", "Brackets=[a=b] \"q\""}, // no escapes needed in a value
         {"High", "caf\xC3\xA9 \x80\xFF", "High=caf%C3%A9 %80%FF"},
         {"Delete", "\x7F", "Delete=%7F"},
