@@ -3,11 +3,9 @@
 
 #include "fileio/handlers/FileHandler.h"
 #include "fileio/handlers/LogHandler.h"
-#include "fileio/handlers/MessageHandler.h"
 #include "fileio/handlers/OutputDebugLogHandler.h"
 #include "fileio/handlers/ScopedHandler.h"
 #include "fileio/handlers/StatusHandler.h"
-#include "fileio/handlers/StatusMessage.h"
 #include "platform/Platform.h"
 #include "support/RecordingLog.h"
 
@@ -25,16 +23,6 @@ class SilentStatus : public StatusHandler {
 public:
     void SetStatusText(const String&) override {}
 };
-
-// A setter returns the handler it replaces; a scope puts the previous one back.
-template <class Handler> void ExpectSlot(Handler* (*set)(Handler*), Handler& a, Handler& b) {
-    EXPECT_EQ(set(&a), nullptr);
-    {
-        ScopedHandler<Handler> scoped(set, &b);
-        EXPECT_EQ(set(&b), &b);
-    }
-    EXPECT_EQ(set(nullptr), &a);
-}
 
 TEST(HandlerSlotsTest, BaseClassesHaveTheirDefaults) {
     FileHandler file;

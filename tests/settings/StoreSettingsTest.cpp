@@ -18,6 +18,7 @@
 
 namespace {
 
+using fileio::test::AllBytes;
 using fileio::test::kTestKey;
 using fileio::test::TestStore;
 
@@ -29,14 +30,7 @@ std::string Raw(const std::string& key, const std::string& name) {
 }
 
 const std::string kCompany = "SOFTWARE\\Varn, Inc.\\";
-
-/// Every byte a settings text can hold, 0x01 to 0xFF.
-std::string AllBytes() {
-    std::string bytes;
-    for (int b = 1; b <= 255; ++b)
-        bytes += static_cast<char>(b);
-    return bytes;
-}
+const std::string kAppKey = kCompany + kTestKey;
 
 class StoreSettingsTest : public ::testing::Test {
 protected:
@@ -53,7 +47,7 @@ TEST_F(StoreSettingsTest, LocalTextsAndNumbersRoundTripAndNamesIgnoreCase) {
     EXPECT_EQ(GetLocalRegistryString("Texts", "All", "d").View(), text);
     EXPECT_EQ(SetLocalRegistryValue("Numbers", "Float", 0.1f), 1);
     EXPECT_EQ(SetLocalRegistryString("numbers", "TEXT", "abc"), 1);
-    EXPECT_EQ(Raw(kCompany + kTestKey + "\\Numbers", "Float"), "0.100000001");
+    EXPECT_EQ(Raw(kAppKey + "\\Numbers", "Float"), "0.100000001");
     EXPECT_EQ(GetLocalRegistryValue("NUMBERS", "float", 5.0f), 0.1f);
     EXPECT_EQ(GetLocalRegistryValue("Numbers", "Text", 5), 0); // not a number reads as 0
     EXPECT_EQ(GetLocalRegistryValue("Numbers", "Missing", 5), 5);
@@ -84,7 +78,7 @@ TEST_F(StoreSettingsTest, ResetLocalRegistryRemovesAKeyWithItsSubkeys) {
     ResetRegistry(String("No\\Such\\Key"), "B"); // a key that cannot be opened: nothing
     // An empty name removes nothing (not the whole company key).
     ResetLocalRegistry(String());
-    ResetLocalRegistry(String(kCompany + kTestKey), String());
+    ResetLocalRegistry(String(kAppKey), String());
     EXPECT_EQ(Raw(kCompany + base + "Sibling", "d"), "4");
 }
 
@@ -98,10 +92,9 @@ TEST_F(StoreSettingsTest, TheReadyProfileStoresUnderTheApplicationKey) {
     EXPECT_EQ(SetRegistryBOOL("Options", "AutoSave", true), true);
     EXPECT_EQ(SetRegistryValue("Options", "Count", 3), 1);
     EXPECT_EQ(SetRegistryString("Other", "Name", "x=y"), 1);
-    const std::string appKey = std::string("Software\\Varn, Inc.\\") + kTestKey;
-    EXPECT_EQ(Raw(appKey + "\\Options", "AutoSave"), "ON");
-    EXPECT_EQ(Raw(appKey + "\\Options", "Count"), "3");
-    EXPECT_EQ(Raw(appKey + "\\Other", "Name"), "x=y");
+    EXPECT_EQ(Raw(kAppKey + "\\Options", "AutoSave"), "ON");
+    EXPECT_EQ(Raw(kAppKey + "\\Options", "Count"), "3");
+    EXPECT_EQ(Raw(kAppKey + "\\Other", "Name"), "x=y");
     EXPECT_EQ(GetRegistryValue("Options", "Count", 0), 3);
 
     EXPECT_EQ(DeleteRegistryItem("Options", "Count"), 1);
@@ -110,14 +103,14 @@ TEST_F(StoreSettingsTest, TheReadyProfileStoresUnderTheApplicationKey) {
 
     // A null entry removes the whole section.
     EXPECT_EQ(GetApplicationProfile()->WriteProfileString("Options", nullptr, nullptr), 1);
-    EXPECT_EQ(Raw(appKey + "\\Options", "AutoSave"), "<absent>");
-    EXPECT_EQ(Raw(appKey + "\\Other", "Name"), "x=y");
+    EXPECT_EQ(Raw(kAppKey + "\\Options", "AutoSave"), "<absent>");
+    EXPECT_EQ(Raw(kAppKey + "\\Other", "Name"), "x=y");
 
     // Installing again renames the library's profile and returns it as the previous one.
     ApplicationProfile* mine = GetApplicationProfile();
     EXPECT_EQ(InstallRegistryProfile(String(std::string(kTestKey) + "\\Second")), mine);
     EXPECT_EQ(SetRegistryString("Options", "Where", "second"), 1);
-    EXPECT_EQ(Raw(appKey + "\\Second\\Options", "Where"), "second");
+    EXPECT_EQ(Raw(kAppKey + "\\Second\\Options", "Where"), "second");
 }
 
 TEST_F(StoreSettingsTest, TheReadyProfileRoundTripsBinaryData) {
@@ -127,8 +120,7 @@ TEST_F(StoreSettingsTest, TheReadyProfileRoundTripsBinaryData) {
         bytes.push_back(static_cast<unsigned char>(b));
     EXPECT_EQ(profile.WriteProfileBinary("Bin", "All", bytes.data(), 256), 1);
     EXPECT_EQ(profile.WriteProfileBinary("Bin", "Empty", nullptr, 0), 1);
-    const std::string appKey = std::string("Software\\Varn, Inc.\\") + kTestKey;
-    EXPECT_EQ(Raw(appKey + "\\Bin", "All").substr(504), "FCFDFEFF"); // two digits a byte
+    EXPECT_EQ(Raw(kAppKey + "\\Bin", "All").substr(504), "FCFDFEFF"); // two digits a byte
 
     unsigned char* data = nullptr;
     unsigned int size = 0;

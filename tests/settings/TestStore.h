@@ -14,6 +14,14 @@ namespace fileio::test {
 /// local registry profile or section).
 inline constexpr const char* kTestKey = "FileIO Tests";
 
+/// Every byte a settings text can hold, 0x01 to 0xFF.
+inline std::string AllBytes() {
+    std::string bytes;
+    for (int b = 1; b <= 255; ++b)
+        bytes += static_cast<char>(b);
+    return bytes;
+}
+
 class TestStore {
 public:
     TestStore();

@@ -5,14 +5,12 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <string>
 
 namespace {
 
 using namespace fileio::tool;
 
-/// The value read from its text form, and the range check of it.
 std::string RangeProblem(Kind kind, const std::string& text) {
     MemoryStream in;
     in.Open(text.data(), text.size(), FM_LOADING);

@@ -83,7 +83,6 @@ TEST(ReaderTest, ProblemsStopBeingToldAfterTheirLimit) {
     }
 }
 
-/// The canonical text of a file, written by the walk.
 std::string CanonicalText(const std::string& bytes) {
     MemoryStream in;
     OpenProject(bytes.data(), bytes.size(), in);

@@ -25,9 +25,7 @@ class ReferencesTest : public testing::Test {
 protected:
     void SetUp() override {
         Forget();
-        for (const char* file : {"Documents/Robot/Maps/skin.png", "search/deep/er/hidden.mdl",
-                                 "search/a/dup.png", "search/b/dup.png"})
-            m_work.Files().WriteFile(file, "data");
+        m_work.Files().WriteFile("Documents/Robot/Maps/skin.png", "data");
         m_project = m_work.Files().WriteFile("Documents/Robot/robot.prj", "");
         SetBasePath(String(m_project));
     }
@@ -40,12 +38,10 @@ protected:
         FreeBasePaths();
     }
 
-    /// A reference to `stored` resolved by `search`, its paths written as Normalised does.
+    /// A reference to `stored` resolved by `search`, its path written as Normalised does.
     Resolution Resolve(ReferenceSearch& search, const std::string& stored) {
         Resolution resolution = search.Resolve(Reference{"P/Image", "Image", stored, 0, 0, 0});
         resolution.found = m_work.Normalised(resolution.found);
-        for (std::string& candidate : resolution.candidates)
-            candidate = m_work.Normalised(candidate);
         return resolution;
     }
 
@@ -56,7 +52,6 @@ protected:
         ASSERT_TRUE(ReferenceSearch::AddMapping(mapping, why)) << why;
     }
 
-    /// Whether the file system here tells names apart by case.
     bool CaseSensitive() const {
         return !FileExists(String(m_work.Files().Join("DOCUMENTS/ROBOT/MAPS/SKIN.PNG")));
     }

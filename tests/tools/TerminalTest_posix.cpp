@@ -23,7 +23,6 @@ namespace {
 using fileio::test::kToolData;
 using fileio::test::WorkFolder;
 
-/// How long a child may run, and how long the terminal must be quiet after it ended.
 constexpr auto kChildDeadline = std::chrono::seconds(60);
 constexpr int kQuietMilliseconds = 100;
 

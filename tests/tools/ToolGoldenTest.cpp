@@ -127,13 +127,11 @@ void ExpectTranscript(const std::string& name, const std::vector<std::string>& a
 
 // ---- every data file through every reading command ----------------------------------------------
 
-/// A named run of the program.
 struct Case {
     const char* name;
     std::vector<std::string> args;
 };
 
-/// A test's name made of a case's name.
 std::string TestName(std::string name) {
     std::replace_if(
         name.begin(), name.end(),

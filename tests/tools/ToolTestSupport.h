@@ -18,7 +18,6 @@
 
 namespace fileio::test {
 
-/// Where the tests' data tree and the bundled samples are.
 inline const std::string kToolData = FILEIO_TOOL_DATA;
 inline const std::string kSamples = FILEIO_SAMPLES;
 
@@ -28,7 +27,6 @@ inline const std::string kSamples = FILEIO_SAMPLES;
 constexpr int kToolTimeoutMs = 60'000;
 constexpr int kStartAttempts = 3;
 
-/// What a run of the program gave (exit status, standard output and error).
 using ToolRun = platform::ProcessOutcome;
 
 /// Runs the fileio program beside the test program with `args` (no standard input).
@@ -72,7 +70,6 @@ public:
     /// The folder as the program sees it.
     [[nodiscard]] const std::string& Path() const { return m_path; }
 
-    /// Copies a folder of files (the data tree, the samples) into the work folder.
     void CopyIn(const std::string& from, std::string_view to) const {
         std::filesystem::copy(from, m_folder.Join(to),
                               std::filesystem::copy_options::recursive |

@@ -12,7 +12,6 @@
 
 namespace {
 
-// A dialog of edit controls kept in a map, counting reads and writes.
 class FakeDialog : public DataExchangeHost {
 public:
     String GetControlText(int id) override {
