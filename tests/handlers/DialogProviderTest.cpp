@@ -1,5 +1,5 @@
-// DialogProviderTest.cpp - the platform's own dialog provider: what each of its operations hands
-// the platform's dialogs and what it answers.
+// DialogProviderTest.cpp - the dialog provider's slot, and the platform's own provider: what
+// each of its operations hands the platform's dialogs and what it answers.
 
 #include "fileio/handlers/DialogProvider.h"
 #include "fileio/handlers/ScopedHandler.h"
@@ -61,4 +61,17 @@ TEST(DialogProviderTest, ThePlatformsLocateDialogAnswersAsTheUserLeftIt) {
     }
 }
 
+// Null and the platform's own provider both put the platform's own back.
+TEST(DialogProviderTest, SetReturnsTheReplacedProviderAndNullPutsThePlatformsBack) {
+    DialogProvider* const platform = GetDialogProvider();
+    ASSERT_NE(platform, nullptr);
+    DialogProvider first, second;
+    EXPECT_EQ(SetDialogProvider(&first), platform);
+    EXPECT_EQ(SetDialogProvider(&second), &first);
+    EXPECT_EQ(SetDialogProvider(nullptr), &second);
+    EXPECT_EQ(SetDialogProvider(nullptr), platform);
+    SetDialogProvider(&first);
+    EXPECT_EQ(SetDialogProvider(platform), &first);
+    EXPECT_EQ(GetDialogProvider(), platform);
+}
 } // namespace

@@ -1,11 +1,13 @@
-// HandlerSlotsTest.cpp - the base classes' defaults, posting to the log, the debug-trace log
-// handler and the log file's name.
+// HandlerSlotsTest.cpp - the handler slots and their scoped installers, the base classes'
+// defaults, posting to the log, the debug-trace log handler and the log file's name.
 
 #include "fileio/handlers/FileHandler.h"
 #include "fileio/handlers/LogHandler.h"
+#include "fileio/handlers/MessageHandler.h"
 #include "fileio/handlers/OutputDebugLogHandler.h"
 #include "fileio/handlers/ScopedHandler.h"
 #include "fileio/handlers/StatusHandler.h"
+#include "fileio/handlers/StatusMessage.h"
 #include "platform/Platform.h"
 #include "support/RecordingLog.h"
 
@@ -23,6 +25,27 @@ class SilentStatus : public StatusHandler {
 public:
     void SetStatusText(const String&) override {}
 };
+
+// A setter returns the handler it replaces; a scope puts the previous one back.
+template <class Handler> void ExpectSlot(Handler* (*set)(Handler*), Handler& a, Handler& b) {
+    EXPECT_EQ(set(&a), nullptr);
+    {
+        ScopedHandler<Handler> scoped(set, &b);
+        EXPECT_EQ(set(&b), &b);
+    }
+    EXPECT_EQ(set(nullptr), &a);
+}
+
+TEST(HandlerSlotsTest, SettersReturnThePreviousHandlerAndScopesRestoreIt) {
+    FileHandler file1, file2;
+    ExpectSlot(&SetFileHandler, file1, file2);
+    MessageHandler message1, message2;
+    ExpectSlot(&SetMessageHandler, message1, message2);
+    LogHandler log1, log2;
+    ExpectSlot(&SetLogHandler, log1, log2);
+    SilentStatus status1, status2;
+    ExpectSlot<StatusHandler>(&StatusMessage::SetHandler, status1, status2);
+}
 
 TEST(HandlerSlotsTest, BaseClassesHaveTheirDefaults) {
     FileHandler file;
@@ -76,5 +99,4 @@ TEST(HandlerSlotsTest, LogFileNameIsFixedAtTheFirstCall) {
     platform::System().applicationFolder = [] { return std::string("C:\\Other"); };
     EXPECT_EQ(String::GetLogFileName().View(), first.View());
 }
-
 } // namespace

@@ -61,6 +61,21 @@ TEST(MessageRequestTest, EachTypeHasItsSoundAndBoxAndEachButtonItsAnswer) {
     }
 }
 
+TEST(MessageRequestTest, AnInstalledHandlerGetsCaptionAndTextAndTheAnswerIsOne) {
+    RecordingMessages messages;
+    ScopedMessageHandler installed(&messages);
+    ScriptedDialogProvider dialogs;
+    dialogs.boxAnswer = box::kAnswerNo;
+    EXPECT_EQ(MessageRequest("Overwrite?", 3, 128), 1);
+    EXPECT_EQ(MessageRequest("Stop.", 11, 999999), 1); // even a type that shows nothing
+    EXPECT_EQ(MessageRequest(3056u, 7, 128), 1);
+    ASSERT_EQ(messages.messages.size(), 3u);
+    EXPECT_EQ(messages.messages[0].caption + "|" + messages.messages[0].text, "FileIO|Overwrite?");
+    EXPECT_EQ(messages.messages[1].caption + "|" + messages.messages[1].text, "|Stop.");
+    EXPECT_EQ(messages.messages[2].text, "Please enter a valid frame number.");
+    EXPECT_TRUE(dialogs.calls.empty()) << "nothing is shown or played";
+}
+
 // The texts themselves are checked where they are shown; here the lookup's edges.
 TEST(ResourceStringsTest, FindsTheFirstAndLastIdsAndNothingBetween) {
     EXPECT_EQ(GetResourceString(1).View(), "Locate File: %1");

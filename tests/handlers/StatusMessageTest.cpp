@@ -1,5 +1,6 @@
-// StatusMessageTest.cpp - the scoped status line: the exact texts the handler receives for nested
-// and kept messages, the visibility switch and the progress forwards.
+// StatusMessageTest.cpp - the scoped status line: the exact texts the handler receives for
+// nested and kept messages, the visibility switch, the display count, and the progress
+// forwards with and without a handler.
 
 #include "fileio/handlers/StatusMessage.h"
 #include "fileio/handlers/ScopedHandler.h"
@@ -86,6 +87,19 @@ TEST_F(StatusMessageTest, InvisibleMessagesStillFollowTheCurrentText) {
     EXPECT_EQ(status.calls, (std::vector<std::string>{"text:Shown", "text:Shown"}));
 }
 
+// Messages and display requests count together; a request less at 0 stays at 0.
+TEST_F(StatusMessageTest, CountsMessagesAndDisplayRequests) {
+    StatusMessage::SetDisplaying(false); // at 0 it stays at 0
+    EXPECT_FALSE(StatusMessage::IsDisplaying());
+    StatusMessage::SetDisplaying(true);
+    {
+        StatusMessage a("A");
+        StatusMessage::SetDisplaying(false);
+        EXPECT_TRUE(StatusMessage::IsDisplaying()); // the message still counts
+    }
+    EXPECT_FALSE(StatusMessage::IsDisplaying());
+}
+
 TEST_F(StatusMessageTest, ProgressCallsAreForwarded) {
     EXPECT_TRUE(StatusMessage::InitializeProgressControl("Loading [ a.mdl ]", 2, 0, 100));
     EXPECT_EQ(Current(), "Loading [ a.mdl ]"); // current, without a status text call
@@ -101,6 +115,20 @@ TEST_F(StatusMessageTest, ProgressCallsAreForwarded) {
               (std::vector<std::string>{"init:Loading [ a.mdl ]/2/0/100", "set:40", "step",
                                         "uninit", "init:again/0/1/2", "text:again"}));
     { StatusMessage reset(""); } // leaves the current text empty again
+}
+
+TEST(StatusMessageWithoutHandlerTest, ForwardsDoNothing) {
+    ASSERT_EQ(StatusMessage::SetHandler(nullptr), nullptr);
+    EXPECT_FALSE(StatusMessage::InitializeProgressControl("text", 1, 0, 100));
+    EXPECT_EQ(Current(), ""); // untouched without a handler
+    StatusMessage::SetProgress(1);
+    StatusMessage::StepProgress();
+    StatusMessage::UninitializeProgressControl();
+    StatusMessage::Display();
+    EXPECT_FALSE(StatusMessage::IsProgressControlActive());
+    EXPECT_EQ(StatusMessage::GetCurrentType(), 0);
+    StatusMessage a("A");
+    EXPECT_EQ(Current(), "A");
 }
 
 } // namespace

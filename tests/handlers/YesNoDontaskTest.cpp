@@ -1,5 +1,6 @@
-// YesNoDontaskTest.cpp - the don't-ask question: which answer it replays from the settings it
-// reads, and the texts the platform's own provider puts in its dialog.
+// YesNoDontaskTest.cpp - the don't-ask question: the settings it reads and writes in the
+// profile, which answer it replays, what the dialog provider is asked, and the texts the
+// platform's own provider puts in its dialog.
 
 #include "fileio/handlers/YesNoDontask.h"
 #include "fileio/handlers/ScopedHandler.h"
@@ -43,6 +44,18 @@ TEST_F(YesNoDontaskTest, ReplaysStoredSettingsAsTheyRead) {
     EXPECT_TRUE(dialogs.calls.empty());
 }
 
+// A provider that leaves the check box alone has not been told "don't ask again".
+TEST_F(YesNoDontaskTest, AnUntouchedCheckBoxIsNotTicked) {
+    class AnswersYes : public DialogProvider {
+    public:
+        bool AskYesNoDontask(const String&, const String&, bool, bool&) override { return true; }
+    };
+    AnswersYes host;
+    ScopedDialogProvider provider(&host);
+    EXPECT_EQ(Ask(YesNoDontask::No), YesNoDontask::Yes);
+    EXPECT_TRUE(profile.values.empty());
+}
+
 // The platform's own provider labels the buttons and the check box from the resources.
 TEST_F(YesNoDontaskTest, ThePlatformsDialogShowsItsTexts) {
     ScriptedDialogProvider platform(ScriptedDialogProvider::Layer::PlatformOnly);
@@ -62,4 +75,50 @@ TEST_F(YesNoDontaskTest, ThePlatformsDialogShowsItsTexts) {
               "<null>|OK|Don't show this again");
 }
 
+// While key + "Ask" reads as on (its default text is "ON") the provider is asked, with the
+// caption, the text and the OK-only switch; an unticked box stores nothing.
+TEST_F(YesNoDontaskTest, AsksWhileTheAskSwitchIsOnAndStoresNothingUnticked) {
+    ScriptedDialogProvider dialogs;
+    dialogs.answerYes = true;
+    EXPECT_EQ(Ask(YesNoDontask::AnswerGiven), YesNoDontask::Yes);
+    dialogs.answerYes = false;
+    EXPECT_EQ(Ask(YesNoDontask::Yes, true), YesNoDontask::No);
+    EXPECT_TRUE(profile.values.empty());
+    ASSERT_EQ(dialogs.Kinds(), (std::vector<std::string>{"dontask", "dontask"}));
+    EXPECT_EQ(dialogs.calls[0].caption + "|" + dialogs.calls[0].text, "Caption|Replace the file?");
+    EXPECT_FALSE(dialogs.calls[0].okOnly);
+    EXPECT_TRUE(dialogs.calls[1].okOnly);
+    ASSERT_FALSE(profile.calls.empty());
+    EXPECT_EQ(profile.calls[0].section, "Questions");
+    EXPECT_EQ(profile.calls[0].entry, "ReplaceAsk");
+    EXPECT_EQ(profile.calls[0].text, "ON");
+}
+
+// What a ticked box stores as the answer to replay, for each remember value and answer.
+TEST_F(YesNoDontaskTest, ATickedBoxStoresTheAnswerToReplay) {
+    using A = YesNoDontask;
+    const struct Row {
+        A::Answer remember;
+        bool pressedYes;
+        const char* stored;
+    } rows[] = {
+        {A::AnswerGiven, true, "ON"},
+        {A::AnswerGiven, false, "OFF"},
+        {A::Yes, false, "ON"},
+        {A::No, true, "OFF"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(static_cast<int>(row.remember) * 10 + (row.pressedYes ? 1 : 0));
+        profile.values.clear();
+        ScriptedDialogProvider dialogs;
+        dialogs.answerYes = row.pressedYes;
+        dialogs.tickDontAsk = true;
+        EXPECT_EQ(Ask(row.remember), row.pressedYes ? A::Yes : A::No);
+        EXPECT_EQ(Stored("ReplaceAsk"), "OFF");
+        EXPECT_EQ(Stored("ReplaceAnswer"), row.stored);
+        // A later call replays the stored answer without a dialog.
+        EXPECT_EQ(Ask(A::No, true), std::string(row.stored) == "ON" ? A::Yes : A::No);
+        EXPECT_EQ(dialogs.Of("dontask").size(), 1u);
+    }
+}
 } // namespace

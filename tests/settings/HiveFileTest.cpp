@@ -3,6 +3,7 @@
 // reported and kept byte for byte.
 
 #include "platform/HiveFile.h"
+#include "platform/Platform.h"
 #include "settings/TestStore.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@ namespace {
 
 using fileio::platform::EscapeHiveText;
 using fileio::platform::HiveDocument;
+using fileio::platform::NormalizeKeyPath;
 using fileio::test::AllBytes;
 
 /// The part of a document's text after its opening comment and the blank line that
@@ -53,8 +55,9 @@ TEST(HiveFileTest, WritesValueLinesWithTheDocumentedEscapesAndReadsThemBack) {
         HiveDocument written("");
         ASSERT_TRUE(written.Set("K", row.name, row.value));
         written.Set("K", "after", "x");
-        if (row.line != nullptr)
+        if (row.line != nullptr) {
             EXPECT_EQ(Body(written), std::string("[K]\n") + row.line + "\nafter=x\n");
+        }
         const HiveDocument read(written.Text());
         std::string value;
         ASSERT_TRUE(read.Find("K", row.name, value));
@@ -178,4 +181,12 @@ TEST(HiveFileTest, AnEmptyFileBecomesACommentedFile) {
     EXPECT_EQ(unterminated.Text(), "[K]\nn=v\n");
 }
 
+TEST(HiveFileTest, KeyPathsAreNormalized) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"\\A\\\\\\B\\", "A\\B"}, {"\\\\", ""}, {"Software\\Varn, Inc.\\", "Software\\Varn, Inc."}};
+    for (const auto& [in, out] : rows) {
+        SCOPED_TRACE(in);
+        EXPECT_EQ(NormalizeKeyPath(in), out);
+    }
+}
 } // namespace

@@ -42,6 +42,26 @@ TEST_F(ProfileSettingsTest, NumbersTravelAsTheirTexts) {
     EXPECT_EQ(SetRegistryValue("Options", "Int", 1), 0);
 }
 
+TEST_F(ProfileSettingsTest, SwitchesAreOnOrOff) {
+    EXPECT_EQ(SetRegistryBOOL("Options", "A", true), true);
+    EXPECT_EQ(SetRegistryBOOL("Options", "B", false), true);
+    EXPECT_EQ(SetRegistryBOOL("Options", "C", 5), 1); // any non-zero int is true
+    EXPECT_EQ(Stored("A"), "ON");
+    EXPECT_EQ(Stored("B"), "OFF");
+    EXPECT_EQ(Stored("C"), "ON");
+    const std::pair<const char*, bool> rows[] = {
+        {"on", true}, {"True", true}, {"1", false}, {"onn", false}, {"", false}};
+    for (const auto& [stored, expected] : rows) {
+        SCOPED_TRACE(stored);
+        profile.values[{"Options", "S"}] = stored;
+        EXPECT_EQ(GetRegistryBOOL("Options", "S", true), expected);
+        EXPECT_EQ(GetRegistryBOOL("Options", "S", 1), expected ? 1 : 0);
+    }
+    // A missing switch reads as its default, which travels as "ON" or "OFF".
+    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", true), true);
+    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", 0), 0);
+}
+
 // Texts pass as they are; the overloads that take an int first ignore it.
 TEST_F(ProfileSettingsTest, TextsAreStoredAsTheyAreAndDeletingWritesANullValue) {
     EXPECT_EQ(SetRegistryString("Options", "T", String("a=b\nC:\\")), 1);

@@ -1,6 +1,7 @@
-// ReaderTest.cpp - the walk behind check, dump and the reference commands: the limits on how many
-// problems it tells, and no crash or endless loop on any prefix of the bundled sample or on damaged
-// copies of it.
+// ReaderTest.cpp - the walk behind check, dump and the reference commands: the problems it
+// reports (offset, place, message) for the faults the data tree's bad/ files do not show,
+// the limits on how many it tells, and no crash or endless loop on any prefix of the bundled
+// sample or on damaged copies of it.
 
 #include "ProjectReader.h"
 #include "ProjectWriter.h"
@@ -19,6 +20,7 @@
 namespace {
 
 using namespace fileio::tool;
+using fileio::test::BinaryProject;
 
 /// The problems of a walk, and where its top-level sections' end tokens are (their offset and
 /// the length of their word).
@@ -55,6 +57,38 @@ std::string ReadAll(const std::string& path) {
 
 const std::string kSampleText = fileio::test::kSamples + "/Documents/Robot/robot.prj";
 const std::string kSampleBinary = fileio::test::kSamples + "/Documents/Robot/robot-binary.prj";
+
+const int kModel = GetHeaderIDFromText("MODELFILE");
+
+struct ProblemCase {
+    const char* name;
+    std::string bytes;
+    std::vector<std::string> problems;
+};
+
+TEST(ReaderTest, EachFaultIsReportedWithItsOffsetAndPlace) {
+    const ProblemCase cases[] = {
+        {"a field outside any section",
+         "Opacity=x\n<MODELFILE>\n</MODELFILE>\n",
+         {"0 Opacity: 'x' is not a number"}},
+        {"an unknown section without an end",
+         "<MODELFILE>\n<GADGET>\n</MODELFILE>\n",
+         {"12 MODELFILE/GADGET: unknown section without an end",
+          "12 MODELFILE/GADGET[0]: not closed before </MODELFILE>"}},
+        {"a token cut short",
+         BinaryProject(Header(kModel)) + "\x50\x01",
+         {"5 MODELFILE: the data end inside a token: 2 of 4 bytes"}},
+        {"a truth value that is neither 0 nor 1",
+         BinaryProject(Header(kModel), Label("Active")) + "\x07" +
+             BinaryProject(EndHeader(kModel)).substr(1),
+         {"5 MODELFILE/Active: a truth value of 7, 0 or 1 expected"}},
+        {"an unknown binary section is skipped to its end",
+         BinaryProject(Header(kModel), Header(374), EndHeader(374), EndHeader(kModel)),
+         {"5 MODELFILE/#374: note: unknown section: skipped"}},
+    };
+    for (const ProblemCase& c : cases)
+        EXPECT_EQ(Walk(c.bytes).ProblemLines(), c.problems) << c.name;
+}
 
 TEST(ReaderTest, ProblemsStopBeingToldAfterTheirLimit) {
     struct LimitCase {

@@ -1,5 +1,5 @@
-// TextTest.cpp - the printable form of text taken from files (whole, valid UTF-8 stays; every other
-// byte a terminal would obey is escaped).
+// TextTest.cpp - the printable form of text taken from files (whole, valid UTF-8 stays; every
+// other byte a terminal would obey is escaped), and the comparison of words.
 
 #include "Text.h"
 
@@ -9,6 +9,7 @@
 
 namespace {
 
+using fileio::tool::EqualsIgnoringCase;
 using fileio::tool::Printable;
 using fileio::tool::Utf8SequenceLength;
 
@@ -38,6 +39,12 @@ TEST(TextTest, PrintableEscapesWhatATerminalWouldObey) {
     EXPECT_EQ(Printable("a\nb\tc"), "a\\x0ab\\x09c");
     EXPECT_EQ(Printable("a\nb\tc", true), "a\nb\tc");
     EXPECT_EQ(Utf8SequenceLength(""), 0u) << "no sequence in no text";
+}
+
+TEST(TextTest, WordsCompareWithoutRegardToAsciiCase) {
+    EXPECT_TRUE(EqualsIgnoringCase("AZaz", "azAZ"));
+    EXPECT_FALSE(EqualsIgnoringCase("Map", "Maps"));
+    EXPECT_FALSE(EqualsIgnoringCase("\xc3\xa9", "\xc3\x89")); // only ASCII letters fold
 }
 
 } // namespace
