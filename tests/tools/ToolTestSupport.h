@@ -22,12 +22,21 @@ inline const std::string kToolData = FILEIO_TOOL_DATA;
 inline const std::string kSamples = FILEIO_SAMPLES;
 
 /// How long one run of the program may take, and how often a start of it is tried: Wine
-/// under load now and then refuses to start a process ("Internal error"), which is not what
-/// these tests are about. A program that started is never run again.
+/// under load now and then refuses to start a process ("Internal error") or loses it while
+/// its DLLs are being set up, before it wrote anything, which is not what these tests are
+/// about. A program that ran is never run again.
 constexpr int kToolTimeoutMs = 60'000;
 constexpr int kStartAttempts = 3;
+/// The exit status of a Windows process that died while its DLLs were being set up.
+constexpr int kDllInitFailed = static_cast<int>(0xC0000142u);
 
 using ToolRun = platform::ProcessOutcome;
+
+/// Whether the program never got to run: it was not started, or its loader gave up.
+inline bool NeverRan(const ToolRun& run) {
+    return !run.started ||
+           (run.exitCode == kDllInitFailed && run.output.empty() && run.errors.empty());
+}
 
 /// Runs the fileio program beside the test program with `args` (no standard input).
 inline ToolRun RunTool(const std::vector<std::string>& args) {
@@ -37,10 +46,11 @@ inline ToolRun RunTool(const std::vector<std::string>& args) {
                                                                                     : base};
     argv.insert(argv.end(), args.begin(), args.end());
     ToolRun run;
-    bool ran = false;
-    for (int attempt = 0; attempt < kStartAttempts && !ran && !run.started; ++attempt)
-        ran = platform::Processes().run(argv, kToolTimeoutMs, run);
-    if (!ran || run.timedOut)
+    for (int attempt = 0; attempt < kStartAttempts && (attempt == 0 || NeverRan(run)); ++attempt) {
+        run = ToolRun();
+        platform::Processes().run(argv, kToolTimeoutMs, run);
+    }
+    if (NeverRan(run) || run.timedOut)
         ADD_FAILURE() << "the tool did not run to its end: " << run.why;
     return run;
 }
