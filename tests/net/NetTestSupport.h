@@ -1,6 +1,4 @@
-// NetTestSupport.h - what the networking tests share: a raw peer that sends exactly the
-// bytes a test chooses, connected pairs of message sockets, hand-made frames, and this
-// test program started again as a child process. Every wait and loop here is bounded.
+// NetTestSupport.h - what the networking tests share. Every wait and loop here is bounded.
 #pragma once
 
 #include "fileio/net/VarnSocket.h"
