@@ -1,6 +1,4 @@
-// YesNoDontaskTest.cpp - the don't-ask question: the settings it reads and writes in the
-// profile, which answer it replays, what the dialog provider is asked, and the texts the
-// platform's own provider puts in its dialog.
+// YesNoDontaskTest.cpp - the don't-ask question, its settings and its dialog.
 
 #include "fileio/handlers/YesNoDontask.h"
 #include "fileio/handlers/ScopedHandler.h"
