@@ -30,11 +30,6 @@ using fileio::test::TempFolder;
 
 std::vector<std::string> g_openedUrls;
 
-bool RecordUrl(const char* url, std::string&) {
-    g_openedUrls.emplace_back(url);
-    return true;
-}
-
 // A text and its URL, "" when nothing may be opened.
 TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
     const std::pair<const char*, const char*> cases[] = {
@@ -73,7 +68,10 @@ TEST(InternetTest, MailUrlsEncodeEveryField) {
 // The exact vectors the desktop gets are in DesktopLaunch_posix.cpp.
 TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
     ScopedServices<fileio::platform::InternetServices> saved(Internet());
-    Internet().openUrl = RecordUrl;
+    Internet().openUrl = [](const char* url, std::string&) {
+        g_openedUrls.emplace_back(url);
+        return true;
+    };
     g_openedUrls.clear();
     EXPECT_TRUE(LaunchBrowser("www.example.com"));
     EXPECT_FALSE(LaunchBrowser("file:///etc/passwd")); // refused before the system sees it
@@ -87,12 +85,6 @@ TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
 
 std::vector<std::vector<std::string>> g_clientCalls;
 ProcessOutcome g_clientAnswer;
-
-bool RunFakeClient(const std::vector<std::string>& argv, int, ProcessOutcome& outcome) {
-    g_clientCalls.push_back(argv);
-    outcome = g_clientAnswer;
-    return outcome.started;
-}
 
 TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
     TempFolder folder("fileio-svn");
@@ -112,7 +104,11 @@ TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
                                                             "--show-item", "last-changed-revision",
                                                             "--", file + "@"}};
     ScopedServices<fileio::platform::ProcessServices> saved(Processes());
-    Processes().run = RunFakeClient;
+    Processes().run = [](const std::vector<std::string>& argv, int, ProcessOutcome& outcome) {
+        g_clientCalls.push_back(argv);
+        outcome = g_clientAnswer;
+        return outcome.started;
+    };
     for (const auto& [what, started, output, exitCode, revision] : cases) {
         SCOPED_TRACE(what);
         g_clientCalls.clear();
