@@ -159,10 +159,9 @@ struct SocketPair {
     CVarnSocket client;
     CVarnSocket server;
 
-    bool Open(unsigned long long clientLimit = CVarnSocket::kDefaultMessageLimit,
-              unsigned long long serverLimit = CVarnSocket::kDefaultMessageLimit) {
-        client.SetMessageLimit(clientLimit);
-        listener.SetMessageLimit(serverLimit);
+    bool Open(unsigned long long limit = CVarnSocket::kDefaultMessageLimit) {
+        client.SetMessageLimit(limit);
+        listener.SetMessageLimit(limit);
         if (listener.Listen() != SR_OK)
             return false;
         auto accepted =

@@ -34,7 +34,7 @@ TEST(VarnSocketTest, CarriesMessagesUpToThePeersLimitByteForByte) {
         {"the limit", kLimit, true},
     };
     SocketPair pair;
-    ASSERT_TRUE(pair.Open(kLimit, kLimit));
+    ASSERT_TRUE(pair.Open(kLimit));
     MemoryStream received;
     for (const auto& [what, size, binary] : cases) {
         SCOPED_TRACE(what);
@@ -133,7 +133,6 @@ TEST(VarnSocketTest, NamesWhatABrokenPeerDid) {
         EXPECT_FALSE(raw.socket.IsConnected());
         EXPECT_NE(raw.socket.GetErrorText().Find(says), -1) << raw.socket.GetErrorText().Get();
         EXPECT_EQ(received.GetLength(), 4u); // the stream is left as it was
-        EXPECT_EQ(raw.socket.Receive(received, kPatientMs), SR_NOT_CONNECTED);
     }
 }
 
