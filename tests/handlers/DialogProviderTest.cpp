@@ -1,5 +1,4 @@
-// DialogProviderTest.cpp - the dialog provider's slot, and the platform's own provider: what
-// each of its operations hands the platform's dialogs and what it answers.
+// DialogProviderTest.cpp - the dialog provider's slot, and the platform's own provider.
 
 #include "fileio/handlers/DialogProvider.h"
 #include "fileio/handlers/ScopedHandler.h"

@@ -1,6 +1,5 @@
-// Tests of the pool-memory report, the swapping line and the total-memory message. A block
-// pool's figure grows by n + 16 rounded up to 8 for n bytes, a scratch pool's by a 2097152-byte
-// chunk.
+// MemoryReportTest.cpp - a block pool's figure grows by n + 16 rounded up to 8 for n bytes, a
+// scratch pool's by a 2097152-byte chunk.
 #include "fileio/memory/MemoryReport.h"
 
 #include "fileio/handlers/ScopedHandler.h"

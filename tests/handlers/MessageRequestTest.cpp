@@ -1,6 +1,4 @@
-// MessageRequestTest.cpp - MessageRequest through the message handler and through the
-// dialog provider: the sound and box of each type, the answer for each button, and the
-// lookup of the string resources.
+// MessageRequestTest.cpp - MessageRequest, and the lookup of the string resources.
 
 #include "fileio/handlers/MessageRequest.h"
 #include "fileio/handlers/ResourceStrings.h"

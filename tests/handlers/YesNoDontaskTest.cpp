@@ -1,6 +1,4 @@
-// YesNoDontaskTest.cpp - the don't-ask question: the settings it reads and writes in the
-// profile, which answer it replays, what the dialog provider is asked, and the texts the
-// platform's own provider puts in its dialog.
+// YesNoDontaskTest.cpp - the don't-ask question, its settings and its dialog.
 
 #include "fileio/handlers/YesNoDontask.h"
 #include "fileio/handlers/ScopedHandler.h"
@@ -56,7 +54,8 @@ TEST_F(YesNoDontaskTest, AnUntouchedCheckBoxIsNotTicked) {
     EXPECT_TRUE(profile.values.empty());
 }
 
-// The platform's own provider labels the buttons and the check box from the resources.
+// The platform's own provider shows the caption and the text, and labels the buttons and the
+// check box from the resources.
 TEST_F(YesNoDontaskTest, ThePlatformsDialogShowsItsTexts) {
     ScriptedDialogProvider platform(ScriptedDialogProvider::Layer::PlatformOnly);
     platform.answerYes = true;
@@ -68,30 +67,12 @@ TEST_F(YesNoDontaskTest, ThePlatformsDialogShowsItsTexts) {
     EXPECT_EQ(Stored("ReplaceAnswer"), "OFF"); // the platform's tick was stored
     const auto shown = platform.Of("platform-dontask");
     ASSERT_EQ(shown.size(), 2u);
+    EXPECT_EQ(shown[0].caption + "|" + shown[0].text, "Caption|Replace the file?");
     EXPECT_EQ(shown[0].affirmative + "|" + shown[0].negative + "|" + shown[0].checkBox,
               "Yes|No|Don't ask me again");
     // OK only: the first button is hidden, the other reads "OK".
     EXPECT_EQ(shown[1].affirmative + "|" + shown[1].negative + "|" + shown[1].checkBox,
               "<null>|OK|Don't show this again");
-}
-
-// While key + "Ask" reads as on (its default text is "ON") the provider is asked, with the
-// caption, the text and the OK-only switch; an unticked box stores nothing.
-TEST_F(YesNoDontaskTest, AsksWhileTheAskSwitchIsOnAndStoresNothingUnticked) {
-    ScriptedDialogProvider dialogs;
-    dialogs.answerYes = true;
-    EXPECT_EQ(Ask(YesNoDontask::AnswerGiven), YesNoDontask::Yes);
-    dialogs.answerYes = false;
-    EXPECT_EQ(Ask(YesNoDontask::Yes, true), YesNoDontask::No);
-    EXPECT_TRUE(profile.values.empty());
-    ASSERT_EQ(dialogs.Kinds(), (std::vector<std::string>{"dontask", "dontask"}));
-    EXPECT_EQ(dialogs.calls[0].caption + "|" + dialogs.calls[0].text, "Caption|Replace the file?");
-    EXPECT_FALSE(dialogs.calls[0].okOnly);
-    EXPECT_TRUE(dialogs.calls[1].okOnly);
-    ASSERT_FALSE(profile.calls.empty());
-    EXPECT_EQ(profile.calls[0].section, "Questions");
-    EXPECT_EQ(profile.calls[0].entry, "ReplaceAsk");
-    EXPECT_EQ(profile.calls[0].text, "ON");
 }
 
 // What a ticked box stores as the answer to replay, for each remember value and answer.

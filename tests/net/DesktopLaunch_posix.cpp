@@ -15,19 +15,12 @@ using fileio::platform::Processes;
 
 std::vector<std::vector<std::string>> g_started;
 
-bool RecordStart(const std::vector<std::string>& argv, std::string&) {
-    g_started.push_back(argv);
-    return true;
-}
-
-bool RefuseStart(const std::vector<std::string>& argv, std::string& why) {
-    why = argv[0] + ": No such file or directory";
-    return false;
-}
-
 TEST(DesktopLaunchTest, TheBrowserAndTheMailProgramGetAnArgumentVector) {
     fileio::platform::ScopedServices<fileio::platform::ProcessServices> saved(Processes());
-    Processes().startDetached = RecordStart;
+    Processes().startDetached = [](const std::vector<std::string>& argv, std::string&) {
+        g_started.push_back(argv);
+        return true;
+    };
     g_started.clear();
     EXPECT_TRUE(LaunchBrowser("http://example.com/a b;rm -rf ~"));
     EXPECT_TRUE(LaunchMail("ann@example.com", "$(id)", "`date`"));
@@ -36,7 +29,10 @@ TEST(DesktopLaunchTest, TheBrowserAndTheMailProgramGetAnArgumentVector) {
         {"xdg-open", "mailto:ann@example.com?subject=%24%28id%29&body=%60date%60"},
     };
     EXPECT_EQ(g_started, expected);
-    Processes().startDetached = RefuseStart;
+    Processes().startDetached = [](const std::vector<std::string>& argv, std::string& why) {
+        why = argv[0] + ": No such file or directory";
+        return false;
+    };
     EXPECT_FALSE(LaunchBrowser("https://example.com"));
     EXPECT_FALSE(LaunchMail("ann@example.com", "s", "b"));
 }

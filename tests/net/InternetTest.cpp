@@ -1,7 +1,5 @@
-// InternetTest.cpp - the internet helpers through recording services: the exact URLs the
-// browser and the mail program get, the revision query with a fake client and with none,
-// and downloads from a small HTTP server on the loopback address that completes, breaks
-// off, sends too much or is gone, with the old file intact after every failure.
+// InternetTest.cpp - the internet helpers through recording services, and downloads from a
+// small HTTP server on the loopback address.
 
 #include "fileio/net/Internet.h"
 #include "fileio/handlers/ScopedHandler.h"
@@ -32,11 +30,6 @@ using fileio::test::TempFolder;
 
 std::vector<std::string> g_openedUrls;
 
-bool RecordUrl(const char* url, std::string&) {
-    g_openedUrls.emplace_back(url);
-    return true;
-}
-
 // A text and its URL, "" when nothing may be opened.
 TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
     const std::pair<const char*, const char*> cases[] = {
@@ -44,9 +37,8 @@ TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
         {"HTTP://Example.com/", "HTTP://Example.com/"},
         {"www.example.com/a b", "http://www.example.com/a%20b"},
         {"example.com/100%25 sure", "http://example.com/100%25%20sure"}, // escapes kept
-        {"http://x/\xC3\xBC\xE2\x82\xAC", "http://x/%C3%BC%E2%82%AC"},
         {"http://x/<a>\"{|}\\^`", "http://x/%3Ca%3E%22%7B%7C%7D%5C%5E%60"},
-        {"http://x/\t\r\n\x7F", "http://x/%09%0D%0A%7F"},
+        {"http://x/\t\r\n\x7F\xC3\xBC", "http://x/%09%0D%0A%7F%C3%BC"},
         {"file:///etc/passwd", ""},
         {"3ds:model", "http://3ds:model"}, // a scheme starts with a letter
         {"", ""},
@@ -58,8 +50,6 @@ TEST(InternetTest, BrowserUrlsAreCompletedAndEscaped) {
 TEST(InternetTest, MailUrlsEncodeEveryField) {
     const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
         {"ann@example.com", "", "", "mailto:ann@example.com"},
-        {"ann+render@example.com", "Q&A", "a b",
-         "mailto:ann+render@example.com?subject=Q%26A&body=a%20b"},
         {"ann@example.com", "", "only a body", "mailto:ann@example.com?body=only%20a%20body"},
         {"bob@x.org",
          "\xC3\x9C"
@@ -67,8 +57,8 @@ TEST(InternetTest, MailUrlsEncodeEveryField) {
          "line 1\nline 2\r\nline 3\rend",
          "mailto:bob@x.org?subject=%C3%9Cber%20100%25"
          "&body=line%201%0D%0Aline%202%0D%0Aline%203%0D%0Aend"},
-        {"odd?name&x=y@x.org", "a=b?c#d", "+/",
-         "mailto:odd%3Fname%26x=y@x.org?subject=a%3Db%3Fc%23d&body=%2B%2F"},
+        {"odd?name&x=y+z@x.org", "a=b?c#d&e", "+/",
+         "mailto:odd%3Fname%26x=y+z@x.org?subject=a%3Db%3Fc%23d%26e&body=%2B%2F"},
         {"", "no recipient", "", "mailto:?subject=no%20recipient"},
     };
     for (const auto& [address, subject, body, url] : cases)
@@ -78,7 +68,10 @@ TEST(InternetTest, MailUrlsEncodeEveryField) {
 // The exact vectors the desktop gets are in DesktopLaunch_posix.cpp.
 TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
     ScopedServices<fileio::platform::InternetServices> saved(Internet());
-    Internet().openUrl = RecordUrl;
+    Internet().openUrl = [](const char* url, std::string&) {
+        g_openedUrls.emplace_back(url);
+        return true;
+    };
     g_openedUrls.clear();
     EXPECT_TRUE(LaunchBrowser("www.example.com"));
     EXPECT_FALSE(LaunchBrowser("file:///etc/passwd")); // refused before the system sees it
@@ -93,19 +86,12 @@ TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
 std::vector<std::vector<std::string>> g_clientCalls;
 ProcessOutcome g_clientAnswer;
 
-bool RunFakeClient(const std::vector<std::string>& argv, int, ProcessOutcome& outcome) {
-    g_clientCalls.push_back(argv);
-    outcome = g_clientAnswer;
-    return outcome.started;
-}
-
 TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
     TempFolder folder("fileio-svn");
     folder.MakeFolder("work/.svn");
     const std::string file = folder.WriteFile("work/models/robot arm.mdl", "x");
     // What the client does, whether it starts, its output and exit code, and the revision.
     const std::tuple<const char*, bool, const char*, int, int> cases[] = {
-        {"a revision", true, "1234\n", 0, 1234},
         {"blanks around it", true, "  77 \r\n", 0, 77},
         {"revision 0", true, "0", 0, 0},
         {"no client installed", false, "", -1, -1},
@@ -118,7 +104,11 @@ TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
                                                             "--show-item", "last-changed-revision",
                                                             "--", file + "@"}};
     ScopedServices<fileio::platform::ProcessServices> saved(Processes());
-    Processes().run = RunFakeClient;
+    Processes().run = [](const std::vector<std::string>& argv, int, ProcessOutcome& outcome) {
+        g_clientCalls.push_back(argv);
+        outcome = g_clientAnswer;
+        return outcome.started;
+    };
     for (const auto& [what, started, output, exitCode, revision] : cases) {
         SCOPED_TRACE(what);
         g_clientCalls.clear();
@@ -204,9 +194,7 @@ protected:
         String why;
         EXPECT_FALSE(DownloadFile(url.c_str(), target.c_str(), &why, limit, timeoutMs));
         EXPECT_FALSE(why.IsEmpty());
-        if (*reason != '\0') {
-            EXPECT_NE(why.Find(reason), -1) << why.Get();
-        }
+        EXPECT_NE(std::string(why.View()).find(reason), std::string::npos) << why.Get();
         ExpectOldFileAlone();
     }
 
@@ -279,23 +267,17 @@ TEST_F(DownloadTest, AServerThatIsGoneOrSilentFailsCleanly) {
     fileio::platform::Sockets().close(silent);
 }
 
-bool FailWrite(fileio::platform::FileHandle, const void*, std::size_t) {
-    return false;
-}
-
-bool FailReplace(const char*, const char*) {
-    return false;
-}
-
 TEST_F(DownloadTest, AFailedSaveLeavesTheOldFileAndNoTemporary) {
     for (const bool failWrite : {true, false}) {
         SCOPED_TRACE(failWrite ? "the write fails" : "the rename fails");
         OneShotServer server(Response("new content"));
         ScopedServices<fileio::platform::FileServices> saved(Files());
         if (failWrite)
-            Files().writeFile = FailWrite;
+            Files().writeFile = [](fileio::platform::FileHandle, const void*, std::size_t) {
+                return false;
+            };
         else
-            Files().replaceFile = FailReplace;
+            Files().replaceFile = [](const char*, const char*) { return false; };
         String why;
         EXPECT_FALSE(DownloadFile(server.Url().c_str(), target.c_str(), &why));
         EXPECT_NE(why.Find("cannot save"), -1) << why.Get();

@@ -1,10 +1,10 @@
 // NetTestMain.cpp - the networking test program's main. Started with the child argument
 // it plays a second process for the tests instead of running them:
 //
-//     --fileio-net-child args A B ...   writes each argument and a line feed to stdout
-//     --fileio-net-child exit N         writes "out", closes its output, then writes "err"
-//                                       to its errors a moment later and exits with N
-//     --fileio-net-child sleep          waits (bounded) until it is killed
+//     --fileio-net-child exit N A B ...  writes each argument and a line feed, closes its
+//                                        output, then writes "err" to its errors a moment
+//                                        later and exits with N
+//     --fileio-net-child sleep           waits (bounded) until it is killed
 
 #include "net/NetTestSupport.h"
 
@@ -24,13 +24,9 @@ constexpr int kUsage = 2;
 
 int RunChild(int argc, char** argv) {
     const std::string mode = argc > 2 ? argv[2] : "";
-    if (mode == "args") {
-        for (int i = 3; i < argc; ++i)
-            std::printf("%s\n", argv[i]);
-        return 0;
-    }
     if (mode == "exit" && argc > 3) {
-        std::fputs("out", stdout);
+        for (int i = 4; i < argc; ++i)
+            std::printf("%s\n", argv[i]);
         std::fclose(stdout);
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
         std::fputs("err", stderr);

@@ -1,6 +1,4 @@
-// NetTestSupport.h - what the networking tests share: a raw peer that sends exactly the
-// bytes a test chooses, connected pairs of message sockets, hand-made frames, and this
-// test program started again as a child process. Every wait and loop here is bounded.
+// NetTestSupport.h - what the networking tests share. Every wait and loop here is bounded.
 #pragma once
 
 #include "fileio/net/VarnSocket.h"
@@ -161,10 +159,9 @@ struct SocketPair {
     CVarnSocket client;
     CVarnSocket server;
 
-    bool Open(unsigned long long clientLimit = CVarnSocket::kDefaultMessageLimit,
-              unsigned long long serverLimit = CVarnSocket::kDefaultMessageLimit) {
-        client.SetMessageLimit(clientLimit);
-        listener.SetMessageLimit(serverLimit);
+    bool Open(unsigned long long limit = CVarnSocket::kDefaultMessageLimit) {
+        client.SetMessageLimit(limit);
+        listener.SetMessageLimit(limit);
         if (listener.Listen() != SR_OK)
             return false;
         auto accepted =

