@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace streamtest;
@@ -38,15 +39,11 @@ protected:
 
 TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
     m_folder.MakeFolder("project/maps");
-    struct Row {
-        std::string missing;
-        std::string filter; // before the "All Files" entry every filter ends with
-        std::string folder;
-        std::string proposed;
-    };
     const std::string maps = m_folder.Join("project/maps/");
     const std::string deep = m_folder.Join("project/maps/old/deep/arm.Mdl");
-    const Row rows[] = {
+    // The missing name, its filter before the "All Files" entry every filter ends with, the
+    // folder shown and the name proposed.
+    const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
         {maps + "skin.png", "PNG Files (*.png)|*.png|****|", maps, maps + "skin.png"},
         // A folder that is gone: the nearest one above it that exists.
         {deep, "MDL Files (*.Mdl)|*.Mdl|****|", maps, maps + "arm.Mdl"},
@@ -56,17 +53,17 @@ TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
         // A network folder only when it exists.
         {"\\\\nosuchserver\\share\\arm.mdl", "MDL Files (*.mdl)|*.mdl|****|", "", "arm.mdl"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.missing);
+    for (const auto& [missing, filter, folder, proposed] : rows) {
+        SCOPED_TRACE(missing);
         m_dialogs.calls.clear();
-        String name(row.missing);
+        String name(missing);
         EXPECT_FALSE(FileStream::FindAliasAsk(name));
         const auto asked = m_dialogs.Of("locate");
         ASSERT_EQ(asked.size(), 1u);
-        EXPECT_EQ(asked[0].text, "Locate File: " + row.missing);
-        EXPECT_EQ(asked[0].filter, row.filter + "All Files (*.*)|*.*|****||");
-        EXPECT_EQ(asked[0].folder, row.folder);
-        EXPECT_EQ(asked[0].proposedName, row.proposed);
+        EXPECT_EQ(asked[0].text, "Locate File: " + missing);
+        EXPECT_EQ(asked[0].filter, filter + "All Files (*.*)|*.*|****||");
+        EXPECT_EQ(asked[0].folder, folder);
+        EXPECT_EQ(asked[0].proposedName, proposed);
         EXPECT_FALSE(asked[0].cancelAll);
         EXPECT_TRUE(FileStream::IsInFailedList(name));
     }
