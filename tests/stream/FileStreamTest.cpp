@@ -1,6 +1,4 @@
-// The file stream: round trips against the memory stream, the atomic save under every
-// fault the file services can report, read-only targets, appending, the side-information
-// stream and the file-type tests.
+// The file stream: against the memory stream, its atomic save under faults, its companions.
 
 #include "StreamProject.h"
 
@@ -92,28 +90,28 @@ public:
     enum class Step { Create, Write, Flush, Close, Rename };
 
     FailingFiles(Step step, int failOn) : m_guard(platform::Files()), m_system(platform::System()) {
-        State() = {step, failOn, 0, platform::Files(), {}};
+        s_script = {step, failOn, 0, platform::Files(), {}};
         platform::Files().createBeside = [](const char* target, std::string& temporary) {
             return Fails(Step::Create) ? platform::kNoFile
-                                       : State().real.createBeside(target, temporary);
+                                       : s_script.real.createBeside(target, temporary);
         };
         platform::Files().writeFile = [](platform::FileHandle file, const void* data,
                                          std::size_t size) {
-            return !Fails(Step::Write) && State().real.writeFile(file, data, size);
+            return !Fails(Step::Write) && s_script.real.writeFile(file, data, size);
         };
         platform::Files().flushFile = [](platform::FileHandle file) {
-            return !Fails(Step::Flush) && State().real.flushFile(file);
+            return !Fails(Step::Flush) && s_script.real.flushFile(file);
         };
         platform::Files().closeFile = [](platform::FileHandle file) {
-            const bool closed = State().real.closeFile(file);
+            const bool closed = s_script.real.closeFile(file);
             return !Fails(Step::Close) && closed;
         };
         platform::Files().replaceFile = [](const char* from, const char* to) {
-            return !Fails(Step::Rename) && State().real.replaceFile(from, to);
+            return !Fails(Step::Rename) && s_script.real.replaceFile(from, to);
         };
-        platform::System().lastErrorText = [] { return State().reason; };
+        platform::System().lastErrorText = [] { return s_script.reason; };
     }
-    static int Calls() { return State().calls; }
+    static int Calls() { return s_script.calls; }
 
 private:
     struct Script {
@@ -123,17 +121,11 @@ private:
         platform::FileServices real;
         std::string reason;
     };
-    static Script& State() {
-        static Script script;
-        return script;
-    }
+    static inline Script s_script;
     static bool Fails(Step step) {
-        Script& s = State();
-        if (step != s.step)
+        if (step != s_script.step || ++s_script.calls != s_script.failOn)
             return false;
-        if (++s.calls != s.failOn)
-            return false;
-        s.reason = "scripted failure"; // what the system says only once the step failed
+        s_script.reason = "scripted failure"; // what the system says only once the step failed
         return true;
     }
 

@@ -1,5 +1,4 @@
-// The memory stream: opening, growth, seeking, reading past the end, the peeks at position 0,
-// copies and progress (the side-information stream is FileStreamTest's).
+// The memory stream (its side-information stream is FileStreamTest's).
 
 #include "StreamTestSupport.h"
 

@@ -1,5 +1,4 @@
-// The silent search for missing files: file and folder aliases, the shorter folder alias
-// learnt from a pair, the failed list, and the alias step of quoted names.
+// The silent search for missing files through file and folder aliases.
 
 #include "StreamTestSupport.h"
 

@@ -1,5 +1,4 @@
-// Headers, end headers and labels: reading both bracket generations and the binary id words,
-// peeks, and skipping sections.
+// Headers, end headers and labels: reading, peeking and skipping sections.
 
 #include "StreamTestSupport.h"
 
