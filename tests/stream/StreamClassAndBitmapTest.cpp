@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace streamtest;
@@ -132,11 +133,6 @@ TEST(StreamClasses, StoreWritesSchemaLengthAndNameAndLoadFindsTheClass) {
 }
 
 TEST(StreamClasses, LoadRefusesLongShortAndUnknownNames) {
-    struct Row {
-        const char* name;
-        std::string data;
-        unsigned int schema;
-    };
     // A registered class whose name is 64 bytes long is refused; one of 63 is found.
     static const std::string long63(63, 'a'), long64(64, 'a');
     static const RuntimeClass fits{long63.c_str(), 1, &MakeNothing};
@@ -146,18 +142,18 @@ TEST(StreamClasses, LoadRefusesLongShortAndUnknownNames) {
     MemoryStream reader;
     Load(reader, Raw({1, 0, 63, 0}) + long63, FM_BINARY);
     EXPECT_EQ(reader.LoadRuntimeClass(nullptr), &fits);
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, unsigned int> rows[] = {
         {"unknown name", Raw({2, 0, 4, 0}) + "Ghost", 2},
         {"name of 64 bytes", Raw({1, 0, 64, 0}) + long64, 1},
         {"name cut short", Raw({1, 0, 5, 0}) + "Li", 1},
         {"nothing", "", 0},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        Load(reader, row.data, FM_BINARY);
+    for (const auto& [name, data, expectedSchema] : rows) {
+        SCOPED_TRACE(name);
+        Load(reader, data, FM_BINARY);
         unsigned int schema = 77;
         EXPECT_EQ(reader.LoadRuntimeClass(&schema), nullptr);
-        EXPECT_EQ(schema, row.schema);
+        EXPECT_EQ(schema, expectedSchema);
     }
     GetApplicationClasses().Remove(fits);
     GetApplicationClasses().Remove(tooLong);
@@ -182,28 +178,22 @@ TEST(StreamBitmaps, HeadersFieldByField) {
 }
 
 TEST(StreamBitmaps, InfoCarriesItsColourTable) {
-    struct Row {
-        const char* name;
-        std::uint16_t bitCount;
-        std::uint32_t used;
-        unsigned int colors;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::uint16_t, std::uint32_t, unsigned int> rows[] = {
         {"1 bit", 1, 0, 2},
         {"8 bits", 8, 0, 256},
         {"24 bits", 24, 0, 0},
         {"8 bits, 3 used", 8, 3, 3},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        std::vector<unsigned char> block = InfoHeader(2, row.bitCount, 0, row.used, 4 * 256);
+    for (const auto& [name, bitCount, used, colors] : rows) {
+        SCOPED_TRACE(name);
+        std::vector<unsigned char> block = InfoHeader(2, bitCount, 0, used, 4 * 256);
         for (std::size_t i = 40; i < block.size(); ++i)
             block[i] = static_cast<unsigned char>(i * 7);
-        EXPECT_EQ(BitmapColorCount(As<tagBITMAPINFOHEADER>(block)), row.colors);
+        EXPECT_EQ(BitmapColorCount(As<tagBITMAPINFOHEADER>(block)), colors);
 
         BothForms written;
         written << As<tagBITMAPINFO>(block);
-        EXPECT_EQ(written.binary.GetLength(), 40u + 4u * row.colors);
+        EXPECT_EQ(written.binary.GetLength(), 40u + 4u * colors);
         for (const MemoryStream* form : {&written.text, &written.binary}) {
             SCOPED_TRACE(form->IsBinary() ? "binary" : "text");
             MemoryStream reader;
@@ -212,7 +202,7 @@ TEST(StreamBitmaps, InfoCarriesItsColourTable) {
             reader >> As<tagBITMAPINFO>(back);
             EXPECT_FALSE(reader.IsFailed());
             EXPECT_TRUE(reader.VirtualEof());
-            std::vector<unsigned char> expected(block.begin(), block.begin() + 40 + 4 * row.colors);
+            std::vector<unsigned char> expected(block.begin(), block.begin() + 40 + 4 * colors);
             expected.resize(block.size(), 0);
             EXPECT_EQ(back, expected);
         }
@@ -263,20 +253,14 @@ TEST(StreamIcons, AnIconIsItsColourImageAndMask) {
 
 TEST(StreamIcons, ABadIconFormIsRefused) {
     const FakeIcons fake;
-    struct Row {
-        const char* name;
-        std::int32_t width;
-        std::uint16_t bitCount;
-        std::uint32_t sizeImage;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::int32_t, std::uint16_t, std::uint32_t> rows[] = {
         {"no width", 0, 32, 0},
         {"wrong bit count", 2, 24, 16},
         {"wrong image size", 2, 32, 15},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto header = InfoHeader(row.width, row.bitCount, row.sizeImage, 0, 64);
+    for (const auto& [name, width, bitCount, sizeImage] : rows) {
+        SCOPED_TRACE(name);
+        const auto header = InfoHeader(width, bitCount, sizeImage, 0, 64);
         MemoryStream reader;
         Load(reader, std::string(header.begin(), header.end()), FM_BINARY);
         HICON icon = reinterpret_cast<HICON>(&g_handle);

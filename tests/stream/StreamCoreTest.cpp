@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace streamtest;
@@ -26,22 +27,16 @@ TEST(StreamCore, TheFailedBitIsReportedOnceAndSetModeReplacesTheModeWhole) {
 }
 
 TEST(StreamCore, ManipulatorsWriteTheirSeparatorByForm) {
-    struct Row {
-        const char* name;
-        VarnStream::Manipulator manipulator;
-        const char* text;
-        const char* binary;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, VarnStream::Manipulator, const char*, const char*> rows[] = {
         {"nl", &nl, "\n", ""},   {"nlb", &nlb, "\n", ""}, {"sp", &sp, " ", ""},
         {"spb", &spb, " ", " "}, {"tab", &tab, "\t", ""}, {"tabb", &tabb, "\t", "\t"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, manipulator, text, binary] : rows) {
+        SCOPED_TRACE(name);
         BothForms written;
-        written << row.manipulator;
-        EXPECT_EQ(Bytes(written.text), row.text);
-        EXPECT_EQ(Bytes(written.binary), row.binary);
+        written << manipulator;
+        EXPECT_EQ(Bytes(written.text), text);
+        EXPECT_EQ(Bytes(written.binary), binary);
     }
 }
 
