@@ -54,10 +54,7 @@ TEST(BasePath, ReferencesConvertToRelativeFormsAndBack) {
         {kWindows, "\\\\Server\\Share\\x.mdl", "//Server/Share/x.mdl", true},
         {kWindows, "c:\\projects\\ROBOT\\", ".", false}, // the base folder, in any case
         {kWindows, "C:\\Projects\\Robot", "", false},    // nothing left after the shared depth
-        {kPosix, "/home/ann/Projects/Robot/Parts/arm.mdl", "Parts/arm.mdl", true},
         {kPosix, "/home/bob/x.mdl", "../../../bob/x.mdl", true},
-        {kPosix, "/mnt/d/sky.tga", "/mnt/d/sky.tga", true},
-        {kPosix, "//server/share/x.mdl", "//server/share/x.mdl", true},
         {kPosix, "/home/ann/Projects/Robot/", ".", true},
     };
     for (const auto& [style, native, universal, back] : rows) {

@@ -42,26 +42,15 @@ long CountQueries(std::string_view drive) {
     return std::count(queries.begin(), queries.end(), drive);
 }
 
-TEST(NetworkPaths, FindDriveForShareExaminesRemoteDrivesFromTheLast) {
-    ScriptedNetwork network(WindowsDrives());
-    ExpectEach(Reporting(detail::FindDriveForShare, kWindows),
-               {
-                   {"ART", "\\\\other\\ART"}, // N: comes before M: when walking backwards
-                   {"art", "\\\\files\\art"},
-                   {"PROJECTS", "<none>"}, // share names compare exactly
-                   {"noshare", "<none>"},
-               });
-    // Local drives are never asked for a connection.
-    EXPECT_EQ(CountQueries("A:") + CountQueries("C:"), 0);
-}
-
 TEST(NetworkPaths, MacintoshServerVolumesBecomeTheirShares) {
     ScriptedNetwork network(WindowsDrives());
     const std::string longRest(300, 'x');
     ExpectEach(
         [](const std::string& path) { return detail::GetServerFileName(path, kWindows); },
         {
+            // The remote drives are walked from the last: N: comes before M:.
             {"//MACSERVER/Volumes/art/Maps/sky.tga", "\\\\other\\ART/Maps/sky.tga"},
+            // Share names compare exactly: "PROJECTS" is not P:'s "Projects".
             {"MACSERVER/Volumes/Projects/a.mdl", "MACSERVER/Volumes/Projects/a.mdl"},
             {"MACSERVER/Volumes/art", "MACSERVER/Volumes/art"},         // no second "/"
             {"//macserver/Volumes/art/x", "//macserver/Volumes/art/x"}, // case-sensitive
@@ -69,6 +58,8 @@ TEST(NetworkPaths, MacintoshServerVolumesBecomeTheirShares) {
         });
     EXPECT_EQ(detail::UniversalToNative("//MACSERVER/Volumes/art/Maps/sky.tga", kWindows),
               "\\\\other\\ART\\Maps\\sky.tga");
+    // Local drives are never asked for a connection.
+    EXPECT_EQ(CountQueries("A:") + CountQueries("C:"), 0);
 }
 
 TEST(NetworkPaths, MappedDrivesBecomeTheirConnectionsThroughACache) {
