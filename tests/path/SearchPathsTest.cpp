@@ -78,7 +78,6 @@ TEST_F(SearchPathsTest, ListsFromTextJoinEachFolderToTheBase) {
                                             String("a;b/c;;d/"), Native("/opt/suite"));
     ASSERT_NE(list, nullptr);
     EXPECT_EQ(list, GetSearchPaths());
-    EXPECT_STREQ(list->key.Get(), "PluginFolders");
     EXPECT_EQ(Folders(list->paths),
               (std::vector<std::string>{Native("/opt/suite/a/"), Native("/opt/suite/b/c/"),
                                         Native("/opt/suite/d/")}));
