@@ -128,7 +128,6 @@ TEST_F(SearchPathsTest, NoDupeAddsExistingNewFoldersFirstAndStoresTheList) {
 
     AddSearchPathNoDupe(Native("/lib/missing"), list);
     AddSearchPathNoDupe(Native("/LIB/A/"), list); // differs only in case: already there
-    AddSearchPathNoDupe(Native("/lib/a/"), list);
     EXPECT_EQ(Folders(list->paths), before);
 
     AddSearchPathNoDupe(Native("/lib/new"), list);

@@ -56,7 +56,6 @@ TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
         {"", Kind::Cancel, ""},
         {"''", Kind::Cancel, ""},
         {"!cancel-all", Kind::CancelAll, ""},
-        {"  !cancel-all\r", Kind::CancelAll, ""},
         // Only the word itself: near misses are paths.
         {"!cancel-all2", Kind::Chosen, "!cancel-all2"},
         {"'!cancel-all'", Kind::Chosen, "!cancel-all"},
