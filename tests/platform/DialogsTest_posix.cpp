@@ -31,6 +31,8 @@ constexpr std::chrono::seconds kChildDeadline{10};
 /// How long the terminal must stay quiet after the child ended for its output to be whole.
 constexpr int kQuietMilliseconds = 100;
 
+const fileio::platform::DontAskTexts kReplace{"Caption", "Replace?", "Yes", "No", "Don't ask"};
+
 /// Where a child's standard input or standard error is: at a terminal, or elsewhere (input
 /// from a pipe, errors to /dev/null).
 enum class Seat { Terminal, Elsewhere };
@@ -116,9 +118,8 @@ TEST(PosixDialogsTest, WithoutATerminalTheAnswerIsTheOneThatStops) {
         SCOPED_TRACE(style);
         EXPECT_EQ(Dialogs().messageBox("text", style), answer);
     }
-    const fileio::platform::DontAskTexts texts{"Caption", "Text", "Yes", "No", "Don't ask"};
     bool ticked = true;
-    EXPECT_FALSE(Dialogs().askDontAsk(texts, ticked));
+    EXPECT_FALSE(Dialogs().askDontAsk(kReplace, ticked));
     EXPECT_FALSE(ticked);
 }
 
@@ -135,11 +136,10 @@ TEST(PosixDialogsTest, AtATerminalTheTypedAnswerCounts) {
             RunInChild(typed, [style = style] { return Dialogs().messageBox("Go on?", style); }),
             answer);
     }
-    const fileio::platform::DontAskTexts texts{"Caption", "Replace?", "Yes", "No", "Don't ask"};
     // The answer in the low bit, the check box in the next.
     const auto ask = [&] {
         bool ticked = false;
-        const bool yes = Dialogs().askDontAsk(texts, ticked);
+        const bool yes = Dialogs().askDontAsk(kReplace, ticked);
         return (yes ? 1 : 0) | (ticked ? 2 : 0);
     };
     EXPECT_EQ(RunInChild("y\ny\n", ask), 3);
