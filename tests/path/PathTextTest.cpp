@@ -61,7 +61,6 @@ TEST(PathText, SeparatorsCollapseButANetworkPrefixStaysAndTurnNative) {
         },
         {
             {"\\\\server\\\\share", "\\\\server\\share less 1"},
-            {"\\\\\\server", "\\\\server less 1"},
             {"/\\mixed", "/\\mixed less 0"},
             {"a\\/b/\\c", "a\\b/c less 2"},
             {"\\", "\\ less 0"},
