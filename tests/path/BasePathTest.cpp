@@ -54,10 +54,7 @@ TEST(BasePath, ReferencesConvertToRelativeFormsAndBack) {
         {kWindows, "\\\\Server\\Share\\x.mdl", "//Server/Share/x.mdl", true},
         {kWindows, "c:\\projects\\ROBOT\\", ".", false}, // the base folder, in any case
         {kWindows, "C:\\Projects\\Robot", "", false},    // nothing left after the shared depth
-        {kPosix, "/home/ann/Projects/Robot/Parts/arm.mdl", "Parts/arm.mdl", true},
         {kPosix, "/home/bob/x.mdl", "../../../bob/x.mdl", true},
-        {kPosix, "/mnt/d/sky.tga", "/mnt/d/sky.tga", true},
-        {kPosix, "//server/share/x.mdl", "//server/share/x.mdl", true},
         {kPosix, "/home/ann/Projects/Robot/", ".", true},
     };
     for (const auto& [style, native, universal, back] : rows) {
@@ -139,7 +136,6 @@ TEST(BasePath, SetBasePathKeepsTheCollapsedNameAndWithoutABasePathsPassThrough) 
             EXPECT_EQ(detail::GetRelativePath(path, kWindows), detail::NativeToUniversal(path));
             EXPECT_EQ(detail::GetAbsolutePath(path, true, kWindows),
                       detail::UniversalToNative(path, kWindows));
-            EXPECT_EQ(detail::GetAbsolutePathQuiet(path, kWindows), path);
         }
     }
     EXPECT_TRUE(ScriptedFolders::Script().changes.empty());
@@ -150,17 +146,13 @@ TEST(BasePath, RoundTripsOnTheRealFileSystem) {
     CurrentDirectoryGuard currentDirectory;
     TempFolder scratch;
     scratch.WriteFile("Project/doc.prj", "project");
-    scratch.WriteFile("Project/Parts/arm.mdl", "arm");
     scratch.WriteFile("Shared/sky.tga", "sky");
 
     SetBasePath(String(scratch.Join("Project/doc.prj")));
     EXPECT_STREQ(String(scratch.Join("Shared/sky.tga")).GetRelativePath().Get(),
                  "../Shared/sky.tga");
 
-    String arm = String("Parts/arm.mdl").GetAbsolutePath(true);
     String sky = String("../Shared/sky.tga").GetAbsolutePath(false);
-    EXPECT_TRUE(
-        fs::equivalent(fs::path(arm.Get()), fs::path(scratch.Join("Project/Parts/arm.mdl"))));
     EXPECT_TRUE(fs::equivalent(fs::path(sky.Get()), fs::path(scratch.Join("Shared/sky.tga"))));
     // The current directory stays at the base folder.
     EXPECT_TRUE(fs::equivalent(fs::current_path(), fs::path(scratch.Join("Project"))));

@@ -15,12 +15,10 @@ namespace detail = fileio::detail;
 
 std::vector<ScriptedDrive> WindowsDrives() {
     return {
-        {"A:\\", 2, ""},
         {"C:\\", 3, ""},
         {"M:\\", kRemoteDrive, "\\\\macsrv\\ART"},
         {"N:\\", kRemoteDrive, "\\\\other\\ART"},
         {"P:\\", kRemoteDrive, "\\\\files\\Projects"},
-        {"Q:\\", kRemoteDrive, "\\\\files\\art"},
         {"R:\\", kRemoteDrive, ""}, // remembered but not connected
         {"S:\\", kRemoteDrive, "\\\\noshare"},
     };
@@ -42,26 +40,15 @@ long CountQueries(std::string_view drive) {
     return std::count(queries.begin(), queries.end(), drive);
 }
 
-TEST(NetworkPaths, FindDriveForShareExaminesRemoteDrivesFromTheLast) {
-    ScriptedNetwork network(WindowsDrives());
-    ExpectEach(Reporting(detail::FindDriveForShare, kWindows),
-               {
-                   {"ART", "\\\\other\\ART"}, // N: comes before M: when walking backwards
-                   {"art", "\\\\files\\art"},
-                   {"PROJECTS", "<none>"}, // share names compare exactly
-                   {"noshare", "<none>"},
-               });
-    // Local drives are never asked for a connection.
-    EXPECT_EQ(CountQueries("A:") + CountQueries("C:"), 0);
-}
-
 TEST(NetworkPaths, MacintoshServerVolumesBecomeTheirShares) {
     ScriptedNetwork network(WindowsDrives());
     const std::string longRest(300, 'x');
     ExpectEach(
         [](const std::string& path) { return detail::GetServerFileName(path, kWindows); },
         {
+            // The remote drives are walked from the last: N: comes before M:.
             {"//MACSERVER/Volumes/art/Maps/sky.tga", "\\\\other\\ART/Maps/sky.tga"},
+            // Share names compare exactly: "PROJECTS" is not P:'s "Projects".
             {"MACSERVER/Volumes/Projects/a.mdl", "MACSERVER/Volumes/Projects/a.mdl"},
             {"MACSERVER/Volumes/art", "MACSERVER/Volumes/art"},         // no second "/"
             {"//macserver/Volumes/art/x", "//macserver/Volumes/art/x"}, // case-sensitive
@@ -69,13 +56,14 @@ TEST(NetworkPaths, MacintoshServerVolumesBecomeTheirShares) {
         });
     EXPECT_EQ(detail::UniversalToNative("//MACSERVER/Volumes/art/Maps/sky.tga", kWindows),
               "\\\\other\\ART\\Maps\\sky.tga");
+    // A local drive is never asked for a connection.
+    EXPECT_EQ(CountQueries("C:"), 0);
 }
 
 TEST(NetworkPaths, MappedDrivesBecomeTheirConnectionsThroughACache) {
     ScriptedNetwork network(WindowsDrives());
     ExpectEach(Reporting(detail::MappedDriveToUNC, kWindows),
                {
-                   {"P:\\Robot\\arm.mdl", "\\\\files\\Projects\\Robot\\arm.mdl"},
                    {"p:\\", "\\\\files\\Projects\\"},
                    {"P:/Robot", "<none>"}, // only letter, ":", "\"
                    {"C:\\local", "<none>"},
@@ -103,18 +91,13 @@ TEST(NetworkPaths, LocalSharesNameTheDeepestShareThatHoldsThePath) {
                    {"C:\\Database\\y", "<none>"},
                    {"D:\\z\\w", "\\\\WORKSTATION\\Drive\\z\\w"},
                });
-    ExpectEach(Reporting(detail::LocalPathToShare, kPosix),
-               {
-                   {"c:\\data\\deep\\x.mdl", "<none>"},
-                   {"/srv/pub/a/b", "//WORKSTATION/pub/a/b"},
-               });
+    EXPECT_EQ(Reporting(detail::LocalPathToShare, kPosix)("/srv/pub/a/b"), "//WORKSTATION/pub/a/b");
 }
 
 TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
     ScriptedNetwork network(PosixDrives());
     ExpectEach([](const std::string& path) { return detail::GetUNCFileName(path, kPosix); },
                {
-                   {"/mnt/art/models/arm.mdl", "//fileserver/ART/models/arm.mdl"},
                    {"/mnt/art/inner/x.tga", "//other/IN/x.tga"}, // the deepest mount holds it
                    {"/mnt/artist/x", "/mnt/artist/x"},
                    {"/media/usb/x", "/media/usb/x"}, // not a network mount
@@ -123,8 +106,6 @@ TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
                    {"D:/x", "D:/x"},                   // drive letters stay as written
                    {"//srv/share/x", "//srv/share/x"}, // already a network name
                });
-    EXPECT_EQ(detail::GetServerFileName("//MACSERVER/Volumes/art/sky.tga", kPosix),
-              "//fileserver/ART/sky.tga");
     // A reference outside the base path is written in its network form.
     BasePathGuard base;
     SetBasePath(String("/home/ann/Projects/Robot/robot.prj"));
@@ -156,13 +137,11 @@ TEST(NetworkPaths, ConnectionNamesOfMountSources) {
     ExpectEach(platform::ConnectionOfMountSource, {
                                                       {"\\\\server\\share", "//server/share"},
                                                       {"//server/share/", "//server/share"},
-                                                      {"nas:/export/media", "//nas/export/media"},
                                                       {"nas:/", "//nas"},
                                                       {"[fe80::1]:/export", "//[fe80::1]/export"},
                                                       {"/dev/sda1", ""},
                                                       {":/x", ""},
                                                   });
-    EXPECT_TRUE(platform::IsNetworkFileSystem("cifs"));
     EXPECT_TRUE(platform::IsNetworkFileSystem("nfs4"));
     EXPECT_FALSE(platform::IsNetworkFileSystem("fuse.sshfs"));
 }
@@ -188,7 +167,6 @@ TEST(NetworkPaths, PosixDriveServicesFollowTheMountTable) {
     std::string connection;
     EXPECT_TRUE(network.connectionName("/mnt/media", connection));
     EXPECT_EQ(connection, "//nas/export/media");
-    EXPECT_TRUE(network.sharedFolders().empty());
 
     EXPECT_STREQ(String("/mnt/reused/x").GetUNCFileName().Get(), "/mnt/reused/x");
     EXPECT_STREQ(String("MACSERVER/Volumes/art/x.tga").GetServerFileName().Get(),

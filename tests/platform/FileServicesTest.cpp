@@ -57,8 +57,6 @@ TEST_F(FileServicesTest, AFailedSaveLeavesNothingAndSaysWhy) {
     std::string read = "x";
     EXPECT_EQ(Files().readWholeFile(Path("missing").c_str(), read), ReadResult::Missing);
     EXPECT_EQ(read, "");
-    EXPECT_EQ(Files().readWholeFile(Path("no/such/folder/file").c_str(), read),
-              ReadResult::Missing);
     // A folder is there but is no file to read.
     EXPECT_EQ(Files().readWholeFile(m_folder.Path().c_str(), read), ReadResult::Failed);
     std::string error;
@@ -127,7 +125,6 @@ TEST_F(FileServicesTest, RemovesFilesAndTakesLocks) {
     const std::string lockPath = Path("a.lock");
     const auto lock = Files().lockFile(lockPath.c_str());
     ASSERT_NE(lock, fileio::platform::kNoFileLock);
-    EXPECT_TRUE(fs::exists(lockPath));
     Files().unlockFile(lock);
     // Released: it can be taken again at once.
     const auto again = Files().lockFile(lockPath.c_str());

@@ -47,7 +47,6 @@ TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
 
 TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
     const std::tuple<const char*, Kind, const char*> rows[] = {
-        {"/home/ann/Robot/robot.mdl", Kind::Chosen, "/home/ann/Robot/robot.mdl"},
         {"  Maps/a b.mdl \t\r", Kind::Chosen, "Maps/a b.mdl"},
         // A dropped file's path comes quoted, often with a blank after it.
         {"'/home/ann/a b.mdl' ", Kind::Chosen, "/home/ann/a b.mdl"},
@@ -57,7 +56,6 @@ TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
         {"", Kind::Cancel, ""},
         {"''", Kind::Cancel, ""},
         {"!cancel-all", Kind::CancelAll, ""},
-        {"  !cancel-all\r", Kind::CancelAll, ""},
         // Only the word itself: near misses are paths.
         {"!cancel-all2", Kind::Chosen, "!cancel-all2"},
         {"'!cancel-all'", Kind::Chosen, "!cancel-all"},
