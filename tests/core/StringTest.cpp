@@ -205,7 +205,6 @@ TEST_F(StringTest, ComparisonOperatorsAndCompare) {
         {kNull, kEmptyBuffer, -1},
         {kEmptyBuffer, kNull, 1},
         {kEmptyBuffer, kEmptyBuffer, 0},
-        {kNull, "a", -1},
         {kEmptyBuffer, "a", -1},
         {"abc", "ABC", 0},
         {"abc", "abd", -1},
