@@ -56,10 +56,8 @@ TEST_F(StringNumbers, ExactTexts) {
          "-3.40282347e+38 3.40282347e+38 -1.17549435e-38 1.50000005e-07"},
         {String(RGBAFloat{1.0f, 0.25f, 0.125f, 0.0625f}), "1 0.25 0.125 0.0625"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.expected);
+    for (const auto& row : rows)
         EXPECT_EQ(TextOf(row.value), row.expected);
-    }
 }
 
 // The special values are spelled the same way in every form, for both widths.

@@ -274,10 +274,8 @@ TEST_F(StringText, LeftRightMid) {
         {s.Mid(4, 100), "ef"},    {s.Mid(-2, 2), "ab"},     {s.Mid(100, 2), "<null>"},
         {s.Mid(1, 0), "<null>"},  {s.Mid(0, -5), "abcdef"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.expected);
+    for (const auto& row : rows)
         EXPECT_EQ(TextOf(row.value), row.expected);
-    }
 }
 
 TEST_F(StringText, Tokenize) {
@@ -431,10 +429,9 @@ TEST_F(StringText, GetAbbreviated) {
         {"abcdef", 3, "abc"},
         {"short", 5, "short"}, // exactly the limit: kept whole
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.text) + " at " + std::to_string(row.maxLength));
-        EXPECT_EQ(TextOf(String(row.text).GetAbbreviated(row.maxLength)), row.expected);
-    }
+    for (const auto& row : rows)
+        EXPECT_EQ(TextOf(String(row.text).GetAbbreviated(row.maxLength)), row.expected)
+            << row.text << " at " << row.maxLength;
     EXPECT_EQ(String().GetAbbreviated(10).Get(), nullptr);
 }
 
@@ -470,10 +467,8 @@ TEST_F(StringText, NextFreeName) {
         {"Bone", "Bone3"}, // "Bone1" and "bone2" (case ignored) are taken
         {"Bone3", "Bone5"}, {"Bone12", "Bone13"}, {"Arm8", "Arm10"}, {"Leg", "Leg1"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(TextOf(String(row.name).GetNextFreeName(taken)), row.expected);
-    }
+    for (const auto& row : rows)
+        EXPECT_EQ(TextOf(String(row.name).GetNextFreeName(taken)), row.expected) << row.name;
     EXPECT_EQ(TextOf(String("Bone").GetNextFreeName({})), "Bone1");
 }
 

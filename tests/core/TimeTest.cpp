@@ -336,12 +336,10 @@ TEST(TimeText, ToStringFollowsTheUnitsFormats) {
         {-67500, 24, CELLS, "-11"},
         {135000, 30, 3, "<null>"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message()
-                     << c.ticks << " ticks at " << c.fps << " fps, unit " << c.unit);
+    for (const auto& c : cases)
         EXPECT_EQ(TextOf(Time(c.ticks).ToString(c.fps, static_cast<TimeUnit>(c.unit), false)),
-                  c.text);
-    }
+                  c.text)
+            << c.ticks << " ticks at " << c.fps << " fps";
 }
 
 #if defined(__GLIBC__)
@@ -410,12 +408,10 @@ TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
         {"-1e30", 24, FRAMES, Time::MinTicks},
         {"12", 0, FRAMES, Time::MinTicks}, // no rate: 12 / 0 frames
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message()
-                     << "\"" << c.text << "\" at " << c.fps << " fps, unit " << c.unit);
+    for (const auto& c : cases)
         EXPECT_EQ(String(c.text).ToTime(c.fps, static_cast<TimeUnit>(c.unit), false).GetTicks(),
-                  c.ticks);
-    }
+                  c.ticks)
+            << "\"" << c.text << "\" at " << c.fps << " fps";
     EXPECT_EQ(String("12\0:5", 5).ToTime(24, SMPTE, false).GetTicks(), 67500);
 }
 
@@ -430,10 +426,8 @@ TEST(TimeText, FormatTimeShowsHoursMinutesAndSeconds) {
         {360000, false, "100:00:00"}, // hours are not limited
         {INT_MAX, false, "596523:14:07"}, {INT_MIN, true, "- - : - - : - -"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.seconds << (c.showZero ? ", show zero" : ""));
-        EXPECT_EQ(TextOf(FormatTime(c.seconds, c.showZero)), c.text);
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(TextOf(FormatTime(c.seconds, c.showZero)), c.text) << c.seconds;
 }
 
 } // namespace
