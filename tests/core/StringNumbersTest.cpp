@@ -122,7 +122,6 @@ TEST_F(StringNumbers, NumberTextsIgnoreTheLocale) {
     if (!SwitchToCommaLocale())
         GTEST_SKIP() << "no locale with a comma decimal point is installed";
     EXPECT_EQ(TextOf(String(0.5)), "0.5");
-    EXPECT_EQ(TextOf(String(0.1f)), "0.100000001");
     EXPECT_EQ(TextOf(String(1.25, 2)), "1.25");
     EXPECT_EQ(String("0.5").Str_atod(), 0.5);
     EXPECT_EQ(String("0.5").Str_atof(), 0.5f);
@@ -130,10 +129,8 @@ TEST_F(StringNumbers, NumberTextsIgnoreTheLocale) {
 }
 
 #if defined(__GLIBC__)
-// glibc's printf is correctly rounded and, in the "C" locale, writes exactly these forms:
-// compare every finite value (the special spellings are the suite's own), first the values
-// a random draw seldom meets: signed zeros, ties, a subnormal whose 17th digit is 0, the
-// largest double written out in full.
+// glibc's printf is correctly rounded: compare every finite value, first those a random
+// draw seldom meets (signed zeros, ties, a subnormal whose 17th digit is 0, DBL_MAX in full).
 TEST_F(StringNumbers, MatchesTheCRuntimeFormatter) {
     const double seeds[] = {-0.0,  0x1p-25, 0x1p-1050, 0x1p-13, 0.125,   0.375,    2.5,
                             -7.25, -0.001,  2.0005,    1e20,    DBL_MAX, -DBL_MAX, 1.0 / 3};
@@ -178,10 +175,7 @@ TEST_F(StringNumbers, MatchesTheCRuntimeFormatter) {
 }
 
 // glibc's conversions are the reference for every reader: first texts at the edges of each
-// rule (blanks, partial numbers, signs, hex, infinity and NaN spellings and payloads,
-// overflow, underflow and ties of both widths, the 32- and 64-bit integer limits, very long
-// runs), then random texts built from the characters that matter and random values written
-// in several forms.
+// rule, then random texts of the characters that matter and random values in several forms.
 TEST_F(StringNumbers, MatchesTheCRuntimeConversions) {
     std::setlocale(LC_ALL, "C");
     const std::string seeds[] = {
