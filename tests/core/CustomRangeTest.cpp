@@ -194,8 +194,7 @@ TEST(CustomRangeTextTest, TextsGiveTheirItemsAndCanonicalText) {
         {"10-1", 24, FRAMES, {{10, 1, 1}}, "10-1"},
         {"3-3 s4", 24, FRAMES, {{3, 3, 4}}, "3"},
         {"2.5", 24, FRAMES, {{2, 2, 1}, {5, 5, 1}}, "2,5"},
-        // Step texts that read as 0.
-        {"1-10ss2", 24, FRAMES, {{1, 10, 0}}, "1-10 s0"},
+        {"1-10ss2", 24, FRAMES, {{1, 10, 0}}, "1-10 s0"}, // a step text that reads as 0
         // Cells count from 1, a step in cells counts frames.
         {"1-9 s2; 12", 24, CELLS, {{0, 8, 2}, {11, 11, 1}}, "1-9 s2,12"},
         // SMPTE: seconds:frames, and digits typed without separators carry.
@@ -236,20 +235,18 @@ TEST(CustomRangeTextTest, SetReplacesAndKeptTextIsReusedOnlyAtRateZeroInSmpte) {
 // odd ones, in every unit, single-line and multiline: times of whole frames up to 99999
 // frames, and in SMPTE below 100 minutes (a minutes field of 100 or more does not read back).
 TEST(CustomRangeTextTest, WrittenTextReadsBackToTheSameItems) {
-    struct Setting {
+    const struct {
         int fps;
         TimeUnit unit;
         long long maxFrame;
-    };
-    const Setting settings[] = {
+    } settings[] = {
         {24, FRAMES, 99999}, {30, FRAMES, 99999}, {7, FRAMES, 99999},
         {24, CELLS, 99998},  {48, CELLS, 99998},  {24, SMPTE, 99999},
         {30, SMPTE, 99999},  {48, SMPTE, 99999},  {7, SMPTE, 41999},
     };
     std::mt19937 random(20261122);
-    for (const Setting& setting : settings) {
-        SCOPED_TRACE("fps " + std::to_string(setting.fps) + " unit " +
-                     std::to_string(setting.unit));
+    for (const auto& setting : settings) {
+        SCOPED_TRACE(::testing::Message() << setting.fps << " fps, unit " << setting.unit);
         std::uniform_int_distribution<long long> frames(0, setting.maxFrame);
         std::uniform_int_distribution<int> steps(1, static_cast<int>(setting.maxFrame));
         for (int round = 0; round < 200; ++round) {

@@ -144,13 +144,12 @@ TEST(Time, RoundingIgnoresTheHostsRoundingMode) {
 // number even at 29.97 and 59.94 fps, where a frame is not a whole number of ticks.
 TEST(Time, FramesAndCellsGiveExactTicksAtEveryRate) {
     // Rates as exact fractions for the integer computation of the expected ticks.
-    struct ExactRate {
+    const struct {
         double fps;
         long long numerator, denominator;
-    };
-    const ExactRate rates[] = {{24, 24, 1},        {25, 25, 1}, {29.97, 2997, 100}, {30, 30, 1},
-                               {59.94, 5994, 100}, {60, 60, 1}, {100, 100, 1},      {120, 120, 1}};
-    for (const ExactRate& rate : rates) {
+    } rates[] = {{24, 24, 1},        {25, 25, 1}, {29.97, 2997, 100}, {30, 30, 1},
+                 {59.94, 5994, 100}, {60, 60, 1}, {100, 100, 1},      {120, 120, 1}};
+    for (const auto& rate : rates) {
         for (long long n = -100000; n <= 100000; n += 37) {
             SCOPED_TRACE(::testing::Message() << rate.fps << " fps, frame " << n);
             const long long expected = ExactFrameTicks(n, rate.numerator, rate.denominator);
