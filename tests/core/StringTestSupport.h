@@ -9,13 +9,9 @@
 
 #include <string>
 
-/// Fails a test that leaves string-pool memory behind (every String it made must have
-/// freed its buffer by the end of the test body).
-///
-/// The fixture holds one string of its own for the whole test, as a host always has strings
-/// alive: otherwise each release of a test's last string would hand the pool's block back
-/// to the system and the next string would fetch a new one, which makes loops over
-/// thousands of values crawl under the sanitizers.
+/// Fails a test that leaves string-pool memory behind. The fixture's own string keeps the
+/// pool's block alive, as a host's strings do: otherwise loops over thousands of values would
+/// fetch and free a block per string and crawl under the sanitizers.
 class StringPoolTest : public ::testing::Test {
 protected:
     static unsigned long long StringPoolTotal() {
