@@ -2,7 +2,7 @@
 
 #include "fileio/handlers/StatusMessage.h"
 #include "fileio/handlers/ScopedHandler.h"
-#include "fileio/handlers/StatusHandler.h"
+#include "support/RecordingStatus.h"
 
 #include <gtest/gtest.h>
 
@@ -11,29 +11,7 @@
 
 namespace {
 
-/// Records every call, with its argument, as one text: "text:A", "init:T/2/0/100" ...
-class RecordingStatus : public StatusHandler {
-public:
-    void SetStatusText(const String& text) override {
-        calls.push_back("text:" + std::string(text.View()));
-        // A handler may read the current text while it receives one.
-        EXPECT_EQ(StatusMessage::GetStatusMessage().View(), text.View());
-    }
-    void StepProgress() override { calls.push_back("step"); }
-    void SetProgress(int position) override { calls.push_back("set:" + std::to_string(position)); }
-    void UninitializeProgressControl() override { calls.push_back("uninit"); }
-    bool InitializeProgressControl(const char* text, unsigned char type, int low,
-                                   int high) override {
-        calls.push_back("init:" + std::string(text) + "/" + std::to_string(type) + "/" +
-                        std::to_string(low) + "/" + std::to_string(high));
-        return initAnswer;
-    }
-    bool IsProgressControlActive() const override { return true; }
-    unsigned char GetCurrentType() override { return 3; }
-
-    std::vector<std::string> calls;
-    bool initAnswer = true;
-};
+using fileio::test::RecordingStatus;
 
 std::string Current() {
     return std::string(StatusMessage::GetStatusMessage().View());
@@ -92,6 +70,7 @@ TEST_F(StatusMessageTest, CountsMessagesAndDisplayRequests) {
 }
 
 TEST_F(StatusMessageTest, ProgressCallsAreForwarded) {
+    status.type = 3;
     EXPECT_TRUE(StatusMessage::InitializeProgressControl("Loading [ a.mdl ]", 2, 0, 100));
     StatusMessage::SetProgress(40);
     StatusMessage::StepProgress();

@@ -3,10 +3,10 @@
 
 #include "fileio/net/Internet.h"
 #include "fileio/handlers/ScopedHandler.h"
-#include "fileio/handlers/StatusHandler.h"
 #include "net/NetTestSupport.h"
 #include "net/UrlText.h"
 #include "platform/Platform.h"
+#include "support/RecordingStatus.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -26,6 +26,7 @@ using fileio::platform::ProcessOutcome;
 using fileio::platform::ScopedServices;
 using fileio::test::kPatientMs;
 using fileio::test::Pattern;
+using fileio::test::RecordingStatus;
 using fileio::test::TempFolder;
 
 std::vector<std::string> g_openedUrls;
@@ -166,15 +167,6 @@ std::string Response(const std::string& body, long long announced = -2,
     return head + "\r\n" + body;
 }
 
-/// Records the progress the download shows.
-class RecordingStatus : public StatusHandler {
-public:
-    void SetStatusText(const String& text) override { texts.emplace_back(text.View()); }
-    void SetProgress(int position) override { positions.push_back(position); }
-    std::vector<std::string> texts;
-    std::vector<int> positions;
-};
-
 class DownloadTest : public ::testing::Test {
 protected:
     void SetUp() override { target = folder.WriteFile("models/robot.mdl", kOld); }
@@ -213,11 +205,12 @@ TEST_F(DownloadTest, ACompleteDownloadReplacesTheFileAndShowsItsProgress) {
     EXPECT_TRUE(why.IsEmpty());
     EXPECT_TRUE(folder.ReadFile("models/robot.mdl") == body);
     EXPECT_EQ(server.Request().rfind("GET /file.bin HTTP/1.", 0), 0u) << server.Request();
-    ASSERT_FALSE(status.positions.empty());
-    EXPECT_EQ(status.positions.back(), 100);
-    EXPECT_TRUE(std::is_sorted(status.positions.begin(), status.positions.end()));
-    ASSERT_FALSE(status.texts.empty());
-    EXPECT_EQ(status.texts.front(), "Downloading " + server.Url());
+    const std::vector<int> positions = status.Positions();
+    ASSERT_FALSE(positions.empty());
+    EXPECT_EQ(positions.back(), 100);
+    EXPECT_TRUE(std::is_sorted(positions.begin(), positions.end()));
+    ASSERT_FALSE(status.Of("text").empty());
+    EXPECT_EQ(status.Of("text").front(), "Downloading " + server.Url());
     // A download to a new name creates it; an empty body gives an empty file.
     OneShotServer again(Response(""));
     ASSERT_TRUE(DownloadFile(again.Url().c_str(), folder.Join("new.bin").c_str()));

@@ -3,6 +3,7 @@
 #include "StreamTestSupport.h"
 
 #include "fileio/handlers/ScopedHandler.h"
+#include "support/RecordingStatus.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -13,34 +14,7 @@
 #include <vector>
 
 using namespace streamtest;
-
-namespace {
-
-/// Records the progress calls the streams make.
-class RecordingStatus : public StatusHandler {
-public:
-    void SetStatusText(const String&) override {}
-    void SetProgress(int position) override { progress.push_back(position); }
-    bool InitializeProgressControl(const char* text, unsigned char, int, int) override {
-        controls.emplace_back(text);
-        active = true;
-        return true;
-    }
-    void UninitializeProgressControl() override {
-        ++uninitialized;
-        active = false;
-    }
-    bool IsProgressControlActive() const override { return active; }
-    unsigned char GetCurrentType() override { return type; }
-
-    std::vector<std::string> controls;
-    std::vector<int> progress;
-    int uninitialized = 0;
-    bool active = false;
-    unsigned char type = 0;
-};
-
-} // namespace
+using fileio::test::RecordingStatus;
 
 TEST(MemoryStream, GrowsByAtLeast32768BytesOrTheWriteOrTheCapacityHeld) {
     const std::tuple<std::vector<std::size_t>, unsigned long long> rows[] = {
@@ -233,7 +207,7 @@ TEST(MemoryStream, LoadingProgressThroughTheStatusHandler) {
     {
         MemoryStream stream;
         ASSERT_TRUE(stream.Open(path, FM_LOADING | FM_VARN));
-        EXPECT_EQ(status.controls, std::vector<std::string>{"Loading [ scene.prj ]"});
+        EXPECT_EQ(status.Of("init"), std::vector<std::string>{"Loading [ scene.prj ]/0/0/100"});
         EXPECT_TRUE(StatusMessage::IsDisplaying());
         Label label;
         int value = 0;
@@ -241,31 +215,29 @@ TEST(MemoryStream, LoadingProgressThroughTheStatusHandler) {
             stream >> label >> value;
         EXPECT_EQ(value, 1099);
         // 1100 bytes: one step is 11 bytes; a value's token ends each line.
-        ASSERT_EQ(status.progress.size(), 100u);
-        EXPECT_EQ(status.progress.front(), 1);
-        EXPECT_EQ(status.progress.back(), 100);
+        const std::vector<int> positions = status.Positions();
+        ASSERT_EQ(positions.size(), 100u);
+        EXPECT_EQ(positions.front(), 1);
+        EXPECT_EQ(positions.back(), 100);
         stream.Close();
-        EXPECT_EQ(status.uninitialized, 1);
+        EXPECT_EQ(status.Of("uninit").size(), 1u);
         EXPECT_FALSE(StatusMessage::IsDisplaying());
     }
-    EXPECT_EQ(status.uninitialized, 1);
+    EXPECT_EQ(status.Of("uninit").size(), 1u);
 
     // A plain control is running: its text comes back when the stream closes. A control
     // of another kind: nothing is shown; nor without progress or for an empty file.
-    status.active = true;
     StatusMessage::InitializeProgressControl("Saving the world", 0, 0, 100);
-    status.controls.clear();
+    status.calls.clear();
     MemoryStream stream;
     ASSERT_TRUE(stream.Open(path, FM_LOADING));
     stream.Close();
-    EXPECT_EQ(status.controls,
-              (std::vector<std::string>{"Loading [ scene.prj ]", "Saving the world"}));
-    status.controls.clear();
     status.type = 3;
     ASSERT_TRUE(stream.Open(path, FM_LOADING));
     status.active = false;
     ASSERT_TRUE(stream.Open(path, FM_LOADING | FM_DONTPROGRESS));
     ASSERT_TRUE(stream.Open(String(folder.WriteFile("empty.mdl", "")), FM_LOADING));
-    EXPECT_TRUE(status.controls.empty());
-    EXPECT_EQ(status.uninitialized, 1);
+    EXPECT_EQ(status.Of("init"), (std::vector<std::string>{"Loading [ scene.prj ]/0/0/100",
+                                                           "Saving the world/0/0/100"}));
+    EXPECT_TRUE(status.Of("uninit").empty());
 }
