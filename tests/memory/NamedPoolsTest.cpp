@@ -85,7 +85,6 @@ TEST(NamedPools, ReleaseAllFunctions) {
         EXPECT_EQ(TotalRAM() - ram, kBlockAndArray + (200016 + 8));
         row.releaseAll();
         EXPECT_EQ(TotalRAM(), ram);
-        EXPECT_TRUE(pool.IsEmpty());
 
         row.release(row.alloc(10)); // no block left, only the descriptor array
         row.releaseAll();
@@ -113,11 +112,9 @@ TEST(NamedPools, ScratchMemoryIsReleasedAndVarnPoolsAreLeftAlone) {
         FreeAllPools();
         const unsigned long long ram = TotalRAM();
         row.alloc(3);
-        EXPECT_EQ(NamedSimplePool(row.kind).GetTotal(), kSimpleChunk);
         EXPECT_EQ(TotalRAM() - ram, kSimpleChunk + 8);
         row.releaseAll();
         EXPECT_EQ(TotalRAM(), ram);
-        EXPECT_EQ(NamedSimplePool(row.kind).GetTotal(), 0u);
     }
     const unsigned long long ram = TotalRAM();
     AllocZ(100);

@@ -23,7 +23,6 @@ using namespace fileio::detail;
 constexpr unsigned long long kBlock = 131064;          // usable bytes of a standard block
 constexpr unsigned long long kBlockAccounted = 131072; // with its platform header
 constexpr unsigned long long kBlockRegion = 8 * kBlockAccounted;
-constexpr unsigned long long kHeaderArray = 6416;
 
 bool AllZero(const void* p, unsigned long long n) {
     const auto* b = static_cast<const unsigned char*>(p);
@@ -37,16 +36,15 @@ protected:
 };
 
 // Pools emptying and refilling in random order: the kept set stays within its cap and its
-// slot count at every step, and TotalRAM is exactly the live blocks and descriptor arrays,
-// never what is kept. "Small" pools hold a few small allocations, always in one block;
-// "whole" pools take a standard block for every allocation; so the blocks are known. Every
-// allocation is filled, and every kept block must still come back all zero: PlatformAlloc
-// hands a kept region to any caller of the same size without clearing it.
+// slot count at every step. (That TotalRAM never counts what is kept, the placement model
+// checks after every operation.) "Small" pools hold a few small allocations, always in one
+// block; "whole" pools take a standard block for every allocation. Every allocation is
+// filled, and every kept block must still come back all zero: PlatformAlloc hands a kept
+// region to any caller of the same size without clearing it.
 TEST_F(RetainedRegionsTest, TheKeptMemoryNeverExceedsItsCap) {
     constexpr int kPools = 6; // even numbers small, odd numbers whole
     VarnPool pools[kPools];
     std::vector<void*> live[kPools];
-    bool used[kPools] = {};
     std::mt19937 random(11);
     const unsigned long long ram = TotalRAM();
     int peakKept = 0;
@@ -58,7 +56,6 @@ TEST_F(RetainedRegionsTest, TheKeptMemoryNeverExceedsItsCap) {
             const unsigned long long n = whole ? kBlock - 16 : 1 + random() % 400;
             live[k].push_back(pools[k].VarnAlloc(n));
             std::memset(live[k].back(), 0xA5, n);
-            used[k] = true;
         } else {
             const std::size_t i = random() % live[k].size();
             pools[k].VarnFree(live[k][i]);
@@ -69,13 +66,6 @@ TEST_F(RetainedRegionsTest, TheKeptMemoryNeverExceedsItsCap) {
         ASSERT_LE(RetainedRegionCount(), kRetainedRegionSlots) << "step " << step;
         ASSERT_EQ(RetainedBytes(), RetainedRegionCount() * kBlockRegion) << "step " << step;
         peakKept = std::max(peakKept, RetainedRegionCount());
-
-        unsigned long long expected = 0;
-        for (int p = 0; p < kPools; ++p) {
-            const unsigned long long blocks = p % 2 == 1 ? live[p].size() : !live[p].empty();
-            expected += (used[p] ? kHeaderArray : 0) + blocks * kBlockAccounted;
-        }
-        ASSERT_EQ(TotalRAM() - ram, expected) << "step " << step;
     }
     EXPECT_EQ(peakKept, kRetainedRegionSlots) << "the sequence never filled the kept set";
     for (int p = 0; p < kPools; ++p)

@@ -16,7 +16,6 @@
 #include <cstring>
 #include <map>
 #include <random>
-#include <set>
 #include <vector>
 
 namespace {
@@ -39,16 +38,14 @@ public:
         if (size < kBlock) {
             // Newest block first; the highest free chunk that fits.
             for (auto b = m_blocks.rbegin(); b != m_blocks.rend(); ++b) {
-                if (b->sizes.empty() || *b->sizes.rbegin() < size)
-                    continue;
                 for (auto c = b->free.rbegin(); c != b->free.rend(); ++c) {
                     if (c->second < size)
                         continue;
                     const unsigned long long offset = c->first;
                     const unsigned long long remainder = c->second - size;
-                    Unrecord(*b, offset);
+                    b->free.erase(offset);
                     if (remainder >= 17)
-                        Record(*b, offset + size, remainder);
+                        b->free[offset + size] = remainder;
                     b->allocated[offset] = size;
                     return {b->id, offset, false};
                 }
@@ -58,7 +55,7 @@ public:
         block.id = m_nextId++;
         block.size = size < kBlock ? kBlock : size;
         if (block.size > size)
-            Record(block, size, block.size - size); // a new block's tail, whatever its size
+            block.free[size] = block.size - size; // a new block's tail, whatever its size
         block.allocated[0] = size;
         m_blocks.push_back(block);
         m_headerArrays = std::max<unsigned long long>(m_headerArrays, (m_blocks.size() + 99) / 100);
@@ -81,15 +78,15 @@ public:
         unsigned long long end = offset + size;
         if (const auto next = b->free.find(end); next != b->free.end()) {
             end += next->second;
-            Unrecord(*b, next->first);
+            b->free.erase(next);
         }
         const auto after = b->free.lower_bound(offset);
         if (after != b->free.begin() &&
             std::prev(after)->first + std::prev(after)->second == start) {
             start = std::prev(after)->first;
-            Unrecord(*b, start);
+            b->free.erase(start);
         }
-        Record(*b, start, end - start);
+        b->free[start] = end - start;
     }
 
     unsigned long long Total() const { return m_total; }
@@ -107,18 +104,8 @@ private:
         int id = 0;
         unsigned long long size = 0;
         std::map<unsigned long long, unsigned long long> free;      // offset -> size
-        std::multiset<unsigned long long> sizes;                    // of the free chunks
         std::map<unsigned long long, unsigned long long> allocated; // offset -> size
     };
-
-    static void Record(Block& b, unsigned long long offset, unsigned long long size) {
-        b.free[offset] = size;
-        b.sizes.insert(size);
-    }
-    static void Unrecord(Block& b, unsigned long long offset) {
-        b.sizes.erase(b.sizes.find(b.free.at(offset)));
-        b.free.erase(offset);
-    }
 
     std::vector<Block> m_blocks; // oldest first
     int m_nextId = 0;

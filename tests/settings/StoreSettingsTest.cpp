@@ -22,7 +22,6 @@ using fileio::test::AllBytes;
 using fileio::test::kTestKey;
 using fileio::test::TestStore;
 
-/// The value `name` of `key` as the store holds it, or "<absent>".
 std::string Raw(const std::string& key, const std::string& name) {
     std::string value;
     return fileio::platform::Hive().readString(key.c_str(), name.c_str(), value) ? value
@@ -85,8 +84,7 @@ TEST_F(StoreSettingsTest, ResetLocalRegistryRemovesAKeyWithItsSubkeys) {
 TEST_F(StoreSettingsTest, TheReadyProfileStoresUnderTheApplicationKey) {
     // Installs the current profile again now and puts it back at the end.
     ScopedHandler<ApplicationProfile> restore(&SetApplicationProfile, GetApplicationProfile());
-    ApplicationProfile* const before = GetApplicationProfile();
-    EXPECT_EQ(InstallRegistryProfile(String(kTestKey)), before);
+    InstallRegistryProfile(String(kTestKey));
     ASSERT_NE(GetApplicationProfile(), nullptr);
 
     EXPECT_EQ(SetRegistryBOOL("Options", "AutoSave", true), true);

@@ -5,6 +5,7 @@
 
 #include "Commands.h"
 #include "ToolTestSupport.h"
+#include "support/ChildProcess_posix.h"
 
 #include <gtest/gtest.h>
 
@@ -40,20 +41,18 @@ std::string ShownAtTerminal(const std::vector<std::string>& args,
     const std::string slaveName = ::ptsname(master);
     // Held open until the end, so that the terminal keeps what the child wrote last.
     const int heldSlave = ::open(slaveName.c_str(), O_RDWR | O_NOCTTY);
-    std::fflush(nullptr);
-    const pid_t child = ::fork();
-    if (child == 0) {
+    const pid_t child = fileio::test::StartChild([&] {
         const int slave = ::open(slaveName.c_str(), O_RDWR);
         const int errors = errorsElsewhere ? ::open("/dev/null", O_WRONLY) : slave;
         if (slave < 0 || ::dup2(slave, STDOUT_FILENO) < 0 || ::dup2(errors, STDERR_FILENO) < 0)
-            ::_exit(97);
+            return 97;
         ::unsetenv("NO_COLOR");
         for (std::string& variable : environment)
             ::putenv(variable.data());
         const int status = fileio::tool::Main(args);
         std::fflush(nullptr);
-        ::_exit(status);
-    }
+        return status;
+    });
     ::fcntl(master, F_SETFL, ::fcntl(master, F_GETFL) | O_NONBLOCK);
     std::string shown;
     const auto drain = [&] {

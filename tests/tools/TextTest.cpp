@@ -16,7 +16,6 @@ using fileio::tool::Utf8SequenceLength;
 TEST(TextTest, PrintableEscapesWhatATerminalWouldObey) {
     const std::pair<std::string, const char*> cases[] = {
         {"C:\\Users\\ann\\skin.png", "C:\\Users\\ann\\skin.png"},
-        {"\x1b[31mred", "\\x1b[31mred"},
         {"a\rb", "a\\x0db"},
         {std::string("nul\0x", 5), "nul\\x00x"},
         {"del\x7f", "del\\x7f"},

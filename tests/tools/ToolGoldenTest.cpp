@@ -24,7 +24,6 @@ using fileio::test::RunTool;
 using fileio::test::ToolRun;
 using fileio::test::WorkFolder;
 
-/// The sample project, as the work folder holds it.
 constexpr const char* kSampleText = "Documents/Robot/robot.prj";
 
 /// A work folder holding the data tree's good/ and bad/ folders and the samples.
@@ -187,7 +186,6 @@ const Case kCases[] = {
     {"help-deps", {"help", "deps"}},
     {"relink-help", {"relink", "-h"}},
     {"unknown-command", {"frobnicate"}},
-    {"unknown-option", {"check", "--frob", "good/square.prj"}},
     {"option-of-another-command", {"check", "--tree", "good/square.prj"}},
     {"option-without-value", {"deps", "good/refs.prj", "--map"}},
     {"flag-with-value", {"check", "--json=yes", "good/square.prj"}},
@@ -208,7 +206,6 @@ const Case kCases[] = {
     {"deps-map-malformed", {"deps", "--map", "good/refs", "good/refs.prj"}},
     {"deps-map-to-nowhere", {"deps", "--map", "C:/x=nowhere", "good/refs.prj"}},
     {"deps-search-nowhere", {"deps", "--search", "nowhere", "good/refs.prj"}},
-    // convert
     {"convert-to-binary", {"convert", "good/square.prj", "square.bin"}},
     {"convert-to-text-json", {"convert", "--json", "good/crlf-binary.prj", "crlf.prj"}},
     {"convert-drops-unknown", {"convert", "good/unknown.prj", "unknown.bin"}},
