@@ -18,14 +18,11 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <random>
 #include <signal.h>
 #include <string>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -183,43 +180,6 @@ TEST_F(HiveProcessTest, AWriterKilledInAWriteLeavesTheOldOrTheNewFile) {
     }
     EXPECT_EQ(SetLocalRegistryString("Kill", "After", "fine"), 1);
     EXPECT_EQ(GetLocalRegistryString("Kill", "After", "d"), String("fine"));
-}
-
-// A writer killed at random moments while it writes in a loop: every time, the file reads
-// back whole, holds all the other entries, and a counter that never went back.
-TEST_F(HiveProcessTest, AWriterKilledAtRandomMomentsNeverDamagesTheFile) {
-    for (int i = 0; i < 200; ++i)
-        ASSERT_EQ(SetLocalRegistryString(
-                      "Random", String(Entry(i).c_str()),
-                      String(std::string(40, static_cast<char>('a' + i % 26)).c_str())),
-                  1);
-    std::mt19937 random(20240611);
-    std::uniform_int_distribution<int> delayMicroseconds(0, 20000);
-    int counter = 0;
-    for (int round = 0; round < 25; ++round) {
-        SCOPED_TRACE(round);
-        const pid_t writer = StartChild([] {
-            for (;;) {
-                const int next = GetLocalRegistryValue("Random", "Counter", 0) + 1;
-                SetLocalRegistryValue("Random", "Counter", next);
-            }
-            return 0;
-        });
-        std::this_thread::sleep_for(std::chrono::microseconds(delayMicroseconds(random)));
-        ::kill(writer, SIGKILL);
-        Wait(writer);
-
-        const HiveDocument document = Parsed();
-        std::string value;
-        for (int i = 0; i < 200; ++i) {
-            ASSERT_TRUE(document.Find("SOFTWARE\\Varn, Inc.\\Tests\\Random", Entry(i), value));
-            ASSERT_EQ(value, std::string(40, static_cast<char>('a' + i % 26)));
-        }
-        const int now = GetLocalRegistryValue("Random", "Counter", 0);
-        EXPECT_GE(now, counter);
-        counter = now;
-    }
-    EXPECT_GT(counter, 0) << "the writer never got to write";
 }
 
 // Writers fail and readers find their defaults when the configuration folder is missing;
