@@ -147,26 +147,19 @@ TEST_F(HiveProcessTest, AWriterKilledInAWriteLeavesTheOldOrTheNewFile) {
 
     struct Stage {
         const char* name;
-        bool (*write)(FileHandle, const void*, std::size_t);
-        bool (*flush)(FileHandle);
-        bool (*replace)(const char*, const char*);
+        void (*install)();
         const char* expected;
     };
     const Stage stages[] = {
-        {"half of the temporary file written", WriteHalfThenDie, nullptr, nullptr, "old"},
-        {"temporary file flushed, not renamed", nullptr, FlushThenDie, nullptr, "old"},
-        {"renamed, lock not released", nullptr, nullptr, ReplaceThenDie, "new"},
+        {"half of the temporary file written", [] { Files().writeFile = WriteHalfThenDie; }, "old"},
+        {"temporary file flushed, not renamed", [] { Files().flushFile = FlushThenDie; }, "old"},
+        {"renamed, lock not released", [] { Files().replaceFile = ReplaceThenDie; }, "new"},
     };
     for (const Stage& stage : stages) {
         SCOPED_TRACE(stage.name);
         ASSERT_EQ(SetLocalRegistryString("Kill", "State", "old"), 1);
         const int status = Wait(StartChild([&] {
-            if (stage.write != nullptr)
-                Files().writeFile = stage.write;
-            if (stage.flush != nullptr)
-                Files().flushFile = stage.flush;
-            if (stage.replace != nullptr)
-                Files().replaceFile = stage.replace;
+            stage.install();
             SetLocalRegistryString("Kill", "State", "new");
             return 0; // not reached
         }));
