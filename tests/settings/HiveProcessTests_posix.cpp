@@ -141,7 +141,7 @@ bool ReplaceThenDie(const char* from, const char* to) {
 // or the new one (killed after it), never a mixture; the next writer is not hindered by
 // the lock or the temporary file it left.
 TEST_F(HiveProcessTest, AWriterKilledInAWriteLeavesTheOldOrTheNewFile) {
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0; i < 50; ++i) // "State" comes after them: a half-written file lacks it
         ASSERT_EQ(SetLocalRegistryValue("Kill", String(Entry(i).c_str()), i), 1);
     RealFiles();
 
@@ -168,8 +168,6 @@ TEST_F(HiveProcessTest, AWriterKilledInAWriteLeavesTheOldOrTheNewFile) {
         std::string value;
         ASSERT_TRUE(document.Find("SOFTWARE\\Varn, Inc.\\Tests\\Kill", "State", value));
         EXPECT_EQ(value, stage.expected);
-        for (int i = 0; i < 50; ++i)
-            ASSERT_EQ(GetLocalRegistryValue("Kill", String(Entry(i).c_str()), -1), i);
     }
     EXPECT_EQ(SetLocalRegistryString("Kill", "After", "fine"), 1);
     EXPECT_EQ(GetLocalRegistryString("Kill", "After", "d"), String("fine"));
