@@ -137,7 +137,7 @@ public:
                 return;
             m_request = client.ReceiveUntil("\r\n\r\n");
             client.Send(response); // fails when the client stopped reading: it has enough
-            client.Finish();
+            client.Close();
         });
     }
     ~OneShotServer() {
