@@ -16,14 +16,8 @@
 
 namespace {
 
-using fileio::test::BytesOf;
-using fileio::test::Header;
-using fileio::test::Hello;
-using fileio::test::kPatientMs;
-using fileio::test::Pattern;
-using fileio::test::RawPair;
-using fileio::test::SocketPair;
-using fileio::test::StreamOf;
+using namespace fileio::test;
+using fileio::test::Header; // not the stream token class
 
 TEST(VarnSocketTest, CarriesMessagesUpToThePeersLimitByteForByte) {
     constexpr unsigned long long kLimit = 1 << 20;
@@ -218,10 +212,10 @@ TEST(VarnSocketTest, ListensOnTheLoopbackAddressUnlessTold) {
 }
 
 TEST(VarnSocketTest, AFailedConnectIsQuickAndLeavesNoConnection) {
-    const unsigned short port = fileio::test::ClosedPort();
+    const unsigned short port = ClosedPort();
     CVarnSocket socket, other;
     const auto start = std::chrono::steady_clock::now();
-    const SocketResult result = socket.Connect(fileio::test::kUnusedLoopback, port, 3000);
+    const SocketResult result = socket.Connect(kUnusedLoopback, port, 3000);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(3000 + 2000));
     EXPECT_TRUE(result == SR_SYSTEM_ERROR || result == SR_TIMED_OUT) << GetSocketResultText(result);
     EXPECT_FALSE(socket.GetErrorText().IsEmpty());
