@@ -13,10 +13,8 @@
 
 namespace {
 
-using fileio::platform::EscapeHiveText;
-using fileio::platform::HiveDocument;
-using fileio::platform::NormalizeKeyPath;
-using fileio::test::AllBytes;
+using namespace fileio::platform;
+using namespace fileio::test;
 
 // The written form of values and names, one row per escaping rule; each text, and the line
 // after it, comes back exactly through a fresh parse of the file's text.

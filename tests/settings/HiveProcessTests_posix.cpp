@@ -28,14 +28,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-using fileio::platform::FileHandle;
-using fileio::platform::Files;
-using fileio::platform::FileServices;
-using fileio::platform::HiveDocument;
-using fileio::test::RunChild;
-using fileio::test::StartChild;
-using fileio::test::TestStore;
-using fileio::test::Wait;
+using namespace fileio::platform;
+using namespace fileio::test;
 
 constexpr uid_t kNobody = 65534;
 
@@ -223,7 +217,7 @@ TEST_F(HiveProcessTest, ADamagedFileIsReadReportedOnceAndKept) {
                                 "Bad=%G0\n"
                                 "[unterminated\n";
     store.WriteHive(damaged);
-    fileio::test::RecordingLog log;
+    RecordingLog log;
     ScopedLogHandler installed(&log);
 
     // Any access reports the damage, a removal as well as a read.
