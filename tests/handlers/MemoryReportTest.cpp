@@ -17,11 +17,8 @@
 
 namespace {
 
-using fileio::detail::NamedVarnPool;
-using fileio::detail::VarnPoolKind;
-using fileio::test::RecordingLog;
-using fileio::test::RecordingMessages;
-using fileio::test::ScriptedDialogProvider;
+using namespace fileio::detail;
+using namespace fileio::test;
 
 // The text and the log carry the same nineteen labels and figures, in the same order: in the
 // text the indented lines have their "=" in one column and no line end follows the last

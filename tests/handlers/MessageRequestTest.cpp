@@ -15,8 +15,7 @@
 namespace {
 
 namespace box = fileio::platform::box;
-using fileio::test::RecordingMessages;
-using fileio::test::ScriptedDialogProvider;
+using namespace fileio::test;
 
 constexpr int kNoSound = -1;
 constexpr int kNoBox = -1;

@@ -90,10 +90,6 @@ TEST(StatusMessageWithoutHandlerTest, ForwardsDoNothing) {
     ASSERT_EQ(StatusMessage::SetHandler(nullptr), nullptr);
     EXPECT_FALSE(StatusMessage::InitializeProgressControl("text", 1, 0, 100));
     EXPECT_EQ(Current(), ""); // untouched without a handler
-    StatusMessage::SetProgress(1);
-    StatusMessage::StepProgress();
-    StatusMessage::UninitializeProgressControl();
-    StatusMessage::Display();
     EXPECT_FALSE(StatusMessage::IsProgressControlActive());
     EXPECT_EQ(StatusMessage::GetCurrentType(), 0);
     StatusMessage a("A");

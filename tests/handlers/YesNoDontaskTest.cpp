@@ -14,8 +14,7 @@
 
 namespace {
 
-using fileio::test::MemoryProfile;
-using fileio::test::ScriptedDialogProvider;
+using namespace fileio::test;
 
 class YesNoDontaskTest : public ::testing::Test {
 protected:

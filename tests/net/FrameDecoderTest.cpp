@@ -11,10 +11,7 @@
 
 namespace {
 
-using fileio::net::DecodeStatus;
-using fileio::net::FrameDecoder;
-using fileio::net::FrameHeader;
-using fileio::net::FrameKind;
+using namespace fileio::net;
 using fileio::test::Header;
 
 constexpr std::uint64_t kLimit = 1000;

@@ -19,15 +19,8 @@
 
 namespace {
 
-using fileio::platform::Files;
-using fileio::platform::Internet;
-using fileio::platform::Processes;
-using fileio::platform::ProcessOutcome;
-using fileio::platform::ScopedServices;
-using fileio::test::kPatientMs;
-using fileio::test::Pattern;
-using fileio::test::RecordingStatus;
-using fileio::test::TempFolder;
+using namespace fileio::platform;
+using namespace fileio::test;
 
 std::vector<std::string> g_openedUrls;
 
@@ -68,7 +61,7 @@ TEST(InternetTest, MailUrlsEncodeEveryField) {
 
 // The exact vectors the desktop gets are in DesktopLaunch_posix.cpp.
 TEST(InternetTest, TheHelpersHandTheirUrlToTheSystem) {
-    ScopedServices<fileio::platform::InternetServices> saved(Internet());
+    ScopedServices<InternetServices> saved(Internet());
     Internet().openUrl = [](const char* url, std::string&) {
         g_openedUrls.emplace_back(url);
         return true;
@@ -104,7 +97,7 @@ TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
     const std::vector<std::vector<std::string>> oneCall = {{"svn", "info", "--non-interactive",
                                                             "--show-item", "last-changed-revision",
                                                             "--", file + "@"}};
-    ScopedServices<fileio::platform::ProcessServices> saved(Processes());
+    ScopedServices<ProcessServices> saved(Processes());
     Processes().run = [](const std::vector<std::string>& argv, int, ProcessOutcome& outcome) {
         g_clientCalls.push_back(argv);
         outcome = g_clientAnswer;
@@ -129,20 +122,19 @@ TEST(InternetTest, TheRevisionComesFromTheClientsAnswer) {
 /// Serves one connection on 127.0.0.1 with a scripted response, then closes.
 class OneShotServer {
 public:
-    explicit OneShotServer(std::string response)
-        : m_listener(fileio::test::ListenAt("127.0.0.1", m_port)) {
+    explicit OneShotServer(std::string response) : m_listener(ListenAt("127.0.0.1", m_port)) {
         m_thread = std::thread([this, response = std::move(response)] {
-            fileio::test::RawPeer client;
+            RawPeer client;
             if (!client.Accept(m_listener))
                 return;
             m_request = client.ReceiveUntil("\r\n\r\n");
             client.Send(response); // fails when the client stopped reading: it has enough
-            client.Finish();
+            client.Close();
         });
     }
     ~OneShotServer() {
         m_thread.join();
-        fileio::platform::Sockets().close(m_listener);
+        Sockets().close(m_listener);
     }
 
     [[nodiscard]] std::string Url(const char* path = "/file.bin") const {
@@ -152,7 +144,7 @@ public:
 
 private:
     unsigned short m_port = 0;
-    fileio::platform::SocketHandle m_listener;
+    SocketHandle m_listener;
     std::string m_request;
     std::thread m_thread;
 };
@@ -174,7 +166,7 @@ protected:
     /// The file is as it was and nothing else is in its folder.
     void ExpectOldFileAlone() {
         EXPECT_EQ(folder.ReadFile("models/robot.mdl"), kOld);
-        std::vector<fileio::platform::FolderEntry> entries;
+        std::vector<FolderEntry> entries;
         ASSERT_TRUE(Files().listFolder(folder.Join("models").c_str(), entries));
         ASSERT_EQ(entries.size(), 1u);
         EXPECT_EQ(entries[0].name, "robot.mdl");
@@ -241,12 +233,11 @@ TEST_F(DownloadTest, EveryFailureLeavesTheOldFileIntact) {
 // are no downloads.
 TEST_F(DownloadTest, AServerThatIsGoneOrSilentFailsCleanly) {
     unsigned short port = 0;
-    const auto silent = fileio::test::ListenAt("127.0.0.1", port);
+    const auto silent = ListenAt("127.0.0.1", port);
     const std::string silentUrl = "http://127.0.0.1:" + std::to_string(port) + "/x";
     // A URL, the time it is given, and a part of the reason the failure gives.
     const std::tuple<std::string, int, const char*> cases[] = {
-        {"http://" + std::string(fileio::test::kUnusedLoopback) + ":" +
-             std::to_string(fileio::test::ClosedPort()) + "/x",
+        {"http://" + std::string(kUnusedLoopback) + ":" + std::to_string(ClosedPort()) + "/x",
          kPatientMs, ""},
         {silentUrl, 0, "timed out"},
         {silentUrl, 200, "timed out"},
@@ -257,18 +248,16 @@ TEST_F(DownloadTest, AServerThatIsGoneOrSilentFailsCleanly) {
         SCOPED_TRACE(url + " " + std::to_string(timeoutMs));
         ExpectFailure(url, 1000, timeoutMs, reason);
     }
-    fileio::platform::Sockets().close(silent);
+    Sockets().close(silent);
 }
 
 TEST_F(DownloadTest, AFailedSaveLeavesTheOldFileAndNoTemporary) {
     for (const bool failWrite : {true, false}) {
         SCOPED_TRACE(failWrite ? "the write fails" : "the rename fails");
         OneShotServer server(Response("new content"));
-        ScopedServices<fileio::platform::FileServices> saved(Files());
+        ScopedServices<FileServices> saved(Files());
         if (failWrite)
-            Files().writeFile = [](fileio::platform::FileHandle, const void*, std::size_t) {
-                return false;
-            };
+            Files().writeFile = [](FileHandle, const void*, std::size_t) { return false; };
         else
             Files().replaceFile = [](const char*, const char*) { return false; };
         String why;

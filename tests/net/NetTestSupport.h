@@ -124,12 +124,9 @@ public:
         return got;
     }
 
-    void Finish() {
-        fileio::platform::Sockets().shutdownSend(m_socket);
-        Close();
-    }
-
+    /// Ends the connection the orderly way: what was sent is followed by the end of data.
     void Close() {
+        fileio::platform::Sockets().shutdownSend(m_socket);
         fileio::platform::Sockets().close(m_socket);
         m_socket = fileio::platform::kNoSocket;
     }

@@ -11,9 +11,8 @@
 
 namespace {
 
-using fileio::platform::Processes;
-using fileio::platform::ProcessOutcome;
-using fileio::test::kPatientMs;
+using namespace fileio::platform;
+using namespace fileio::test;
 
 TEST(ProcessTest, WindowsCommandLinesQuoteByTheRuntimesRules) {
     const std::pair<std::vector<std::string>, const char*> cases[] = {

@@ -13,18 +13,8 @@
 
 namespace {
 
-using fileio::platform::EscapeHiveText;
-using fileio::platform::HiveDocument;
-using fileio::platform::NormalizeKeyPath;
-using fileio::test::AllBytes;
-
-/// The part of a document's text after its opening comment and the blank line that
-/// separates the first key block from it.
-std::string Body(const HiveDocument& document) {
-    const std::string text = document.Text();
-    const std::size_t start = text.find("\n\n");
-    return start == std::string::npos ? text : text.substr(start + 2);
-}
+using namespace fileio::platform;
+using namespace fileio::test;
 
 // The written form of values and names, one row per escaping rule; each text, and the line
 // after it, comes back exactly through a fresh parse of the file's text.
@@ -55,10 +45,12 @@ TEST(HiveFileTest, WritesValueLinesWithTheDocumentedEscapesAndReadsThemBack) {
         HiveDocument written("");
         ASSERT_TRUE(written.Set("K", row.name, row.value));
         written.Set("K", "after", "x");
+        const std::string text = written.Text(); // the opening comment, a blank line, the key
         if (row.line != nullptr) {
-            EXPECT_EQ(Body(written), std::string("[K]\n") + row.line + "\nafter=x\n");
+            EXPECT_EQ(text.substr(text.find("\n\n") + 2),
+                      std::string("[K]\n") + row.line + "\nafter=x\n");
         }
-        const HiveDocument read(written.Text());
+        const HiveDocument read(text);
         std::string value;
         ASSERT_TRUE(read.Find("K", row.name, value));
         EXPECT_EQ(value, row.value);

@@ -18,9 +18,7 @@
 
 namespace {
 
-using fileio::test::AllBytes;
-using fileio::test::kTestKey;
-using fileio::test::TestStore;
+using namespace fileio::test;
 
 std::string Raw(const std::string& key, const std::string& name) {
     std::string value;
