@@ -23,7 +23,9 @@ public:
     void Close() override {}
 
 protected:
-    bool Refill(Window& window) override { return Load(window, Offset(window)) != 0; }
+    bool Refill(Window& window) override {
+        return Load(window, window.origin + window.position) != 0;
+    }
     /// Only read: a write finds no room and fails.
     unsigned long long MakeRoom(Window&, unsigned long long) override { return 0; }
     void Reposition(Window& window, unsigned long long offset) override { Load(window, offset); }
@@ -31,9 +33,6 @@ protected:
     void Commit(Window&) override {}
 
 private:
-    static unsigned long long Offset(const Window& window) {
-        return window.origin + window.position;
-    }
     /// Shows the byte at `offset` (none past the end); returns how many bytes the window
     /// holds.
     unsigned long long Load(Window& window, unsigned long long offset) {
