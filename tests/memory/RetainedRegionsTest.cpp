@@ -129,7 +129,6 @@ TEST_F(RetainedRegionsTest, OnlyClearedRegionsWithinTheCapAreKept) {
         PlatformFree(same);
         PlatformFree(other);
     }
-    PlatformFreeZeroed(nullptr);
 }
 
 // More released regions than slots: the oldest go back to the system, the newest stay and

@@ -73,7 +73,6 @@ TEST(OGLPool, HoldsOneRoundedBuffer) {
     const unsigned long long before = TotalRAM();
     {
         OGLPool pool;
-        pool.FreePool(); // holds nothing
         void* first = pool.Alloc(1);
         EXPECT_TRUE(AllZero(first, 8));
         EXPECT_EQ(pool.Alloc(0), nullptr);

@@ -1,7 +1,7 @@
-// ByteWiseStream.h - a transport whose window holds one byte: every scan, peek and value
-// read meets the window's edge at every byte, as a file's reads meet their buffer's edge
-// now and then. The stream tests and the fuzz targets run it beside the memory stream, and
-// the two must read the same bytes the same way.
+// ByteWiseStream.h - a read-only transport whose window holds one byte: every scan, peek
+// and value read meets the window's edge at every byte, as a file's reads meet their
+// buffer's edge now and then. The stream tests and the fuzz targets run it beside the
+// memory stream, and the two must read the same bytes the same way.
 #pragma once
 
 #include "fileio/stream/VarnStream.h"
@@ -20,43 +20,22 @@ public:
         if ((mode & FM_VARN) != 0 && (mode & FM_LOADING) != 0)
             ApplySuiteFileMarker();
     }
-    /// The bytes written (the window's last byte included).
-    [[nodiscard]] std::string Data() {
-        Commit(TransportWindow());
-        return m_data;
-    }
     void Close() override {}
 
 protected:
-    bool Refill(Window& window) override { return Load(window, Offset(window)) != 0; }
-    unsigned long long MakeRoom(Window& window, unsigned long long) override {
-        const unsigned long long offset = Offset(window);
-        Load(window, offset);
-        window.capacity = 1;
-        return 1;
+    bool Refill(Window& window) override {
+        return Load(window, window.origin + window.position) != 0;
     }
+    /// Only read: a write finds no room and fails.
+    unsigned long long MakeRoom(Window&, unsigned long long) override { return 0; }
     void Reposition(Window& window, unsigned long long offset) override { Load(window, offset); }
-    unsigned long long DataLength(const Window& window) override {
-        const unsigned long long end = window.origin + window.length;
-        return end > m_data.size() ? end : m_data.size();
-    }
-    void Commit(Window& window) override {
-        if (!window.dirty || window.length == 0)
-            return;
-        if (m_data.size() <= window.origin)
-            m_data.resize(static_cast<std::size_t>(window.origin) + 1);
-        m_data[static_cast<std::size_t>(window.origin)] = static_cast<char>(m_byte);
-        window.dirty = false;
-    }
+    unsigned long long DataLength(const Window&) override { return m_data.size(); }
+    void Commit(Window&) override {}
 
 private:
-    static unsigned long long Offset(const Window& window) {
-        return window.origin + window.position;
-    }
-    /// Keeps what was written, then shows the byte at `offset` (none past the end); returns
-    /// how many bytes the window holds.
+    /// Shows the byte at `offset` (none past the end); returns how many bytes the window
+    /// holds.
     unsigned long long Load(Window& window, unsigned long long offset) {
-        Commit(window);
         window.origin = offset;
         window.position = 0;
         window.data = &m_byte;

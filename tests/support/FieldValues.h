@@ -207,9 +207,6 @@ inline void WriteValue(VarnStream& stream, ValueKind kind, int seed) {
     case ValueKind::Quaternion:
         stream << ::Quaternion{0, 0.707106769f, 0, static_cast<float>(seed)};
         break;
-    case ValueKind::Color:
-        stream << RGBFloat{0.8f, 0.2f, static_cast<float>(seed) / 100};
-        break;
     case ValueKind::Matrix: {
         Matrix44 m{};
         m.row[0].x = m.row[1].y = m.row[2].z = m.row[3].w = -2.0f;

@@ -44,9 +44,8 @@ public:
         return 1;
     }
 
-    int GetProfileBinary(const char* section, const char* entry, unsigned char** data,
+    int GetProfileBinary(const char*, const char*, unsigned char** data,
                          unsigned int* bytes) override {
-        binaryReads.emplace_back(section, entry);
         *data = binaryAnswer.empty() ? nullptr : binaryAnswer.data();
         *bytes = static_cast<unsigned int>(binaryAnswer.size());
         return binaryAnswer.empty() ? 0 : 7;
@@ -73,7 +72,6 @@ public:
     std::vector<Call> calls;
     bool failWrites = false;
     std::vector<unsigned char> binaryAnswer;
-    std::vector<std::pair<std::string, std::string>> binaryReads;
     std::vector<BinaryWrite> binaryWrites;
 
 private:

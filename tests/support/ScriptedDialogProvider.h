@@ -32,7 +32,6 @@ public:
         unsigned int value = 0; // sound: its kind; box: its style
         std::string text;       // box and question: the text; locate: the title
         std::string caption;    // question
-        bool okOnly = false;    // question (platform: the affirmative button is hidden)
         std::string affirmative, negative, checkBox; // platform question: its labels
         std::string filter, folder, proposedName;    // locate
         std::string cancelAllLabel;                  // platform locate: the check box's label
@@ -88,12 +87,11 @@ public:
         return boxAnswer;
     }
     void WarningSound(unsigned int sound) override { Record("sound").value = sound; }
-    bool AskYesNoDontask(const String& caption, const String& text, bool okOnly,
+    bool AskYesNoDontask(const String& caption, const String& text, bool,
                          bool& dontAskAgain) override {
         Call& call = Record("dontask");
         call.text = Text(text);
         call.caption = Text(caption);
-        call.okOnly = okOnly;
         dontAskAgain = tickDontAsk;
         return answerYes;
     }
@@ -160,7 +158,6 @@ private:
             Call& call = self.Record("platform-dontask");
             call.text = Text(texts.message);
             call.caption = Text(texts.caption);
-            call.okOnly = texts.affirmative == nullptr;
             call.affirmative = Text(texts.affirmative);
             call.negative = Text(texts.negative);
             call.checkBox = Text(texts.checkBox);

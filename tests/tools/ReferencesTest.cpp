@@ -45,13 +45,6 @@ protected:
         return resolution;
     }
 
-    /// Learns a mapping. (Its TO is absolute: resolving a reference makes the project's
-    /// folder the current one, as the tool learns its mappings before it resolves.)
-    void Map(const std::string& mapping) {
-        std::string why;
-        ASSERT_TRUE(ReferenceSearch::AddMapping(mapping, why)) << why;
-    }
-
     bool CaseSensitive() const {
         return !FileExists(String(m_work.Files().Join("DOCUMENTS/ROBOT/MAPS/SKIN.PNG")));
     }
@@ -69,7 +62,12 @@ TEST_F(ReferencesTest, AFileIsFoundAtItsStoredPlaceOrThroughAMappingInOtherLette
     EXPECT_EQ(r.how, CaseSensitive() ? Found::Case : Found::Exists);
     EXPECT_EQ(r.found, CaseSensitive() ? "<work>/Documents/Robot/Maps/skin.png"
                                        : "<work>/Documents/Robot/MAPS/Skin.PNG");
-    Map("C:\\Users\\ann\\Robot=" + m_work.Files().Join("Documents/Robot"));
+    // The mapping's TO is absolute: resolving a reference makes the project's folder the
+    // current one, as the tool learns its mappings before it resolves.
+    std::string why;
+    ASSERT_TRUE(ReferenceSearch::AddMapping(
+        "C:\\Users\\ann\\Robot=" + m_work.Files().Join("Documents/Robot"), why))
+        << why;
     const Resolution mapped = Resolve(search, "C:/Users/ann/Robot/maps/SKIN.png");
     EXPECT_EQ(mapped.how, Found::Alias);
     EXPECT_EQ(mapped.found, CaseSensitive() ? "<work>/Documents/Robot/Maps/skin.png"

@@ -27,17 +27,13 @@ std::vector<std::string> Names(const std::string& folder) {
     return names;
 }
 
-class RelinkTest : public testing::Test {
-protected:
-    WorkFolder m_work;
-};
-
 // A dry run tells what the run tells and writes nothing; the run rewrites the Windows and the
 // Linux folders relative to the project, quoted or not, and leaves an ambiguous name alone.
-TEST_F(RelinkTest, ProjectsMadeOnWindowsAndOnLinuxOpenHere) {
+TEST(RelinkTest, ProjectsMadeOnWindowsAndOnLinuxOpenHere) {
+    const WorkFolder work;
     for (const char* file : {"Robot/Maps/skin.png", "Robot/Sounds/step.wav", "Robot/arm.mdl",
                              "one/dup.png", "two/dup.png"})
-        m_work.Files().WriteFile(file, "data");
+        work.Files().WriteFile(file, "data");
     const std::string project = "<MODELFILE>\n"
                                 "Image=C:/Users/ann/Robot/Maps/skin.png\n"
                                 "BumpMap=C:\\Users\\ann\\Robot\\Maps\\skin.png\n"
@@ -45,15 +41,15 @@ TEST_F(RelinkTest, ProjectsMadeOnWindowsAndOnLinuxOpenHere) {
                                 "FileName=\"/home/ann/Robot/arm.mdl\"\n"
                                 "EnvironmentMap=C:/old/dup.png\n"
                                 "</MODELFILE>\n";
-    m_work.Files().WriteFile("Robot/robot.prj", project);
+    work.Files().WriteFile("Robot/robot.prj", project);
     std::vector<std::string> args{"relink",   "Robot/robot.prj",
-                                  "--map",    "c:/users/ANN/robot=" + m_work.Files().Join("Robot"),
+                                  "--map",    "c:/users/ANN/robot=" + work.Files().Join("Robot"),
                                   "--map",    "/home/ann/Robot=Robot",
                                   "--search", "one",
                                   "--search", "two",
                                   "--dry-run"};
     const ToolRun dry = RunTool(args);
-    EXPECT_EQ(m_work.Files().ReadFile("Robot/robot.prj"), project);
+    EXPECT_EQ(work.Files().ReadFile("Robot/robot.prj"), project);
     args.pop_back();
     const ToolRun relink = RunTool(args);
     EXPECT_EQ(relink.exitCode, kProblems) << relink.output << relink.errors;
@@ -62,28 +58,29 @@ TEST_F(RelinkTest, ProjectsMadeOnWindowsAndOnLinuxOpenHere) {
     EXPECT_NE(relink.output.find("Total 5 | Changed 4 | Missing 0 | Ambiguous 1"),
               std::string::npos)
         << relink.output;
-    const std::string shown = m_work.Normalised(relink.output);
+    const std::string shown = work.Normalised(relink.output);
     EXPECT_NE(shown.find("found <work>/one/dup.png\n"), std::string::npos) << shown;
     EXPECT_NE(shown.find("found <work>/two/dup.png\n"), std::string::npos) << shown;
-    EXPECT_EQ(m_work.Files().ReadFile("Robot/robot.prj"),
+    EXPECT_EQ(work.Files().ReadFile("Robot/robot.prj"),
               "<MODELFILE>\nImage=Maps/skin.png\nBumpMap=Maps/skin.png\n"
               "Sound=Sounds/step.wav\nFileName=\"arm.mdl\"\nEnvironmentMap=C:/old/dup.png\n"
               "</MODELFILE>\n");
 }
 
-TEST_F(RelinkTest, AReadOnlyProjectIsLeftUntouched) {
-    m_work.Files().WriteFile("Maps/skin.png", "data");
+TEST(RelinkTest, AReadOnlyProjectIsLeftUntouched) {
+    const WorkFolder work;
+    work.Files().WriteFile("Maps/skin.png", "data");
     const std::string project = "<MODELFILE>\nImage=C:/old/Maps/skin.png\n</MODELFILE>\n";
-    const std::string file = m_work.Files().WriteFile("robot.prj", project);
+    const std::string file = work.Files().WriteFile("robot.prj", project);
     namespace fs = std::filesystem;
     fs::permissions(file, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
                     fs::perm_options::remove);
-    const std::vector<std::string> before = Names(m_work.Path());
-    const ToolRun relink = RunTool({"relink", "robot.prj", "--map", "C:/old=" + m_work.Path()});
+    const std::vector<std::string> before = Names(work.Path());
+    const ToolRun relink = RunTool({"relink", "robot.prj", "--map", "C:/old=" + work.Path()});
     EXPECT_EQ(relink.exitCode, kError) << relink.output << relink.errors;
     EXPECT_NE(relink.errors.find("not saved"), std::string::npos) << relink.errors;
-    EXPECT_EQ(m_work.Files().ReadFile("robot.prj"), project);
-    EXPECT_EQ(Names(m_work.Path()), before) << "no temporary file is left behind";
+    EXPECT_EQ(work.Files().ReadFile("robot.prj"), project);
+    EXPECT_EQ(Names(work.Path()), before) << "no temporary file is left behind";
 }
 
 } // namespace

@@ -206,7 +206,6 @@ const Case kCases[] = {
     {"deps-map-malformed", {"deps", "--map", "good/refs", "good/refs.prj"}},
     {"deps-map-to-nowhere", {"deps", "--map", "C:/x=nowhere", "good/refs.prj"}},
     {"deps-search-nowhere", {"deps", "--search", "nowhere", "good/refs.prj"}},
-    {"convert-to-binary", {"convert", "good/square.prj", "square.bin"}},
     {"convert-to-text-json", {"convert", "--json", "good/crlf-binary.prj", "crlf.prj"}},
     {"convert-drops-unknown", {"convert", "good/unknown.prj", "unknown.bin"}},
     {"convert-keeps-unknown-in-text", {"convert", "--text", "good/unknown.prj", "unknown.prj"}},
