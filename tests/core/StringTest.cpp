@@ -38,9 +38,7 @@ TEST_F(StringTest, ConstructorsGiveNullEmptyBufferOrExactBytes) {
     String s(bytes, 5);
     EXPECT_EQ(std::string(s.Get(), 6), std::string(bytes, 5) + '\0');
     EXPECT_EQ(s.GetLength_Int(), 1);
-    String room(16, 12345);
-    for (int i = 0; i <= 16; ++i)
-        EXPECT_EQ(room.Get()[i], '\0') << i;
+    EXPECT_EQ(std::string(String(16, 12345).Get(), 17), std::string(17, '\0'));
 }
 
 // A string's buffer is its own: changing a copy never shows in the original, and a move
@@ -120,7 +118,6 @@ TEST_F(StringTest, AppendsStringsAndCharacters) {
     EXPECT_EQ(stillNull.Get(), nullptr);
     const String ab("ab");
     EXPECT_EQ(TextOf("xy" + ab + "cd" + static_cast<const char*>(nullptr)), "xyabcd");
-    EXPECT_EQ(TextOf(ab), "ab");
 }
 
 TEST_F(StringTest, RemovesNonOverlappingOccurrences) {
