@@ -235,9 +235,8 @@ TEST(CustomRangeTextTest, WrittenTextReadsBackToTheSameItems) {
         TimeUnit unit;
         long long maxFrame;
     } settings[] = {
-        {24, FRAMES, 99999}, {30, FRAMES, 99999}, {7, FRAMES, 99999},
-        {24, CELLS, 99998},  {48, CELLS, 99998},  {24, SMPTE, 99999},
-        {30, SMPTE, 99999},  {48, SMPTE, 99999},  {7, SMPTE, 41999},
+        {24, FRAMES, 99999}, {7, FRAMES, 99999}, {48, CELLS, 99998},
+        {30, SMPTE, 99999},  {48, SMPTE, 99999}, {7, SMPTE, 41999},
     };
     std::mt19937 random(20261122);
     for (const auto& setting : settings) {
