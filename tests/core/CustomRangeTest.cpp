@@ -1,9 +1,5 @@
-// Tests of a CustomRange: ownership, copies, identity, counting and enumeration, and its
-// items read from free text and written back.
-//
-// Counts are worked out by hand: an item from frame a to b by step s counts
-// trunc((b - a + 1) / s) and enumerates a, a + s, ... up to b. Numbers in texts are times in
-// the unit.
+// Custom ranges: an item from frame a to b by step s counts trunc((b - a + 1) / s) and
+// enumerates a, a + s, ... up to b; numbers in texts are times in the unit.
 
 #include "fileio/core/CustomRange.h"
 
@@ -25,7 +21,6 @@ Time Frame(long long n) {
     return Time(n * kFrame);
 }
 
-// Every time GetNextTime produces, in order, and the total it reports at the end.
 std::vector<long long> Enumerate(const CustomRange& range, int fps, int* total) {
     std::vector<long long> ticks;
     int index = 0;
@@ -141,7 +136,6 @@ TEST(CustomRangeTest, CopiesAreDeepAndEqualityIsByIdentity) {
     EXPECT_EQ(source.GetItems(), items);
 }
 
-// Ranges and their items made with new take their storage from the Ext pool.
 TEST(CustomRangeTest, ObjectsMadeWithNewLiveInTheExtPool) {
     const VarnPool& ext = fileio::detail::NamedVarnPool(fileio::detail::VarnPoolKind::Ext);
     const unsigned long long before = ext.GetTotal();
@@ -165,7 +159,6 @@ void ExpectItems(const CustomRange& range, const std::vector<Item>& expected, in
     for (std::size_t i = 0; i < expected.size(); ++i) {
         SCOPED_TRACE("item " + std::to_string(i));
         const CustomTimeRange* item = range.GetItems()[i];
-        ASSERT_NE(item, nullptr);
         EXPECT_EQ(item->start, Time(static_cast<double>(expected[i].start), fps));
         EXPECT_EQ(item->end, Time(static_cast<double>(expected[i].end), fps));
         EXPECT_EQ(item->step, expected[i].step);

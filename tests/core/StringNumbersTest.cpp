@@ -1,7 +1,4 @@
-// StringNumbersTest.cpp - numbers and their texts: integers at the edges of every width,
-// vectors and colours, infinities and every NaN kind; the readings that are the suite's own;
-// both directions against the C runtime (seeded with the edge of each rule), and in a locale
-// whose decimal point is a comma.
+// Numbers and their texts, both directions checked against the C runtime.
 
 #include "StringTestSupport.h"
 
@@ -23,7 +20,6 @@
 
 namespace {
 
-// The bits of a value, to compare NaN payloads and the sign of zero.
 template <typename T> auto BitsOf(T value) {
     return std::bit_cast<std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>>(value);
 }
@@ -60,7 +56,6 @@ TEST_F(StringNumbers, ExactTexts) {
         EXPECT_EQ(TextOf(row.value), row.expected);
 }
 
-// The special values are spelled the same way for both widths.
 TEST_F(StringNumbers, InfinityAndEveryNaNKind) {
     const struct {
         std::uint64_t doubleBits;
@@ -97,13 +92,10 @@ TEST_F(StringNumbers, TheSuitesOwnReadings) {
             << row.text;
 }
 
-/// Restores the "C" locale when a test ends, however it ends.
 struct LocaleGuard {
     ~LocaleGuard() { std::setlocale(LC_ALL, "C"); }
 };
 
-/// Switches the process to a locale whose decimal point is a comma; false when the system
-/// has none.
 bool SwitchToCommaLocale() {
     for (const char* name :
          {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8", "de_DE", "fr_FR",

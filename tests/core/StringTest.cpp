@@ -1,6 +1,4 @@
-// StringTest.cpp - construction, assignment, access, appending, RemoveAll, concatenation,
-// comparison and the pool storage of String objects; the text operations: searching, parts,
-// tokens, replacing, trimming, case, XML escapes, abbreviation and numbered names.
+// The String type and its text operations.
 
 #include "StringTestSupport.h"
 
@@ -145,7 +143,6 @@ TEST_F(StringTest, RemovesNonOverlappingOccurrences) {
     EXPECT_EQ(kept.Get(), before); // nothing removed: the very buffer stays
 }
 
-// String objects made with new take their own storage from the string pool as well.
 TEST_F(StringTest, ObjectsMadeWithNewLiveInTheStringPool) {
     static_assert(sizeof(String) == sizeof(char*));
     const unsigned long long before = StringPoolTotal();

@@ -1,5 +1,4 @@
-// StringTestSupport.h - shared pieces of the String tests: a fixture that checks every test
-// gives all of its string memory back, and the text of a String with null marked.
+// Shared pieces of the String tests.
 #pragma once
 
 #include "fileio/core/String.h"

@@ -1,7 +1,5 @@
-// Tests of Time's ticks, conversions, arithmetic, frame snapping and text forms.
-//
-// Expectations come from the tick rate (135000 per second) and the rounding rules, worked
-// out by hand or by an independent integer / long double computation in the test.
+// Time: expectations come from the tick rate (135000 per second) and the rounding rules,
+// worked out by hand or by an independent integer computation in the test.
 #include "fileio/core/Time.h"
 
 #include "StringTestSupport.h"
@@ -125,7 +123,6 @@ TEST(Time, SecondsAndProductsRoundToTicks) {
 // Frames and cells give the exact ticks at every rate, and whole frames are written as their
 // number even at 29.97 and 59.94 fps, where a frame is not a whole number of ticks.
 TEST(Time, FramesAndCellsGiveExactTicksAtEveryRate) {
-    // Rates as exact fractions for the integer computation of the expected ticks.
     const struct {
         double fps;
         long long numerator, denominator;
@@ -324,8 +321,8 @@ TEST(TimeText, FrameFieldFormatMatchesPrintf) {
 // a float as strtof reads it: blanks before it skipped, junk after it ignored, an empty
 // field 0, no decimal comma. In SMPTE digits typed without separators carry: frames of
 // 100 or more (1000 from 100 fps on) into seconds, seconds of 100 or more into minutes.
-// A leading "-" negates the whole time; cells count from 1. Values
-// outside the tick range give MIN.
+// A leading "-" negates the whole time; cells count from 1. Values outside the tick range
+// give MIN.
 TEST(TimeText, ToTimeReadsFieldsFromTheRight) {
     const struct {
         const char* text;
