@@ -309,9 +309,7 @@ TEST(TimeText, FrameFieldFormatMatchesPrintf) {
             char actual[fileio::detail::MaxPaddedGeneralLength + 1];
             char* end =
                 fileio::detail::FormatPaddedGeneral(actual, value, shape.precision, shape.width);
-            *end = '\0';
-            ASSERT_STREQ(actual, expected)
-                << "%0" << shape.width << "." << shape.precision << "g of " << value;
+            ASSERT_EQ(std::string(actual, end), expected) << shape.width << "." << shape.precision;
         }
     }
 }
