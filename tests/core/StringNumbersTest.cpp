@@ -97,9 +97,7 @@ struct LocaleGuard {
 };
 
 bool SwitchToCommaLocale() {
-    for (const char* name :
-         {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8", "de_DE", "fr_FR",
-          "German_Germany.1252", "French_France.1252", "de-DE", "fr-FR"}) {
+    for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "de_DE", "fr_FR", "de-DE", "fr-FR"}) {
         if (std::setlocale(LC_ALL, name) != nullptr &&
             std::strcmp(std::localeconv()->decimal_point, ",") == 0)
             return true;
