@@ -40,7 +40,6 @@ TEST_F(StringNumbers, ExactTexts) {
         {String(4294967295u), "4294967295"},
         {String(static_cast<long long>(INT64_MIN)), "-9223372036854775808"},
         {String(static_cast<unsigned long long>(UINT64_MAX)), "18446744073709551615"},
-        // long has the platform's width; its most negative value is exact on either.
         {String(std::numeric_limits<long>::min()),
          sizeof(long) == 8 ? "-9223372036854775808" : "-2147483648"},
         {String(Vector2{1.0f, 0.5f}), "1 0.5"},

@@ -104,8 +104,8 @@ TEST(Time, SecondsAndProductsRoundToTicks) {
         for (const auto& c : cases)
             EXPECT_EQ(c.time.GetTicks(), c.ticks) << "mode " << mode << ", row " << &c - cases;
     }
-    // 100000.1f is 100000.1015625; times 135000 is 13500013710.9375, which single precision
-    // (floats 1024 apart there) rounds to 13500013568, double (above) to ...711.
+    // 100000.1f x 135000 is 13500013710.9375: 13500013568 in single precision (floats 1024
+    // apart there), ...711 in double (above).
     EXPECT_EQ(Time(100000.1f).GetTicks(), 13500013568LL);
     Time t;
     t.SetSeconds(10.0 / 135000);
