@@ -105,7 +105,6 @@ TEST(CustomRangeTest, HostileItemsNeverLoopForEver) {
     int count = -1;
     const std::vector<long long> times = Enumerate(wide, 1, &count);
     ASSERT_EQ(count, Time::MaxTicks / stepTicks + 1);
-    ASSERT_EQ(times.size(), static_cast<std::size_t>(count));
     EXPECT_EQ(times.back(), (Time::MaxTicks / stepTicks) * stepTicks);
 }
 
