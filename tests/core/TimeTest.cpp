@@ -278,7 +278,6 @@ TEST(TimeText, ToStringFollowsTheUnitsFormats) {
         {27, 25, FRAMES, "0.01"},
         {694440000, 24, FRAMES, "123456"},
         {6944439375, 24, FRAMES, "1.23457e+06"},
-        {0, 24, CELLS, "1"},
         {-67500, 24, CELLS, "-11"},
         {135000, 30, 3, "<null>"},
     };
