@@ -1,7 +1,4 @@
-// StringNumbersTest.cpp - numbers and their texts: integers at the edges of every width,
-// vectors and colours, infinities and every NaN kind; the readings that are the suite's own;
-// both directions against the C runtime (seeded with the edge of each rule), and in a locale
-// whose decimal point is a comma.
+// Numbers and their texts, both directions checked against the C runtime.
 
 #include "StringTestSupport.h"
 
@@ -23,7 +20,6 @@
 
 namespace {
 
-// The bits of a value, to compare NaN payloads and the sign of zero.
 template <typename T> auto BitsOf(T value) {
     return std::bit_cast<std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>>(value);
 }
@@ -44,7 +40,6 @@ TEST_F(StringNumbers, ExactTexts) {
         {String(4294967295u), "4294967295"},
         {String(static_cast<long long>(INT64_MIN)), "-9223372036854775808"},
         {String(static_cast<unsigned long long>(UINT64_MAX)), "18446744073709551615"},
-        // long has the platform's width; its most negative value is exact on either.
         {String(std::numeric_limits<long>::min()),
          sizeof(long) == 8 ? "-9223372036854775808" : "-2147483648"},
         {String(Vector2{1.0f, 0.5f}), "1 0.5"},
@@ -60,7 +55,6 @@ TEST_F(StringNumbers, ExactTexts) {
         EXPECT_EQ(TextOf(row.value), row.expected);
 }
 
-// The special values are spelled the same way for both widths.
 TEST_F(StringNumbers, InfinityAndEveryNaNKind) {
     const struct {
         std::uint64_t doubleBits;
@@ -97,17 +91,12 @@ TEST_F(StringNumbers, TheSuitesOwnReadings) {
             << row.text;
 }
 
-/// Restores the "C" locale when a test ends, however it ends.
 struct LocaleGuard {
     ~LocaleGuard() { std::setlocale(LC_ALL, "C"); }
 };
 
-/// Switches the process to a locale whose decimal point is a comma; false when the system
-/// has none.
 bool SwitchToCommaLocale() {
-    for (const char* name :
-         {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8", "de_DE", "fr_FR",
-          "German_Germany.1252", "French_France.1252", "de-DE", "fr-FR"}) {
+    for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "de_DE", "fr_FR", "de-DE", "fr-FR"}) {
         if (std::setlocale(LC_ALL, name) != nullptr &&
             std::strcmp(std::localeconv()->decimal_point, ",") == 0)
             return true;

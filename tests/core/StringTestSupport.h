@@ -1,5 +1,4 @@
-// StringTestSupport.h - shared pieces of the String tests: a fixture that checks every test
-// gives all of its string memory back, and the text of a String with null marked.
+// Shared pieces of the String tests.
 #pragma once
 
 #include "fileio/core/String.h"
@@ -9,9 +8,8 @@
 
 #include <string>
 
-/// Fails a test that leaves string-pool memory behind. The fixture's own string keeps the
-/// pool's block alive, as a host's strings do: otherwise loops over thousands of values would
-/// fetch and free a block per string and crawl under the sanitizers.
+/// Fails a test that leaves string-pool memory behind. Its own string keeps the pool's block
+/// alive, as a host's do, so that loops over many values do not crawl under the sanitizers.
 class StringPoolTest : public ::testing::Test {
 protected:
     static unsigned long long StringPoolTotal() {
@@ -25,8 +23,7 @@ private:
     unsigned long long m_before = 0;
 };
 
-/// The text of a String as std::string, with a marker for null ("<null>") so that a null
-/// result never passes for an empty buffer.
+/// The text of a String, "<null>" for null so that null never passes for an empty buffer.
 inline std::string TextOf(const String& s) {
     return s.Get() ? std::string(s.Get()) : std::string("<null>");
 }
