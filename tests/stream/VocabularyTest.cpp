@@ -217,12 +217,10 @@ TEST(VocabularyToken, ConstructorsLookUpOrTakeTheirTexts) {
     // A text given is taken as it is: neither it nor the id is looked up.
     ExpectToken(Header(33, "MODELFILE"), 33, "MODELFILE");
     ExpectToken(EndHeader(7, "CUSTOM"), 7 | kEnd, "CUSTOM");
-    ExpectToken(Header(5, nullptr), 5, "");
     ExpectToken(Header(5, LongWord().c_str()), 5, cut);
     ExpectToken(Label(4046), 4046, "Active");
     // A label's text is looked up, after the cut.
     ExpectToken(Label("ShagLength"), 1942, "ShagLength");
-    ExpectToken(Label(static_cast<const char*>(nullptr)), -1, "");
     ExpectToken(Label(LongWord().c_str()), -1, cut);
 }
 
