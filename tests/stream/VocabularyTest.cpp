@@ -119,7 +119,6 @@ TEST(Vocabulary, UnknownIdsGiveTheNotFoundTexts) {
         EXPECT_EQ(LabelText(id), text);
         EXPECT_FALSE(GetLabelTextFromID(id, nullptr));
     }
-    GetHeaderTextFromID(336, nullptr); // a null out is not written
 }
 
 TEST_F(HeaderMapChanges, SetAtAddsAndMovesWordsAndKeepsTheIndexTruthful) {
@@ -148,7 +147,6 @@ TEST_F(HeaderMapChanges, SetAtAddsAndMovesWordsAndKeepsTheIndexTruthful) {
     // Moving a table word away leaves its old id without a word.
     HeaderMapSetAt("PATH", 370);
     EXPECT_EQ(HeaderText(33), "HeaderNotFound: 33");
-    HeaderMapSetAt(nullptr, 33); // changes nothing
     // A long word is cut at 79 bytes.
     const std::string cut = LongWord().substr(0, 79);
     HeaderMapSetAt(LongWord().c_str(), 374);
@@ -158,7 +156,6 @@ TEST_F(HeaderMapChanges, SetAtAddsAndMovesWordsAndKeepsTheIndexTruthful) {
 
     // Freeing drops the added words; the next lookup rebuilds the table's, and words may
     // be added again straight after a free.
-    FreeHeaderMap();
     FreeHeaderMap();
     EXPECT_EQ(HeaderText(33), "PATH");
     EXPECT_EQ(GetHeaderIDFromText("MYSECTION"), -1);
