@@ -150,10 +150,6 @@ TEST_F(FileStreamTest, AFailedSaveLeavesTheOldFileAndNoTemporaryFile) {
                 opened = out.Open(path, FM_VARN | FM_BINARY);
                 if (opened)
                     WriteProject(out, 700); // more than one buffer's worth of writes
-                // A write the file cannot take sets the failed bit at once.
-                if (FailingFiles::Calls() >= k && step == Step::Write) {
-                    EXPECT_TRUE(out.HasFailed());
-                }
                 out.Close();
                 failed = out.IsFailed() || !opened;
                 calls = FailingFiles::Calls();
