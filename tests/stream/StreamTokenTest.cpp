@@ -160,13 +160,6 @@ TEST(StreamTokens, SkipHeaderInTextCountsNestedSectionsOfTheSameName) {
         EXPECT_STREQ(label.text, "Name");
         EXPECT_EQ(value.View(), "after");
     });
-    MemoryStream square;
-    Load(square, "[MODELFILE]\r\nX=1\r\n[ENDMODELFILE]\r\n[endmodelfile]\r\nName=after", FM_LOADING,
-         5.0f);
-    EXPECT_TRUE(square.SkipHeader(Header(kModelFile)));
-    Label label;
-    square >> label;
-    EXPECT_STREQ(label.text, "Name");
 }
 
 // ---- skipping ------------------------------------------------------------------------------
