@@ -82,8 +82,6 @@ TEST_F(FileStreamTest, SeeksAndSkipsAcrossTheBuffer) {
     EXPECT_TRUE(in.IsFailed());
 }
 
-// ---- the atomic save under faults ---------------------------------------------------------------
-
 /// The file services with one step that fails on its K-th call.
 class FailingFiles {
 public:

@@ -24,7 +24,6 @@ void* MakeNothing() {
     return nullptr;
 }
 
-// ---- bitmaps ------------------------------------------------------------------------------------
 // The structures are built from their bytes, which are their stream form in binary.
 
 template <class T> T& As(std::vector<unsigned char>& bytes) {
@@ -59,8 +58,6 @@ const char* const kInfoHeader =
     "28 00 00 00 02 00 00 00 FD FF FF FF 01 00 01 00 00 00 00 00 0C 00 00 00 13 0B 00 00 "
     "13 0B 00 00 00 00 00 00 00 00 00 00";
 
-// ---- icons --------------------------------------------------------------------------------------
-
 /// A 2 x 2 icon: four colours and a mask with the top-left pixel transparent.
 IconImage SmallIcon() {
     IconImage image;
@@ -88,7 +85,6 @@ void* FakeImageToIcon(const IconImage& image) {
     return &g_handle;
 }
 
-/// The system's icons replaced by the fakes above while it lives.
 struct FakeIcons {
     FakeIcons() {
         Icons().iconToImage = &FakeIconToImage;

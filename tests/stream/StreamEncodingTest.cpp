@@ -102,8 +102,6 @@ TEST(StreamEncoding, TokensLongerThan255BytesAreReadWhole) {
     }
 }
 
-// ---- strings ---------------------------------------------------------------------------------
-
 TEST(StreamEncoding, StringForms) {
     const std::tuple<const char*, std::string, bool, std::string, std::string> rows[] = {
         {"plain", "a b", true, "a b", Raw({3, 0}) + "a b"},
@@ -139,8 +137,6 @@ TEST(StreamEncoding, StringForms) {
     ASSERT_EQ(wrapped.GetLength(), 2u + 65537u);
     EXPECT_EQ(Hex(Bytes(wrapped).substr(0, 3)), "01 00 72");
 }
-
-// ---- times -------------------------------------------------------------------------------------
 
 // [-][minutes:][seconds:]frames[.ticks] at 30 frames of 4500 ticks a second.
 TEST(StreamEncoding, TimeTextBothWays) {

@@ -16,13 +16,11 @@
 
 namespace streamtest {
 
-/// The bytes a memory stream holds.
 inline std::string Bytes(const MemoryStream& stream) {
     return std::string(reinterpret_cast<const char*>(stream.GetData()),
                        static_cast<std::size_t>(stream.GetLength()));
 }
 
-/// Bytes given as numbers: Raw({0x50, 0x01}).
 inline std::string Raw(std::initializer_list<int> bytes) {
     std::string out;
     for (int b : bytes)

@@ -162,8 +162,6 @@ TEST(StreamTokens, SkipHeaderInTextCountsNestedSectionsOfTheSameName) {
     });
 }
 
-// ---- skipping ------------------------------------------------------------------------------
-
 TEST(StreamTokens, SkipPastFindsLabelsAndHeadersById) {
     const std::tuple<unsigned int, bool, const char*, unsigned long long> rows[] = {
         {kActive, true, "</MESH>\n", 23},

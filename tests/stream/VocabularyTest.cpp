@@ -48,7 +48,6 @@ std::string LabelText(int id) {
     return Looked([id](char* out) { GetLabelTextFromID(id, out); });
 }
 
-/// 200 bytes: "ABC...Z" over and over.
 std::string LongWord() {
     std::string word(200, ' ');
     for (std::size_t i = 0; i < word.size(); ++i)
@@ -184,8 +183,6 @@ TEST_F(HeaderMapChanges, FirstUseFromSeveralThreadsAtOnce) {
         thread.join();
     EXPECT_EQ(mistakes, std::vector<int>(kThreads, 0));
 }
-
-// ---- tokens ------------------------------------------------------------------------------------
 
 // Copying copies the whole text and the id.
 static_assert(std::is_trivially_copyable_v<Header> && std::is_trivially_copyable_v<Label>);
