@@ -73,22 +73,18 @@ IconImage g_source = SmallIcon(); // what the fake system's icon holds
 IconImage g_made;
 int g_handle = 0;
 
-bool FakeIconToImage(void* icon, IconImage& image) {
-    if (icon != &g_handle)
-        return false;
-    image = g_source;
-    return true;
-}
-
-void* FakeImageToIcon(const IconImage& image) {
-    g_made = image;
-    return &g_handle;
-}
-
 struct FakeIcons {
     FakeIcons() {
-        Icons().iconToImage = &FakeIconToImage;
-        Icons().imageToIcon = &FakeImageToIcon;
+        Icons().iconToImage = [](void* icon, IconImage& image) {
+            if (icon != &g_handle)
+                return false;
+            image = g_source;
+            return true;
+        };
+        Icons().imageToIcon = [](const IconImage& image) -> void* {
+            g_made = image;
+            return &g_handle;
+        };
     }
     ScopedServices<IconServices> saved{Icons()};
 };
