@@ -81,6 +81,13 @@ TEST(StreamTokens, BinaryHeaderWords) {
         EXPECT_EQ(stream.GetHeaderPosition(), 2u);
         EXPECT_EQ(stream.GetPos(), 6u);
     }
+    // The word of no id leaves the last-token-was-label flag a label before it set.
+    MemoryStream stream;
+    Load(stream, Raw({0xCE, 0x0F, 0x00, 0x40, 0xFF, 0xFF, 0xFF, 0xFF}), FM_BINARY);
+    Label label;
+    Header header;
+    stream >> label >> header;
+    EXPECT_TRUE(stream.WasLastTokenLabel());
 }
 
 TEST(StreamTokens, HeaderPeeksByVersion) {
