@@ -180,7 +180,6 @@ TEST_F(FileStreamTest, AReadOnlyTargetFailsBeforeAnyTemporaryFileIsMade) {
     EXPECT_EQ(m_messages.messages[0].text,
               "The file " + target + " is read-only and cannot be saved.");
     EXPECT_EQ(Entries(), 1);
-    out.Close(); // does nothing
     EXPECT_EQ(m_folder.ReadFile("locked.prj"), "old");
 }
 
