@@ -72,28 +72,23 @@ TEST(StreamCore, SkipWhiteAndReadPastEOLStopWithin255Bytes) {
 TEST(StreamCore, ParseTokenSkipsBlanksAroundTheTokenAndTellsTheLineEnd) {
     // After a line end only CR and LF are skipped: "beta" leaves the blanks before "gamma".
     // In text a string value is one such token, without quoting.
-    struct Expected {
-        const char* token;
-        bool passedEOL;
-        unsigned long long position;
-    };
-    const Expected expected[] = {
+    const std::tuple<const char*, bool, unsigned long long> expected[] = {
         {"alpha", false, 9},  {"\"beta", true, 17}, {"gamma\"", true, 28},
         {"delta", false, 35}, {"", false, 35},
     };
     OnBothTransports("  alpha  \"beta\r\n\n  gamma\"\t\n\r  delta", [&](VarnStream& stream) {
         bool asString = false;
-        for (const Expected& e : expected) {
-            SCOPED_TRACE(e.token);
+        for (const auto& [text, passedEOL, position] : expected) {
+            SCOPED_TRACE(text);
             String token("stale");
             if ((asString = !asString))
                 stream.ParseString(token);
             else
                 stream.ParseToken(token);
-            EXPECT_EQ(token.View(), e.token);
-            EXPECT_EQ(token.Get() == nullptr, *e.token == '\0');
-            EXPECT_EQ(stream.DidPassEOL(), e.passedEOL);
-            EXPECT_EQ(stream.GetPos(), e.position);
+            EXPECT_EQ(token.View(), text);
+            EXPECT_EQ(token.Get() == nullptr, *text == '\0');
+            EXPECT_EQ(stream.DidPassEOL(), passedEOL);
+            EXPECT_EQ(stream.GetPos(), position);
         }
     });
 }
