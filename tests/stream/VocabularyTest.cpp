@@ -83,8 +83,6 @@ TEST(Vocabulary, EveryWordRoundTrips) {
 
 TEST(Vocabulary, WordsMatchExactly) {
     // A header word is no label word and the other way round.
-    EXPECT_EQ(GetHeaderIDFromText("FILEINFO"), 157);
-    EXPECT_EQ(GetLabelIDFromText("FileInfo"), 4065);
     for (const char* word : {"modelfile", "MODELFILE ", "MODELFIL", "MODELFILEE", "", "FileInfo",
                              static_cast<const char*>(nullptr)}) {
         SCOPED_TRACE(word != nullptr ? word : "null");
