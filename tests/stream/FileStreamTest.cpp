@@ -168,11 +168,7 @@ TEST_F(FileStreamTest, AFailedSaveLeavesTheOldFileAndNoTemporaryFile) {
 
 TEST_F(FileStreamTest, AReadOnlyTargetFailsBeforeAnyTemporaryFileIsMade) {
     const std::string target = m_folder.WriteFile("locked.prj", "old");
-    std::filesystem::permissions(target,
-                                 std::filesystem::perms::owner_write |
-                                     std::filesystem::perms::group_write |
-                                     std::filesystem::perms::others_write,
-                                 std::filesystem::perm_options::remove);
+    std::filesystem::permissions(target, std::filesystem::perms::owner_read);
     FileStream out;
     EXPECT_FALSE(out.Open(String(target), FM_VARN));
     EXPECT_TRUE(out.IsFailed());
