@@ -95,8 +95,7 @@ TEST(StreamCore, ParseTokenSkipsBlanksAroundTheTokenAndTellsTheLineEnd) {
 
 TEST(StreamCore, DelimitedTokenKeepsAtMost254BytesAndConsumesTheDelimiter) {
     struct Row {
-        std::string data;
-        std::string kept;
+        std::string data, kept;
         unsigned long long position;
     };
     const Row rows[] = {

@@ -23,8 +23,7 @@ constexpr int kEnd = 0x20000000;
 TEST(StreamTokens, TextHeadersOfBothGenerations) {
     struct Row {
         float version;
-        std::string data;
-        std::string text;
+        std::string data, text;
         int id;
         unsigned long long position;
     };
@@ -94,8 +93,7 @@ TEST(StreamTokens, HeaderPeeksByVersion) {
     struct Row {
         float version;
         const char* data;
-        bool isHeader;
-        bool anyVersion;
+        bool isHeader, anyVersion;
     };
     const Row rows[] = {
         {5.0f, "<MESH>", false, true},  {5.0f, "[MESH]", true, true},
