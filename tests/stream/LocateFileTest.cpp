@@ -75,12 +75,22 @@ TEST_F(LocateFile, TheDialogShowsTheNameItsTypeAndTheNearestFolder) {
     EXPECT_EQ(title.substr(title.size() - 8), "nnnn.tga");
 }
 
-TEST_F(LocateFile, CancelAllStopsTheQuestionsUntilItIsReset) {
+TEST_F(LocateFile, TheFileHandlerIsToldAndCancelAllStopsTheQuestionsUntilItIsReset) {
+    RecordingFileHandler handler;
+    ScopedFileHandler installed(&handler);
+    handler.prompt = false;
+    String forbidden(Path("a.mdl"));
+    EXPECT_FALSE(FileStream::FindAliasAsk(forbidden));
+    EXPECT_TRUE(m_dialogs.Of("locate").empty());
+
+    handler.prompt = true;
     m_dialogs.locateAnswers = {ScriptedDialogProvider::CancelAll()};
-    String first(Path("a.mdl")), again(Path("b.mdl"));
+    String first(Path("b.mdl")), again(Path("c.mdl"));
     EXPECT_FALSE(FileStream::FindAliasAsk(first));
     EXPECT_FALSE(FileStream::FindAliasAsk(again));
     EXPECT_EQ(m_dialogs.Of("locate").size(), 1u);
+    EXPECT_EQ(handler.missing,
+              (std::vector<std::string>{Path("a.mdl"), Path("b.mdl"), Path("c.mdl")}));
     // A name in the failed list is neither searched nor asked for again.
     FileStream::ResetCancelAll();
     EXPECT_FALSE(FileStream::FindAliasAsk(again));
@@ -90,21 +100,6 @@ TEST_F(LocateFile, CancelAllStopsTheQuestionsUntilItIsReset) {
     EXPECT_FALSE(FileStream::FindAliasAsk(again));
     ASSERT_EQ(m_dialogs.Of("locate").size(), 2u);
     EXPECT_FALSE(m_dialogs.Of("locate")[1].cancelAll);
-}
-
-TEST_F(LocateFile, TheFileHandlerIsToldAndMayForbidAsking) {
-    RecordingFileHandler handler;
-    ScopedFileHandler installed(&handler);
-    handler.prompt = false;
-    String name(Path("a.mdl"));
-    EXPECT_FALSE(FileStream::FindAliasAsk(name));
-    EXPECT_TRUE(m_dialogs.Of("locate").empty());
-
-    handler.prompt = true;
-    String other(Path("b.mdl"));
-    EXPECT_FALSE(FileStream::FindAliasAsk(other));
-    EXPECT_EQ(m_dialogs.Of("locate").size(), 1u);
-    EXPECT_EQ(handler.missing, (std::vector<std::string>{Path("a.mdl"), Path("b.mdl")}));
 }
 
 TEST_F(LocateFile, ThePickIsLearntAsTheAliasesItImplies) {
