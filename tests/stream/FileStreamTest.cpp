@@ -171,7 +171,6 @@ TEST_F(FileStreamTest, AReadOnlyTargetFailsBeforeAnyTemporaryFileIsMade) {
     std::filesystem::permissions(target, std::filesystem::perms::owner_read);
     FileStream out;
     EXPECT_FALSE(out.Open(String(target), FM_VARN));
-    EXPECT_TRUE(out.IsFailed());
     ASSERT_EQ(m_messages.messages.size(), 1u);
     EXPECT_EQ(m_messages.messages[0].text,
               "The file " + target + " is read-only and cannot be saved.");
