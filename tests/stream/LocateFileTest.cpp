@@ -19,7 +19,6 @@ using fileio::test::ScriptedDialogProvider;
 
 namespace {
 
-/// Records what the search tells the file handler and answers IsPrompt from a script.
 class RecordingFileHandler : public FileHandler {
 public:
     bool IsPrompt() override { return prompt; }
