@@ -149,9 +149,8 @@ TEST(StreamEncoding, TimeTextBothWays) {
         {8100000, "1:0:0", true},
         {8383504, "1:2:3.4", true}, // ((1 x 60 + 2) x 30 + 3) x 4500 + 4
         {Time::MinTicks + 1, "-1138687905784:32:12.1807", true},
-        {45, "45", false},           // 30 or more without a ".": raw ticks
         {67500, "15.0", false},      // with a ".": frames and ticks
-        {135045, "1:45", false},     // 45 is raw ticks; the 1 stays seconds
+        {135045, "1:45", false},     // 30 or more without a ".": raw ticks; the 1 stays seconds
         {8383500, "9:1:2:3", false}, // only the last three fields count
         {135000, "1:x", false},
         {0, "", false}, // no token on the line: the next line's "next" is read, and is no number
