@@ -20,10 +20,6 @@ using fileio::platform::ScopedServices;
 
 namespace {
 
-void* MakeNothing() {
-    return nullptr;
-}
-
 // The structures are built from their bytes, which are their stream form in binary.
 
 template <class T> T& As(std::vector<unsigned char>& bytes) {
@@ -92,9 +88,9 @@ struct FakeIcons {
 } // namespace
 
 TEST(StreamClasses, StoreWritesSchemaLengthAndNameAndLoadFindsTheClass) {
-    static const RuntimeClass model{"Model", 3, &MakeNothing};
-    static const RuntimeClass pluginModel{"Model", 9, &MakeNothing};
-    static const RuntimeClass light{"Light", 1, &MakeNothing};
+    static const RuntimeClass model{"Model", 3};
+    static const RuntimeClass pluginModel{"Model", 9};
+    static const RuntimeClass light{"Light", 1};
     RuntimeClassList plugin;
     plugin.Add(pluginModel);
     plugin.Add(light);
@@ -127,8 +123,8 @@ TEST(StreamClasses, StoreWritesSchemaLengthAndNameAndLoadFindsTheClass) {
 TEST(StreamClasses, LoadRefusesLongShortAndUnknownNames) {
     // A registered class whose name is 64 bytes long is refused; one of 63 is found.
     static const std::string long63(63, 'a'), long64(64, 'a');
-    static const RuntimeClass fits{long63.c_str(), 1, &MakeNothing};
-    static const RuntimeClass tooLong{long64.c_str(), 1, &MakeNothing};
+    static const RuntimeClass fits{long63.c_str(), 1};
+    static const RuntimeClass tooLong{long64.c_str(), 1};
     GetApplicationClasses().Add(fits);
     GetApplicationClasses().Add(tooLong);
     MemoryStream reader;
