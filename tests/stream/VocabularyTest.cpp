@@ -48,13 +48,6 @@ std::string LabelText(int id) {
     return Looked([id](char* out) { GetLabelTextFromID(id, out); });
 }
 
-std::string LongWord() {
-    std::string word(200, ' ');
-    for (std::size_t i = 0; i < word.size(); ++i)
-        word[i] = static_cast<char>('A' + i % 26);
-    return word;
-}
-
 // Tests that change the header map put it back as the table has it.
 class HeaderMapChanges : public ::testing::Test {
 protected:
@@ -178,7 +171,10 @@ template <class Token> void ExpectToken(const Token& token, int id, const std::s
 } // namespace
 
 TEST(VocabularyToken, ConstructorsLookUpOrTakeTheirTexts) {
-    const std::string cut = LongWord().substr(0, 79);
+    std::string longWord(200, ' ');
+    for (std::size_t i = 0; i < longWord.size(); ++i)
+        longWord[i] = static_cast<char>('A' + i % 26);
+    const std::string cut = longWord.substr(0, 79);
     ExpectToken(Header(), -1, "");
     ExpectToken(Label(), -1, "");
     ExpectToken(Header(336 | kEnd), 336 | kEnd, "MODELFILE");
@@ -186,11 +182,11 @@ TEST(VocabularyToken, ConstructorsLookUpOrTakeTheirTexts) {
     // A text given is taken as it is: neither it nor the id is looked up.
     ExpectToken(Header(33, "MODELFILE"), 33, "MODELFILE");
     ExpectToken(EndHeader(7, "CUSTOM"), 7 | kEnd, "CUSTOM");
-    ExpectToken(Header(5, LongWord().c_str()), 5, cut);
+    ExpectToken(Header(5, longWord.c_str()), 5, cut);
     ExpectToken(Label(4046), 4046, "Active");
     // A label's text is looked up, after the cut.
     ExpectToken(Label("ShagLength"), 1942, "ShagLength");
-    ExpectToken(Label(LongWord().c_str()), -1, cut);
+    ExpectToken(Label(longWord.c_str()), -1, cut);
 }
 
 TEST(VocabularyWordMap, BucketKeyIsTimes33PlusTheSignedByteAtEveryLength) {
