@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <limits>
 #include <string>
 #include <tuple>
 
