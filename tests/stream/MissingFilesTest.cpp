@@ -18,7 +18,6 @@ using fileio::platform::PathStyle;
 
 namespace {
 
-/// The text with every "/" as the platform's separator.
 std::string Native(std::string text) {
     for (char& c : text)
         if (c == '/')

@@ -65,7 +65,6 @@ inline std::string ProjectBytes(bool binary, int meshes) {
     return Bytes(memory);
 }
 
-/// What reading a project observed.
 struct Outcome {
     bool finished = false; // the loop ended within its step limit
     bool failed = false;

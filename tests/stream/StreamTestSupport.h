@@ -16,13 +16,11 @@
 
 namespace streamtest {
 
-/// The bytes a memory stream holds.
 inline std::string Bytes(const MemoryStream& stream) {
     return std::string(reinterpret_cast<const char*>(stream.GetData()),
                        static_cast<std::size_t>(stream.GetLength()));
 }
 
-/// Bytes given as numbers: Raw({0x50, 0x01}).
 inline std::string Raw(std::initializer_list<int> bytes) {
     std::string out;
     for (int b : bytes)
@@ -53,18 +51,15 @@ inline void Load(VarnStream& stream, std::string_view bytes, FileMode mode = FM_
         stream.SetVersion(version);
 }
 
-/// A storing stream in the text form (version 13.0) or the binary form.
 inline void Store(MemoryStream& stream, bool binary) {
     stream.Open(binary ? FM_BINARY : FM_STORING);
     stream.SetVersion(13.0f);
 }
 
-/// Opens `reader` for loading on what `written` holds, in the form it was written in.
 inline void LoadBack(MemoryStream& reader, const MemoryStream& written) {
     Load(reader, Bytes(written), written.IsBinary() ? FM_BINARY : FM_LOADING);
 }
 
-/// A text and a binary storing stream that take the same writes.
 struct BothForms {
     BothForms() {
         Store(text, false);

@@ -18,7 +18,6 @@ namespace {
 
 const int kModelFile = GetHeaderIDFromText("MODELFILE");
 
-/// A text project in the square-bracket generation.
 std::string SquareFile() {
     std::string out = ProjectBytes(false, 1);
     for (std::size_t at = out.find("</"); at != std::string::npos; at = out.find("</", at))
