@@ -50,7 +50,6 @@ TEST(UniversalPath, DepthSharedDepthAndShorteningCountWholeComponents) {
                         {"//Server/Share/x", 3},
                         {"a:b:c", 3},
                         {"C:\\Projects\\Robot", 2}, // "\" is not a separator of universal paths
-                        {"", 0},
                         {":/:", 0},
                     });
     const std::tuple<std::string, std::string, int> shared[] = {
