@@ -113,10 +113,6 @@ public:
             out = "WORKSTATION";
             return true;
         };
-        platform::System().computerName = [](std::string& out) {
-            out = "COMPUTER";
-            return true;
-        };
         fileio::detail::ClearConnectionCache();
     }
     ~ScriptedNetwork() { fileio::detail::ClearConnectionCache(); }
