@@ -97,21 +97,20 @@ TEST(BasePath, FailuresAreTracedAndLeaveThePath) {
 
 TEST(BasePath, QuotedMatchNames) {
     const Project project(kWindows);
-    const std::pair<const char*, const char*> relative[] = {
-        {"\"C:\\Projects\\Robot\\Parts\\arm.mdl\"", "\"Parts/arm.mdl\""},
-        {"\"\"", "\"\""},
-        {"C:\\Projects\\Robot\\x", "C:\\Projects\\Robot\\x"}, // no quote
+    using Convert = std::string (*)(std::string_view, PathStyle);
+    const Convert relative = detail::GetMatchNameRelativeForFile,
+                  absolute = detail::GetMatchNameAbsoluteFromFile;
+    const std::tuple<Convert, const char*, const char*> rows[] = {
+        {relative, "\"C:\\Projects\\Robot\\Parts\\arm.mdl\"", "\"Parts/arm.mdl\""},
+        {relative, "\"\"", "\"\""},
+        {relative, "C:\\Projects\\Robot\\x", "C:\\Projects\\Robot\\x"}, // no quote
+        {absolute, "\"../Shared/sky.tga\"", "\"C:\\Projects\\Shared\\sky.tga\""},
+        {absolute, "\".\"", "\"C:\\Projects\\Robot\\\""},
+        {absolute, "Parts/arm.mdl", "Parts/arm.mdl"},
+        {absolute, "\"", "\"\""},
     };
-    for (const auto& [in, out] : relative)
-        EXPECT_EQ(detail::GetMatchNameRelativeForFile(in, kWindows), out) << in;
-    const std::pair<const char*, const char*> absolute[] = {
-        {"\"../Shared/sky.tga\"", "\"C:\\Projects\\Shared\\sky.tga\""},
-        {"\".\"", "\"C:\\Projects\\Robot\\\""},
-        {"Parts/arm.mdl", "Parts/arm.mdl"},
-        {"\"", "\"\""},
-    };
-    for (const auto& [in, out] : absolute)
-        EXPECT_EQ(detail::GetMatchNameAbsoluteFromFile(in, kWindows), out) << in;
+    for (const auto& [convert, in, out] : rows)
+        EXPECT_EQ(convert(in, kWindows), out) << in;
 }
 
 TEST(BasePath, SetBasePathKeepsTheCollapsedNameAndWithoutABasePathsPassThrough) {
