@@ -130,12 +130,8 @@ TEST(BasePath, SetBasePathKeepsTheCollapsedNameAndWithoutABasePathsPassThrough) 
     for (int round = 0; round < 2; ++round) {
         if (round == 1)
             SetBasePath(String("doc.prj")); // a name without a folder sets no base folder
-        for (const std::string path : {"C:\\a\\b.mdl", "..\\z"}) {
-            SCOPED_TRACE(path);
-            EXPECT_EQ(detail::GetRelativePath(path, kWindows), detail::NativeToUniversal(path));
-            EXPECT_EQ(detail::GetAbsolutePath(path, true, kWindows),
-                      detail::UniversalToNative(path, kWindows));
-        }
+        EXPECT_EQ(detail::GetRelativePath("..\\z", kWindows), "../z") << round;
+        EXPECT_EQ(detail::GetAbsolutePath("..\\z", true, kWindows), "..\\z") << round;
     }
     EXPECT_TRUE(ScriptedFolders::Script().changes.empty());
 }
