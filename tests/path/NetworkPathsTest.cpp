@@ -24,17 +24,6 @@ std::vector<ScriptedDrive> WindowsDrives() {
     };
 }
 
-std::vector<ScriptedDrive> PosixDrives() {
-    return {
-        {"/", 3, ""},
-        {"/mnt/art", kRemoteDrive, "//fileserver/ART"},
-        {"/mnt/art/inner", kRemoteDrive, "//other/IN"},
-        {"/mnt/odd", kRemoteDrive, "//srv/a\\b"},
-        {"/media/usb", 3, ""},
-        {"/mnt/trail/", kRemoteDrive, "//srv/T"}, // written with a trailing separator
-    };
-}
-
 long CountQueries(std::string_view drive) {
     const auto& queries = ScriptedNetwork::Script().queries;
     return std::count(queries.begin(), queries.end(), drive);
@@ -95,7 +84,14 @@ TEST(NetworkPaths, LocalSharesNameTheDeepestShareThatHoldsThePath) {
 }
 
 TEST(NetworkPaths, NetworkMountsPlayTheMappedDrivesOnPosix) {
-    ScriptedNetwork network(PosixDrives());
+    ScriptedNetwork network({
+        {"/", 3, ""},
+        {"/mnt/art", kRemoteDrive, "//fileserver/ART"},
+        {"/mnt/art/inner", kRemoteDrive, "//other/IN"},
+        {"/mnt/odd", kRemoteDrive, "//srv/a\\b"},
+        {"/media/usb", 3, ""},
+        {"/mnt/trail/", kRemoteDrive, "//srv/T"}, // written with a trailing separator
+    });
     ExpectEach([](const std::string& path) { return detail::GetUNCFileName(path, kPosix); },
                {
                    {"/mnt/art/inner/x.tga", "//other/IN/x.tga"}, // the deepest mount holds it
