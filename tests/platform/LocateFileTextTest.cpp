@@ -16,15 +16,6 @@ using fileio::platform::FileFilter;
 using fileio::platform::LocateAnswer;
 using Kind = LocateAnswer::Kind;
 
-std::vector<std::string> Flatten(const std::vector<FileFilter>& filters) {
-    std::vector<std::string> fields;
-    for (const FileFilter& filter : filters) {
-        fields.push_back(filter.text);
-        fields.push_back(filter.pattern);
-    }
-    return fields;
-}
-
 TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
     const std::pair<const char*, std::vector<std::string>> rows[] = {
         // The two forms the missing-file search writes.
@@ -41,8 +32,14 @@ TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
         // Fields are taken as they are: blanks kept, "***" is no mark.
         {" A |*.a|***|*.b||", {" A ", "*.a", "***", "*.b"}},
     };
-    for (const auto& [filter, pairs] : rows)
-        EXPECT_EQ(Flatten(fileio::platform::ParseFileFilter(filter)), pairs) << filter;
+    for (const auto& [filter, pairs] : rows) {
+        std::vector<std::string> fields;
+        for (const FileFilter& type : fileio::platform::ParseFileFilter(filter)) {
+            fields.push_back(type.text);
+            fields.push_back(type.pattern);
+        }
+        EXPECT_EQ(fields, pairs) << filter;
+    }
 }
 
 TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
