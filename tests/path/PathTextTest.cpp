@@ -13,11 +13,6 @@ namespace {
 using namespace pathtest;
 namespace detail = fileio::detail;
 
-/// The styles under which `test(args..., style)` holds: "W" for Windows, "P" for POSIX.
-template <class Test, class... Args> std::string Styles(Test test, const Args&... args) {
-    return std::string(test(args..., kWindows) ? "W" : "") + (test(args..., kPosix) ? "P" : "");
-}
-
 TEST(PathText, DecompositionReadsBothSeparators) {
     // A path, its folder, its name, the name without its suffix, and the suffix.
     const std::tuple<std::string, std::string, std::string, std::string, std::string> rows[] = {
@@ -74,7 +69,7 @@ TEST(PathText, SeparatorsCollapseButANetworkPrefixStaysAndTurnNative) {
 }
 
 // Name equality, containment in a folder and wildcard matching, each under the case rule of
-// its style.
+// its style: the styles under which a row holds, "W" for Windows, "P" for POSIX.
 TEST(PathText, NamesFoldersAndWildcardsFollowTheStylesCaseRule) {
     using Rule = bool (*)(std::string_view, std::string_view, PathStyle);
     const Rule same = detail::SameName, within = detail::IsWithinFolder,
@@ -103,8 +98,10 @@ TEST(PathText, NamesFoldersAndWildcardsFollowTheStylesCaseRule) {
         {matches, "x\xe9.tga", "X\xe9*", "W"},
         {matches, "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaab", "*a*a*a*a*a*a*a*a*c", ""},
     };
-    for (const auto& [rule, a, b, styles] : rows)
-        EXPECT_EQ(Styles(rule, a, b), styles) << a << " | " << b;
+    for (const auto& [rule, a, b, styles] : rows) {
+        const bool windows = rule(a, b, kWindows), posix = rule(a, b, kPosix);
+        EXPECT_EQ(std::string(windows ? "W" : "") + (posix ? "P" : ""), styles) << a << " | " << b;
+    }
     EXPECT_TRUE(detail::NameLess("apple", "Banana", kWindows));
     EXPECT_FALSE(detail::NameLess("apple", "Banana", kPosix)); // "B" < "a" in bytes
     EXPECT_TRUE(detail::NameLess("A", "a", kWindows));         // ties broken by bytes
