@@ -26,11 +26,6 @@ namespace {
 namespace box = fileio::platform::box;
 using fileio::platform::Dialogs;
 
-/// How long a child may take to answer before it is taken to wait for a person.
-constexpr std::chrono::seconds kChildDeadline{10};
-/// How long the terminal must stay quiet after the child ended for its output to be whole.
-constexpr int kQuietMilliseconds = 100;
-
 const fileio::platform::DontAskTexts kReplace{"Caption", "Replace?", "Yes", "No", "Don't ask"};
 
 /// Where a child's standard error is: at its terminal, or elsewhere (/dev/null).
@@ -60,7 +55,7 @@ int RunInChild(const std::string& typed, Body body, Seat error = Seat::Terminal,
     if (::write(master, typed.data(), typed.size()) != static_cast<ssize_t>(typed.size()))
         return -1;
     // Drain what the child writes, so that it never blocks on a full terminal; a child that
-    // still waits for input after the deadline is stopped and the run fails.
+    // still waits for input after 10 s waits for a person: it is stopped and the run fails.
     ::fcntl(master, F_SETFL, ::fcntl(master, F_GETFL) | O_NONBLOCK);
     const auto drain = [&] {
         char buffer[256];
@@ -70,7 +65,7 @@ int RunInChild(const std::string& typed, Body body, Seat error = Seat::Terminal,
         return got > 0;
     };
     int status = 0;
-    const auto deadline = std::chrono::steady_clock::now() + kChildDeadline;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     for (;;) {
         if (::waitpid(child, &status, WNOHANG) == child)
             break;
@@ -83,9 +78,9 @@ int RunInChild(const std::string& typed, Body body, Seat error = Seat::Terminal,
             ::usleep(1000);
     }
     // What the child wrote last reaches this side a moment later: read until the terminal
-    // has been quiet for a while.
+    // has been quiet for 100 ms.
     pollfd quiet{.fd = master, .events = POLLIN, .revents = 0};
-    while (::poll(&quiet, 1, kQuietMilliseconds) > 0 && drain()) {
+    while (::poll(&quiet, 1, 100) > 0 && drain()) {
     }
     ::close(heldSlave);
     ::close(master);
