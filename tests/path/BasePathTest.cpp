@@ -84,14 +84,13 @@ TEST(BasePath, FailuresAreTracedAndLeaveThePath) {
     EXPECT_EQ(g_trace[0].back(), '\n');
     // The quiet form traces nothing and keeps the universal form.
     EXPECT_EQ(detail::GetAbsolutePathQuiet("Parts//arm.mdl", kWindows), "Parts/arm.mdl");
-    EXPECT_EQ(g_trace.size(), 1u);
 
     ScriptedFolders::Script().failFullPath = false;
     ScriptedFolders::Script().failSetCurrentDirectory = true;
     SetBasePath(String("C:\\Projects\\Shared\\doc.prj"));
     // Resolved against the directory the process is still in.
     EXPECT_EQ(project.Absolute("x.mdl"), "C:\\Projects\\Robot\\x.mdl");
-    ASSERT_EQ(g_trace.size(), 2u);
+    ASSERT_EQ(g_trace.size(), 2u); // none from the quiet form
     EXPECT_EQ(g_trace[1].rfind("RelativeToAbsolute Error: ", 0), 0u);
 }
 
