@@ -61,7 +61,6 @@ TEST(NetworkPaths, MappedDrivesBecomeTheirConnectionsThroughACache) {
                     ("\\\\files\\Projects\\" + std::string(300, 'y')).substr(0, 259)},
                });
     EXPECT_EQ(CountQueries("P:"), 1); // asked once, then taken from the cache
-    EXPECT_EQ(CountQueries("R:"), 1);
     detail::ClearConnectionCache();
     std::string out;
     EXPECT_TRUE(detail::MappedDriveToUNC("P:\\x", kWindows, out));
