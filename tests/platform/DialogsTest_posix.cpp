@@ -1,7 +1,6 @@
 // DialogsTest_posix.cpp - the Linux dialogs when nobody is at a terminal (as under CTest):
 // no question is asked and the answer is the one that stops; and, through a pseudo
-// terminal, a real question answered by typing. The locate-file question runs in a child
-// whose standard input and standard error are placed at will.
+// terminal in a child, a real question answered by typing.
 
 #include "platform/Platform.h"
 #include "support/ChildProcess_posix.h"
@@ -134,10 +133,9 @@ TEST(PosixDialogsTest, AtATerminalTheTypedAnswerCounts) {
 // What a locate-file question did, one bit each, as a child's exit code.
 constexpr int kPicked = 1, kTicked = 2, kChoseOther = 4, kInputLeft = 8;
 
-/// Asks the locate-file question with the box as `cancelAll` says, and reports what it
-/// did: whether a file was picked, the box ticked, a file other than `expected` chosen (or
-/// `chosen` touched on Cancel), and whether the rest of the input, up to the next newline,
-/// reads `left` (read only when `left` is given: a terminal would wait for more).
+/// Asks the locate-file question and reports what it did (kChoseOther: a file other than
+/// `expected`, or any on Cancel); the rest of the input line is read only when `left` is
+/// given (a terminal would wait for more).
 int Locate(const char* folder, bool cancelAll, const std::string& expected,
            const std::string& left = {}) {
     const fileio::platform::LocateFileTexts texts{
