@@ -40,7 +40,6 @@ TEST(DataExchange, TimesAreShownAndReadInTheirUnit) {
         const char* shown;
     };
     const Case cases[] = {
-        {nullptr, 202500, 30, SMPTE, 0, "00:01:15"},
         {nullptr, 67500, 24, CELLS, 0, "13"},
         {nullptr, 67500, 24, CELLS, 2, "12"},
         {"250", 495000, 30, SMPTE, 0, "00:03:20"},
