@@ -153,7 +153,6 @@ public:
         : m_guard(platform::Files()) {
         Script() = State{style, std::move(folders), std::move(currentDir), {}, false, false};
         platform::Files().isFolder = IsFolder;
-        platform::Files().exists = IsFolder;
         platform::Files().getCurrentDirectory = [](std::string& out) {
             out = Script().currentDir;
             return true;
