@@ -20,8 +20,7 @@ namespace fs = std::filesystem;
 class Project {
 public:
     explicit Project(PathStyle style)
-        : m_style(style),
-          m_folders(style,
+        : m_folders(style,
                     style == kWindows
                         ? std::set<std::string>{"C:\\Projects", "C:\\Projects\\Robot",
                                                 "C:\\Projects\\Shared", "C:\\Elsewhere"}
@@ -30,15 +29,8 @@ public:
         SetBasePath(String(style == kWindows ? "C:\\Projects\\Robot\\robot.prj"
                                              : "/home/ann/Projects/Robot/robot.prj"));
     }
-    std::string Relative(std::string_view path) const {
-        return detail::GetRelativePath(path, m_style);
-    }
-    std::string Absolute(std::string_view path) const {
-        return detail::GetAbsolutePath(path, true, m_style);
-    }
 
 private:
-    PathStyle m_style;
     BasePathGuard m_base;
     ScriptedNetwork m_network{{}};
     ScriptedFolders m_folders;
@@ -60,9 +52,9 @@ TEST(BasePath, ReferencesConvertToRelativeFormsAndBack) {
     for (const auto& [style, native, universal, back] : rows) {
         SCOPED_TRACE(native);
         const Project project(style);
-        EXPECT_EQ(project.Relative(native), universal);
+        EXPECT_EQ(detail::GetRelativePath(native, style), universal);
         if (back) {
-            EXPECT_EQ(project.Absolute(universal), native);
+            EXPECT_EQ(detail::GetAbsolutePath(universal, true, style), native);
         }
     }
 }
@@ -78,7 +70,7 @@ TEST(BasePath, FailuresAreTracedAndLeaveThePath) {
     g_trace.clear();
     platform::System().debugTrace = [](const char* line) { g_trace.emplace_back(line); };
     ScriptedFolders::Script().failFullPath = true;
-    EXPECT_EQ(project.Absolute("Parts//arm.mdl"), "Parts\\arm.mdl");
+    EXPECT_EQ(detail::GetAbsolutePath("Parts//arm.mdl", true, kWindows), "Parts\\arm.mdl");
     ASSERT_EQ(g_trace.size(), 1u);
     EXPECT_EQ(g_trace[0].rfind("fs::absolute error: ", 0), 0u);
     EXPECT_EQ(g_trace[0].back(), '\n');
@@ -89,7 +81,7 @@ TEST(BasePath, FailuresAreTracedAndLeaveThePath) {
     ScriptedFolders::Script().failSetCurrentDirectory = true;
     SetBasePath(String("C:\\Projects\\Shared\\doc.prj"));
     // Resolved against the directory the process is still in.
-    EXPECT_EQ(project.Absolute("x.mdl"), "C:\\Projects\\Robot\\x.mdl");
+    EXPECT_EQ(detail::GetAbsolutePath("x.mdl", true, kWindows), "C:\\Projects\\Robot\\x.mdl");
     ASSERT_EQ(g_trace.size(), 2u); // none from the quiet form
     EXPECT_EQ(g_trace[1].rfind("RelativeToAbsolute Error: ", 0), 0u);
 }
