@@ -27,14 +27,11 @@ using fileio::platform::Dialogs;
 
 const fileio::platform::DontAskTexts kReplace{"Caption", "Replace?", "Yes", "No", "Don't ask"};
 
-/// Where a child's standard error is: at its terminal, or elsewhere (/dev/null).
-enum class Seat { Terminal, Elsewhere };
-
-/// Runs `body` in a child whose standard input, and standard error as `error` says, sit at
-/// a new pseudo terminal; `typed` waits on its standard input, and what it writes to the
-/// terminal goes to `shown` when given. Returns the child's exit code.
+/// Runs `body` in a child whose standard input, and standard error unless `errorAtTerminal`
+/// is false (then /dev/null), sit at a new pseudo terminal; `typed` waits on its standard input,
+/// and what it writes to the terminal goes to `shown` when given. Returns the child's exit code.
 template <class Body>
-int RunInChild(const std::string& typed, Body body, Seat error = Seat::Terminal,
+int RunInChild(const std::string& typed, Body body, bool errorAtTerminal = true,
                std::string* shown = nullptr) {
     const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
     if (master < 0 || ::grantpt(master) != 0 || ::unlockpt(master) != 0)
@@ -45,7 +42,7 @@ int RunInChild(const std::string& typed, Body body, Seat error = Seat::Terminal,
     const int heldSlave = ::open(slaveName.c_str(), O_RDWR | O_NOCTTY);
     const pid_t child = fileio::test::StartChild([&] {
         const int slave = ::open(slaveName.c_str(), O_RDWR);
-        const int errorFd = error == Seat::Terminal ? slave : ::open("/dev/null", O_WRONLY);
+        const int errorFd = errorAtTerminal ? slave : ::open("/dev/null", O_WRONLY);
         if (slave < 0 || errorFd < 0 || ::dup2(slave, STDIN_FILENO) < 0 ||
             ::dup2(errorFd, STDERR_FILENO) < 0)
             return 97;
@@ -159,10 +156,10 @@ int Locate(const char* folder, bool cancelAll, const std::string& expected,
 // at a terminal show the other side): the answer is Cancel, the box stays as it was, and
 // the input is not read.
 TEST(PosixDialogsTest, WithoutATerminalTheLocateQuestionCancelsUnread) {
-    EXPECT_EQ(
-        RunInChild(
-            "/etc/hosts\n", [] { return Locate("", true, "", "/etc/hosts"); }, Seat::Elsewhere),
-        kTicked | kInputLeft);
+    EXPECT_EQ(RunInChild(
+                  "/etc/hosts\n", [] { return Locate("", true, "", "/etc/hosts"); },
+                  /*errorAtTerminal=*/false),
+              kTicked | kInputLeft);
 }
 
 TEST(PosixDialogsTest, AtATerminalTheLocateQuestionTakesATypedPath) {
@@ -196,10 +193,9 @@ TEST(PosixDialogsTest, AtATerminalTheLocateQuestionTakesATypedPath) {
 // its state and the word that ticks it; a path that names no file is told.
 TEST(PosixDialogsTest, TheLocateQuestionSaysWhatIsAsked) {
     std::string shown;
-    EXPECT_EQ(
-        RunInChild(
-            "/no/such.mdl\n\n", [] { return Locate("/no/", true, ""); }, Seat::Terminal, &shown),
-        kTicked);
+    EXPECT_EQ(RunInChild(
+                  "/no/such.mdl\n\n", [] { return Locate("/no/", true, ""); }, true, &shown),
+              kTicked);
     std::erase(shown, '\r'); // the terminal ends its lines with "\r\n"
     for (const char* line : {
              "\nLocate File: robot.mdl\n",
