@@ -115,7 +115,6 @@ TEST(NetworkPaths, MountTablesAreReadLineByLine) {
     const std::string text = "//fileserver/ART /mnt/art cifs rw,relatime 0 0\n"
                              "/dev/sda1 /mnt/with\\040space ext4 rw 0 0\n"
                              "short line\n"
-                             "\t  \n"
                              "//srv/back\\134slash\t/mnt/b  cifs rw 0 0\n"
                              "tail\\04 /x\\ y";
     auto entries = platform::ParseMountTable(text);
