@@ -41,9 +41,8 @@ TEST(PathText, CombineNameToPathJoinsWithOneNativeSeparator) {
         {"base", "\\", "base\\", "base/"},
     };
     for (const auto& [folder, name, windows, posix] : rows) {
-        SCOPED_TRACE(folder + " + " + name);
-        EXPECT_EQ(detail::CombineNameToPath(folder, name, kWindows), windows);
-        EXPECT_EQ(detail::CombineNameToPath(folder, name, kPosix), posix);
+        EXPECT_EQ(detail::CombineNameToPath(folder, name, kWindows), windows) << folder << name;
+        EXPECT_EQ(detail::CombineNameToPath(folder, name, kPosix), posix) << folder << name;
     }
 }
 
@@ -125,12 +124,11 @@ TEST(PathText, StringMembersGiveNullForNothing) {
 }
 
 TEST(PathText, CombineNameToPathAndTheProgramsFolderUseTheNativeSeparator) {
-    const char native = platform::NativeSeparator();
     platform::ScopedServices<platform::SystemServices> guard(platform::System());
     platform::System().applicationFolder = [] { return std::string("/opt/suite/bin"); };
     EXPECT_STREQ(String::GetAppPath().Get(), "/opt/suite/bin");
     EXPECT_EQ(String::AddNameToExeDirectory(String("Plugins\\")).View(),
-              std::string("/opt/suite/bin") + native + "Plugins\\");
+              std::string("/opt/suite/bin") + platform::NativeSeparator() + "Plugins\\");
 }
 
 } // namespace
