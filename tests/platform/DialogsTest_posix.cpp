@@ -94,10 +94,8 @@ TEST(PosixDialogsTest, WithoutATerminalTheAnswerIsTheOneThatStops) {
         {box::kYesNo, box::kAnswerNo},
         {box::kRetryCancel | box::kIconQuestion, box::kAnswerCancel},
     };
-    for (const auto& [style, answer] : rows) {
-        SCOPED_TRACE(style);
-        EXPECT_EQ(Dialogs().messageBox("text", style), answer);
-    }
+    for (const auto& [style, answer] : rows)
+        EXPECT_EQ(Dialogs().messageBox("text", style), answer) << style;
     bool ticked = true;
     EXPECT_FALSE(Dialogs().askDontAsk(kReplace, ticked));
     EXPECT_FALSE(ticked);
@@ -110,12 +108,11 @@ TEST(PosixDialogsTest, AtATerminalTheTypedAnswerCounts) {
         {"\n", box::kOk, box::kAnswerOk},
         {"\n y\n", box::kYesNoCancel, box::kAnswerYes}, // an empty line chooses only alone
     };
-    for (const auto& [typed, style, answer] : rows) {
-        SCOPED_TRACE(typed);
+    for (const auto& [typed, style, answer] : rows)
         EXPECT_EQ(
             RunInChild(typed, [style = style] { return Dialogs().messageBox("Go on?", style); }),
-            answer);
-    }
+            answer)
+            << typed;
     // The answer in the low bit, the check box in the next.
     const auto ask = [&] {
         bool ticked = false;
@@ -184,8 +181,7 @@ TEST(PosixDialogsTest, AtATerminalTheLocateQuestionTakesATypedPath) {
         const auto locate = [start = start, ticked = ticked, &expected = expected] {
             return Locate(start, ticked, expected);
         };
-        SCOPED_TRACE(typed);
-        EXPECT_EQ(RunInChild(typed, locate), result);
+        EXPECT_EQ(RunInChild(typed, locate), result) << typed;
     }
 }
 

@@ -56,10 +56,9 @@ TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
         {"'!cancel-all'", Kind::Chosen, "!cancel-all"},
     };
     for (const auto& [typed, kind, path] : rows) {
-        SCOPED_TRACE(typed);
         const LocateAnswer answer = fileio::platform::ParseLocateAnswer(typed);
-        EXPECT_EQ(answer.kind, kind);
-        EXPECT_EQ(answer.path, path);
+        EXPECT_EQ(answer.kind, kind) << typed;
+        EXPECT_EQ(answer.path, path) << typed;
     }
 }
 
