@@ -12,9 +12,7 @@
 
 namespace {
 
-using fileio::platform::FileFilter;
-using fileio::platform::LocateAnswer;
-using Kind = LocateAnswer::Kind;
+using Kind = fileio::platform::LocateAnswer::Kind;
 
 TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
     const std::pair<const char*, std::vector<std::string>> rows[] = {
@@ -32,7 +30,7 @@ TEST(LocateFileTextTest, FiltersBecomePairsOfTextAndPattern) {
     };
     for (const auto& [filter, pairs] : rows) {
         std::vector<std::string> fields;
-        for (const FileFilter& type : fileio::platform::ParseFileFilter(filter)) {
+        for (const auto& type : fileio::platform::ParseFileFilter(filter)) {
             fields.push_back(type.text);
             fields.push_back(type.pattern);
         }
@@ -56,7 +54,7 @@ TEST(LocateFileTextTest, TypedAnswersChooseCancelOrCancelAll) {
         {"'!cancel-all'", Kind::Chosen, "!cancel-all"},
     };
     for (const auto& [typed, kind, path] : rows) {
-        const LocateAnswer answer = fileio::platform::ParseLocateAnswer(typed);
+        const auto answer = fileio::platform::ParseLocateAnswer(typed);
         EXPECT_EQ(answer.kind, kind) << typed;
         EXPECT_EQ(answer.path, path) << typed;
     }
