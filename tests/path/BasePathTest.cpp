@@ -50,9 +50,8 @@ TEST(BasePath, ReferencesConvertToRelativeFormsAndBack) {
         {kPosix, "/home/ann/Projects/Robot/", ".", true},
     };
     for (const auto& [style, native, universal, back] : rows) {
-        SCOPED_TRACE(native);
         const Project project(style);
-        EXPECT_EQ(detail::GetRelativePath(native, style), universal);
+        EXPECT_EQ(detail::GetRelativePath(native, style), universal) << native;
         if (back) {
             EXPECT_EQ(detail::GetAbsolutePath(universal, true, style), native);
         }

@@ -69,7 +69,6 @@ private:
     std::filesystem::path m_saved;
 };
 
-/// A drive of the scripted drive table.
 struct ScriptedDrive {
     std::string root;       // "C:\\" or a mount point
     int type;               // kRemoteDrive for a network drive
