@@ -107,8 +107,6 @@ TEST(BasePath, SetBasePathKeepsTheCollapsedNameAndWithoutABasePathsPassThrough) 
     BasePathGuard guard;
     SetBasePath(String("C:\\\\Projects\\\\Robot\\robot.prj"));
     EXPECT_STREQ(GetBasePath().Get(), "C:\\Projects\\Robot\\robot.prj");
-    SetBasePath(String()); // ignored
-    EXPECT_STREQ(GetBasePath().Get(), "C:\\Projects\\Robot\\robot.prj");
     SetBasePath(String("\\\\Server\\Share\\\\doc.prj"));
     EXPECT_STREQ(GetBasePath().Get(), "\\\\Server\\Share\\doc.prj");
     EXPECT_STREQ(String("\\\\Server\\Share\\x.mdl").GetRelativePath().Get(), "x.mdl");
