@@ -62,8 +62,7 @@ TEST(NetworkPaths, MappedDrivesBecomeTheirConnectionsThroughACache) {
                });
     EXPECT_EQ(CountQueries("P:"), 1); // asked once, then taken from the cache
     detail::ClearConnectionCache();
-    std::string out;
-    EXPECT_TRUE(detail::MappedDriveToUNC("P:\\x", kWindows, out));
+    EXPECT_EQ(Reporting(detail::MappedDriveToUNC, kWindows)("P:\\x"), "\\\\files\\Projects\\x");
     EXPECT_EQ(CountQueries("P:"), 2);
 }
 
