@@ -17,8 +17,7 @@ namespace fs = std::filesystem;
 /// The example project of a style: base folder C:\Projects\Robot\ or
 /// /home/ann/Projects/Robot/ with its folders, the current directory elsewhere, and no
 /// network drives.
-class Project {
-public:
+struct Project {
     explicit Project(PathStyle style)
         : m_folders(style,
                     style == kWindows
@@ -30,7 +29,6 @@ public:
                                              : "/home/ann/Projects/Robot/robot.prj"));
     }
 
-private:
     BasePathGuard m_base;
     ScriptedNetwork m_network{{}};
     ScriptedFolders m_folders;
