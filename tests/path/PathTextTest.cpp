@@ -80,6 +80,7 @@ TEST(PathText, NamesFoldersAndWildcardsFollowTheStylesCaseRule) {
         // A folder holds a path only up to a whole component.
         {within, "C:\\Data", "C:\\Data\\", "WP"},
         {within, "C:\\DataSet\\x.mdl", "C:\\Data", ""},
+        {within, "a/b", "a", "WP"}, // a one-letter folder
         {within, "c:\\data\\x.mdl", "C:\\Data", "W"},
         {within, "/anything", "/", "WP"},
         {within, "relative", "/", ""},
