@@ -69,7 +69,6 @@ private:
     std::filesystem::path m_saved;
 };
 
-/// A drive of the scripted drive table.
 struct ScriptedDrive {
     std::string root;       // "C:\\" or a mount point
     int type;               // kRemoteDrive for a network drive
@@ -113,10 +112,6 @@ public:
             out = "WORKSTATION";
             return true;
         };
-        platform::System().computerName = [](std::string& out) {
-            out = "COMPUTER";
-            return true;
-        };
         fileio::detail::ClearConnectionCache();
     }
     ~ScriptedNetwork() { fileio::detail::ClearConnectionCache(); }
@@ -157,7 +152,6 @@ public:
         : m_guard(platform::Files()) {
         Script() = State{style, std::move(folders), std::move(currentDir), {}, false, false};
         platform::Files().isFolder = IsFolder;
-        platform::Files().exists = IsFolder;
         platform::Files().getCurrentDirectory = [](std::string& out) {
             out = Script().currentDir;
             return true;
