@@ -348,6 +348,9 @@ TEST_F(StringTest, XMLEscapes) {
     EXPECT_EQ(TextOf(s), "a&lt;b&gt; &amp; &quot;c&quot; &apos;d&apos; \xE9\x01");
     EXPECT_EQ(s.ContractXMLEscapes(), 7);
     EXPECT_EQ(TextOf(s), text);
+    String one("&"); // a single escape is written too
+    EXPECT_EQ(one.ExpandXMLEscapes(), 1);
+    EXPECT_EQ(TextOf(one), "&amp;");
 }
 
 TEST_F(StringTest, GetAbbreviated) {

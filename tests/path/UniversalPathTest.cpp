@@ -75,6 +75,7 @@ TEST(UniversalPath, DepthSharedDepthAndShorteningCountWholeComponents) {
     EXPECT_EQ(GetPathDepth(String("C:/a//b")), 3);
     EXPECT_EQ(MatchPathDepth(String("C:/a/x"), String("c:/A/y")), 2);
     EXPECT_EQ(ShortenPath(String("C:/a/b"), 1).View(), "a/b");
+    EXPECT_EQ(ShortenPath(String(), 1).View(), ""); // the null string: no byte is read
 }
 
 TEST(LexicalPath, FoldsDotsAgainstTheCurrentDirectory) {
