@@ -59,6 +59,7 @@ TEST_F(ProfileSettingsTest, SwitchesAreOnOrOff) {
     }
     // A missing switch reads as its default, which travels as "ON" or "OFF".
     EXPECT_EQ(GetRegistryBOOL("Options", "Missing", true), true);
+    EXPECT_EQ(GetRegistryBOOL("Options", "Missing", false), false);
     EXPECT_EQ(GetRegistryBOOL("Options", "Missing", 0), 0);
 }
 

@@ -112,6 +112,7 @@ TEST(DataExchange, ControlTextIsCutAtMaxLength) {
     for (const auto& [maxLength, text] :
          {std::pair{0, ""}, {4, "abcd"}, {6, "abcdef"}, {-1, "abcdef"}})
         EXPECT_EQ(dx.GetControlText(3, maxLength).View(), text) << maxLength;
+    EXPECT_EQ(dx.GetControlText(4, 10).Get(), nullptr); // an empty control stays the null text
 }
 
 } // namespace
