@@ -51,8 +51,8 @@ TEST(InternetTest, MailUrlsEncodeEveryField) {
          "line 1\nline 2\r\nline 3\rend",
          "mailto:bob@x.org?subject=%C3%9Cber%20100%25"
          "&body=line%201%0D%0Aline%202%0D%0Aline%203%0D%0Aend"},
-        {"odd?name&x=y+z@x.org", "a=b?c#d&e", "+/",
-         "mailto:odd%3Fname%26x=y+z@x.org?subject=a%3Db%3Fc%23d%26e&body=%2B%2F"},
+        {"odd?name&x=y+z@x.org", "A=b?c#d&Z", "+/", // the letters at the alphabet's ends are kept
+         "mailto:odd%3Fname%26x=y+z@x.org?subject=A%3Db%3Fc%23d%26Z&body=%2B%2F"},
         {"", "no recipient", "", "mailto:?subject=no%20recipient"},
     };
     for (const auto& [address, subject, body, url] : cases)
