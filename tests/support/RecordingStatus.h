@@ -5,6 +5,7 @@
 #include "fileio/handlers/StatusHandler.h"
 #include "fileio/handlers/StatusMessage.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
